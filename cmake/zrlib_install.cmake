@@ -1,0 +1,29 @@
+# What `cmake --install` puts where. The package files find their own place, so an installed tree can be moved.
+
+include(CMakePackageConfigHelpers)
+
+install(TARGETS hcbase zrlib
+    EXPORT zrlib-targets
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+
+# find_package(zrlib CONFIG)
+set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/zrlib")
+install(FILES cmake/zrlib-config.cmake DESTINATION "${package_dir}")
+# Each target is also in the namespace of its own name, hcbase::hcbase and zrlib::zrlib.
+set_target_properties(hcbase PROPERTIES EXPORT_NAME hcbase::hcbase)
+set_target_properties(zrlib PROPERTIES EXPORT_NAME zrlib::zrlib)
+install(EXPORT zrlib-targets DESTINATION "${package_dir}")
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/zrlib-config-version.cmake" COMPATIBILITY SameMajorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/zrlib-config-version.cmake" DESTINATION "${package_dir}")
+
+# pkg-config zrlib
+set(pkgconfig_dir "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+file(RELATIVE_PATH prefix_from_pkgconfig "/${pkgconfig_dir}" "/")
+string(REGEX REPLACE "/$" "" prefix_from_pkgconfig "${prefix_from_pkgconfig}")
+foreach(package hcbase zrlib)
+    configure_file(cmake/${package}.pc.in "${PROJECT_BINARY_DIR}/${package}.pc" @ONLY)
+    install(FILES "${PROJECT_BINARY_DIR}/${package}.pc" DESTINATION "${pkgconfig_dir}")
+endforeach()

@@ -1,0 +1,44 @@
+# How the two shared libraries, and the programs beside them, are compiled.
+
+find_package(Threads REQUIRED)
+
+# What every target of this project is compiled with. Not passed on to clients.
+add_library(zrlib_compile_options INTERFACE)
+target_compile_features(zrlib_compile_options INTERFACE cxx_std_20)
+target_compile_options(zrlib_compile_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+target_compile_options(zrlib_compile_options INTERFACE $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>)
+if(ZRLIB_WARNINGS_AS_ERRORS)
+    target_compile_options(zrlib_compile_options INTERFACE -Werror)
+endif()
+
+# zrlib_add_shared_library(name version soversion headers... SOURCES sources...)
+#
+# A shared library with hidden visibility, the alias <name>::<name>, and the given public headers, by their path from the
+# root of the project.
+function(zrlib_add_shared_library name version soversion)
+    cmake_parse_arguments(PARSE_ARGV 3 library "" "" "HEADERS;SOURCES")
+    add_library(${name} SHARED)
+    add_library(${name}::${name} ALIAS ${name})
+    target_sources(${name} PRIVATE ${library_SOURCES})
+    target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${library_HEADERS})
+    target_compile_features(${name} PUBLIC cxx_std_17)
+    target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:zrlib_compile_options> PUBLIC Threads::Threads)
+    set_target_properties(${name} PROPERTIES
+        VERSION ${version}
+        SOVERSION ${soversion}
+        CXX_VISIBILITY_PRESET hidden
+        VISIBILITY_INLINES_HIDDEN ON
+        CXX_EXTENSIONS OFF)
+    if(WIN32)
+        set_target_properties(${name} PROPERTIES PREFIX "")
+    else()
+        # Unique symbols would keep an unloaded library mapped. Calls inside the library go straight to their function.
+        target_compile_options(${name} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique> -fno-semantic-interposition)
+        target_link_options(${name} PRIVATE -Wl,-Bsymbolic-functions)
+        if(NOT ZRLIB_SANITIZE)
+            target_link_options(${name} PRIVATE -Wl,-z,defs)
+        endif()
+        # An installed library finds the one it stands on beside itself, wherever the tree is moved to.
+        set_target_properties(${name} PROPERTIES INSTALL_RPATH "\$ORIGIN")
+    endif()
+endfunction()

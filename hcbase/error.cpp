@@ -1,0 +1,160 @@
+#include "hcbase/error.h"
+
+#include "hcbase/records.h"
+#include "hcbase/system/threads.h"
+
+#include <array>
+#include <atomic>
+#include <new>
+
+namespace hcbase {
+
+/// The records of one thread, newest last in a ring. Only its thread touches the records; the links belong to the list
+/// that unloading needs, because it cannot reach the storage of other threads.
+struct ErrorHistory {
+    static constexpr int kCapacity = 16;
+
+    std::array<HCError, kCapacity> records;
+    int newest = -1;
+    int count = 0;
+    ErrorHistory* next = nullptr;
+    ErrorHistory* previous = nullptr;
+
+    HCError& FromNewest(int steps) { return records[static_cast<std::size_t>((newest - steps + kCapacity) % kCapacity)]; }
+
+    void Clear()
+    {
+        for (; count > 0; --count) {
+            FromNewest(count - 1) = HCError();
+        }
+    }
+
+    void Add(HCError&& error)
+    {
+        if (error.chain == 0) {
+            Clear();
+        }
+        newest = (newest + 1) % kCapacity;
+        count = count < kCapacity ? count + 1 : kCapacity;
+        FromNewest(0) = static_cast<HCError&&>(error);
+    }
+};
+
+namespace {
+
+constinit ErrorHistory* g_histories HC_PT_GUARDED_BY(g_recordsLock) = nullptr;
+
+// Unloading must not release a history that its thread is using at this moment, nor wait for that thread. So a thread says
+// that it is inside before it asks whether the library is closed, and unloading closes before it asks whether one is inside.
+constinit std::atomic<bool> g_closed{false};
+constinit std::atomic<int> g_inside{0};
+
+class Use {
+public:
+    Use() : m_isOpen((g_inside.fetch_add(1), !g_closed.load())) {}
+    ~Use() { g_inside.fetch_sub(1); }
+    Use(const Use&) = delete;
+    Use& operator=(const Use&) = delete;
+
+    bool IsOpen() const { return m_isOpen; }
+
+private:
+    bool m_isOpen;
+};
+
+ErrorHistory* FindHistory(const Use& use)
+{
+    const system::PerThread* const thread = use.IsOpen() ? system::CurrentPerThread() : nullptr;
+    return thread != nullptr ? thread->errors : nullptr;
+}
+
+ErrorHistory* FindOrMakeHistory(const Use& use)
+{
+    system::PerThread* const thread = use.IsOpen() ? system::CurrentPerThread() : nullptr;
+    if (thread == nullptr || thread->errors != nullptr) {
+        return thread != nullptr ? thread->errors : nullptr;
+    }
+    auto* const history = new (std::nothrow) ErrorHistory;
+    if (history != nullptr) {
+        thread->errors = history;
+        system::ReleaseErrorsAtThreadExit(*thread);
+        const LockGuard guard(g_recordsLock);
+        history->next = g_histories;
+        if (g_histories != nullptr) {
+            g_histories->previous = history;
+        }
+        g_histories = history;
+    }
+    return history;
+}
+
+} // namespace
+
+void ReleaseErrors(ErrorHistory*& errors) noexcept
+{
+    const Use use;
+    if (errors == nullptr || !use.IsOpen()) {
+        return; // once closed, unloading releases what is to be released
+    }
+    {
+        const LockGuard guard(g_recordsLock);
+        (errors->previous != nullptr ? errors->previous->next : g_histories) = errors->next;
+        if (errors->next != nullptr) {
+            errors->next->previous = errors->previous;
+        }
+    }
+    delete errors;
+    errors = nullptr;
+}
+
+void ReleaseAllErrors() noexcept HC_NO_THREAD_SAFETY_ANALYSIS
+{
+    g_closed = true;
+    if (g_inside != 0) {
+        return; // the process ends with a thread in the middle of a record: the memory goes with the process
+    }
+    while (g_histories != nullptr) {
+        ErrorHistory* const history = g_histories;
+        g_histories = history->next;
+        delete history;
+    }
+}
+
+} // namespace hcbase
+
+char HFErrorSet(int code, const char* text, const char* location, char chain)
+{
+    const hcbase::Use use;
+    hcbase::ErrorHistory* const history = hcbase::FindOrMakeHistory(use);
+    if (history == nullptr) {
+        return 0;
+    }
+    try {
+        history->Add({code, text, location, chain});
+        return 1;
+    } catch (const std::exception&) {
+        return 0; // no memory for the texts
+    }
+}
+
+char HFErrorGet(HCError& error) { return HFErrorGetPrevious(0, error); }
+
+char HFErrorGetPrevious(int steps, HCError& error)
+{
+    const hcbase::Use use;
+    hcbase::ErrorHistory* const history = hcbase::FindHistory(use);
+    if (history == nullptr || steps < 0 || steps >= history->count) {
+        return 0;
+    }
+    error = history->FromNewest(steps);
+    return 1;
+}
+
+void HFErrorClear()
+{
+    const hcbase::Use use;
+    hcbase::ErrorHistory* const history = hcbase::FindHistory(use);
+    if (history != nullptr) {
+        history->Clear();
+    }
+}

@@ -1,0 +1,15 @@
+/// HCFileStatus: what the file system tells about a file.
+#pragma once
+
+#include "hcbase/time.h"
+
+#include <cstdint>
+
+/// Filled by HCFileSystem::GetFileStatus.
+struct HCFileStatus {
+    HCTime created; // of the last change of status where the system does not keep the time of creation
+    HCTime modified;
+    HCTime accessed;
+    std::int64_t size = 0; // bytes
+    char isDirectory = 0;
+};

@@ -1,0 +1,22 @@
+/// Everything public of hcbase, the foundation layer: strings, threads, re-entrant locks, files, the preference store,
+/// text tables, version records and the last error.
+///
+/// Loading is all the set-up there is. Every function may be called from any thread unless its own text says otherwise.
+/// No operation raises an exception of its own; std::bad_alloc and std::length_error of the text operations pass through.
+#pragma once
+
+#include "hcbase/error.h"
+#include "hcbase/export.h"
+#include "hcbase/file_status.h"
+#include "hcbase/file_system.h"
+#include "hcbase/filename.h"
+#include "hcbase/format.h"
+#include "hcbase/guid.h"
+#include "hcbase/preference_system.h"
+#include "hcbase/string.h"
+#include "hcbase/text_io.h"
+#include "hcbase/text_table.h"
+#include "hcbase/thread.h"
+#include "hcbase/thread_sync.h"
+#include "hcbase/time.h"
+#include "hcbase/version.h"

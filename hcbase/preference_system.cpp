@@ -1,0 +1,155 @@
+#include "hcbase/preference_system.h"
+
+#include "hcbase/records.h"
+#include "hcbase/system/environment.h"
+#include "hcbase/system/files.h"
+
+#include <algorithm>
+#include <exception>
+#include <set>
+#include <sstream>
+#include <string>
+#include <string_view>
+
+#define TOML_EXCEPTIONS 0
+#define TOML_ENABLE_FORMATTERS 0
+#include <toml++/toml.h>
+
+namespace hcbase {
+
+namespace {
+
+constexpr std::size_t kLargestFile = 16 * 1024 * 1024;
+
+using Complaints = std::set<std::string>;
+
+constinit Complaints* g_complaints HC_PT_GUARDED_BY(g_recordsLock) = nullptr; // made with the first complaint
+
+bool IsNews(const std::string& complaint)
+{
+    const LockGuard guard(g_recordsLock);
+    if (g_complaints == nullptr) {
+        g_complaints = new Complaints;
+    }
+    return g_complaints->insert(complaint).second;
+}
+
+/// The same file is read more than once while a library loads; its faults are told once.
+void Complain(const std::string& place, std::string_view reason)
+{
+    std::string complaint = "hcbase: " + place + ": ";
+    complaint.append(reason);
+    std::replace_if(
+        complaint.begin(), complaint.end(), [](char character) { return character == '\n' || character == '\r'; }, ' ');
+    if (IsNews(complaint)) {
+        system::WriteErrorLine(complaint);
+    }
+}
+
+std::string PathOfPreferences()
+{
+    const std::string configured = system::Environment("HCBASE_PREFERENCES");
+    if (!configured.empty()) {
+        return configured;
+    }
+    const std::string directory = system::SettingsDirectory();
+    const char separator = system::kSeparator;
+    return directory.empty() ? directory : directory + separator + "hcbase" + separator + "preferences.toml";
+}
+
+std::string_view NameOf(toml::node_type type)
+{
+    switch (type) {
+    case toml::node_type::table:
+        return "a table";
+    case toml::node_type::array:
+        return "an array";
+    case toml::node_type::string:
+        return "a text";
+    case toml::node_type::integer:
+        return "an integer";
+    case toml::node_type::floating_point:
+        return "a floating-point number";
+    case toml::node_type::boolean:
+        return "a boolean";
+    default:
+        return "a date or time";
+    }
+}
+
+} // namespace
+
+void ReleaseComplaints() noexcept
+{
+    delete g_complaints;
+    g_complaints = nullptr;
+}
+
+} // namespace hcbase
+
+using namespace hcbase;
+
+struct HCPreferenceSystem::Store {
+    std::string path = PathOfPreferences();
+    toml::table root;
+
+    Store()
+    {
+        std::string content;
+        const system::Reading reading = system::ReadFile(path.c_str(), kLargestFile, content);
+        if (reading == system::Reading::kFailed) {
+            Complain(path, "cannot be read: " + content);
+        }
+        if (reading != system::Reading::kDone) {
+            return;
+        }
+        toml::parse_result parsed = toml::parse(content);
+        if (parsed) {
+            root = std::move(parsed).table();
+        } else {
+            Complain(Place(parsed.error().source()), parsed.error().description());
+        }
+    }
+
+    std::string Place(const toml::source_region& source) const { return path + ":" + std::to_string(source.begin.line); }
+
+    const toml::node* Find(std::string_view key) const
+    {
+        const toml::node* node = &root;
+        while (node != nullptr && !key.empty()) {
+            const std::size_t length = std::min(key.find('/'), key.size());
+            if (length > 0) {
+                const toml::table* const table = node->as_table();
+                node = table != nullptr ? table->get(key.substr(0, length)) : nullptr;
+            }
+            key.remove_prefix(std::min(length + 1, key.size()));
+        }
+        return node != &root ? node : nullptr;
+    }
+};
+
+HCPreferenceSystem::HCPreferenceSystem() noexcept : m_store(nullptr) {}
+
+HCPreferenceSystem::~HCPreferenceSystem() { delete m_store; }
+
+char HCPreferenceSystem::GetBooleanValue(const char* key, char defaultValue)
+{
+    if (key == nullptr) {
+        return defaultValue;
+    }
+    if (m_store == nullptr) {
+        m_store = new Store;
+    }
+    const toml::node* const node = m_store->Find(key);
+    if (node == nullptr) {
+        return defaultValue;
+    }
+    const toml::value<bool>* const value = node->as_boolean();
+    if (value == nullptr) {
+        std::string reason(key);
+        reason.append(" is ").append(NameOf(node->type())).append(" where true or false belongs");
+        Complain(m_store->Place(node->source()), reason);
+        return defaultValue;
+    }
+    return value->get() ? 1 : 0;
+}

@@ -1,0 +1,156 @@
+/// HCString: the value string of the system.
+#pragma once
+
+#include "hcbase/export.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+// The arguments of Format are checked against its format by the compiler, as those of printf are.
+#if defined(__MINGW32__)
+#define HC_PRINTF_FORMAT(formatPlace, firstPlace) __attribute__((format(gnu_printf, formatPlace, firstPlace)))
+#else
+#define HC_PRINTF_FORMAT(formatPlace, firstPlace) __attribute__((format(printf, formatPlace, firstPlace)))
+#endif
+
+/// A zero-terminated text of 8-bit characters that owns its storage.
+///
+/// Bytes pass through unchanged, so UTF-8 stays UTF-8; lengths count bytes. Texts of up to 39 characters lie inside the
+/// object and need no heap. Null pointers count as the empty text wherever a text is taken.
+///
+/// Threads: as for an int, one object may be read by several threads at once or used by one.
+/// Errors: std::bad_alloc when memory runs out, std::length_error for a text beyond 2,147,483,646 characters; the object
+/// then keeps the text that it had.
+class HC_API HCString {
+public:
+    /// The empty text.
+    HCString() noexcept { SetEmpty(); }
+
+    /// A copy of `text`.
+    HCString(const char* text);
+
+    HCString(const HCString& other);
+
+    /// Takes over the text of `other`, which is empty afterwards.
+    HCString(HCString&& other) noexcept;
+
+    ~HCString()
+    {
+        if (IsOnHeap()) {
+            Empty();
+        }
+    }
+
+    /// Replaces the text by a copy of `text`, which may be a piece of this string's own text.
+    const HCString& operator=(const char* text);
+    const HCString& operator=(const HCString& other);
+    const HCString& operator=(HCString&& other) noexcept;
+
+    /// The zero-terminated text. Valid while the string is neither changed nor destroyed.
+    operator const char*() const noexcept { return IsOnHeap() ? m_storage.heap : m_storage.local; }
+
+    /// Replaces the text by the result of formatting as printf does; this string's own text may be among the arguments.
+    /// A null format, or one that printf refuses, gives the empty text.
+    void Format(const char* format, ...) HC_PRINTF_FORMAT(2, 3);
+
+    /// Below, equal to or above 0 as this text comes before, is equal to or comes after `text` in the order of its bytes.
+    int Compare(const char* text) const noexcept;
+
+    /// As Compare, with the letters A to Z equal to a to z. The locale has no influence.
+    int CompareNoCase(const char* text) const noexcept;
+
+    /// Makes the text empty and gives its memory back.
+    void Empty() noexcept;
+
+    /// Number of characters (bytes).
+    int GetLength() const noexcept { return m_storage.length; }
+
+    /// Cuts this string to its first `count` characters and gives a copy of them. A count of 0 or below empties it, a
+    /// count beyond the length changes nothing.
+    HCString Left(int count);
+
+    /// Writable text with room for at least `minimumLength` characters and the end mark; the text it has stays in place.
+    /// Whoever writes calls ReleaseBuffer before the next use of the string.
+    char* GetBuffer(int minimumLength);
+
+    /// Ends GetBuffer: the text gets the length `newLength`, at most what there is room for; below 0 it ends at the first
+    /// zero byte.
+    void ReleaseBuffer(int newLength = -1) noexcept;
+
+private:
+    static constexpr int kLocalSize = 40;
+
+    struct Storage {
+        union {
+            char local[kLocalSize];
+            char* heap;
+        };
+        std::int32_t length;
+        std::int32_t heapCapacity; // characters without the end mark; 0 while the text lies inside the object
+    };
+
+    bool IsOnHeap() const noexcept { return m_storage.heapCapacity != 0; }
+    char* Text() noexcept { return IsOnHeap() ? m_storage.heap : m_storage.local; }
+    int Capacity() const noexcept { return IsOnHeap() ? m_storage.heapCapacity : kLocalSize - 1; }
+    void SetEmpty() noexcept
+    {
+        m_storage.local[0] = '\0';
+        m_storage.length = 0;
+        m_storage.heapCapacity = 0;
+    }
+    void Assign(const char* text, std::size_t length);
+    void Reserve(std::size_t capacity);
+
+    Storage m_storage;
+};
+
+static_assert(sizeof(HCString) == 48, "clients are compiled against this size");
+
+inline HCString::HCString(const char* text)
+{
+    SetEmpty();
+    if (text == nullptr) {
+        return;
+    }
+    const std::size_t length = std::strlen(text);
+    if (length < kLocalSize) {
+        std::memcpy(m_storage.local, text, length + 1);
+        m_storage.length = static_cast<std::int32_t>(length);
+    } else {
+        *this = text;
+    }
+}
+
+inline HCString::HCString(const HCString& other) : m_storage(other.m_storage)
+{
+    if (IsOnHeap()) {
+        SetEmpty();
+        *this = other;
+    }
+}
+
+inline HCString::HCString(HCString&& other) noexcept : m_storage(other.m_storage)
+{
+    other.SetEmpty();
+}
+
+inline const HCString& HCString::operator=(HCString&& other) noexcept
+{
+    if (this != &other) {
+        if (IsOnHeap()) {
+            Empty();
+        }
+        m_storage = other.m_storage;
+        other.SetEmpty();
+    }
+    return *this;
+}
+
+// Without these, == between a string and a literal would compare the two addresses.
+inline bool operator==(const HCString& left, const HCString& right) noexcept { return left.Compare(right) == 0; }
+inline bool operator==(const HCString& left, const char* right) noexcept { return left.Compare(right) == 0; }
+inline bool operator==(const char* left, const HCString& right) noexcept { return right.Compare(left) == 0; }
+inline bool operator!=(const HCString& left, const HCString& right) noexcept { return left.Compare(right) != 0; }
+inline bool operator!=(const HCString& left, const char* right) noexcept { return left.Compare(right) != 0; }
+inline bool operator!=(const char* left, const HCString& right) noexcept { return right.Compare(left) != 0; }

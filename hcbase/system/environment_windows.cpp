@@ -1,0 +1,70 @@
+#include "hcbase/system/environment.h"
+
+#include "hcbase/system/windows.h"
+
+#include <userenv.h>
+
+namespace hcbase::system {
+
+namespace {
+
+/// Calls `fill(buffer, size)` with growing buffers, as the functions of the system want it: they give the size that they
+/// need, or the length when it fitted.
+template <typename Fill> std::string FilledText(Fill fill)
+{
+    std::wstring buffer(MAX_PATH, L'\0');
+    for (;;) {
+        const auto length = static_cast<std::size_t>(fill(buffer.data(), static_cast<DWORD>(buffer.size())));
+        if (length == 0) {
+            return {};
+        }
+        if (length < buffer.size()) {
+            return Utf8(buffer.c_str());
+        }
+        buffer.resize(length + 1);
+    }
+}
+
+std::string AccountHome()
+{
+    HANDLE token = nullptr;
+    if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token) == 0) {
+        return {};
+    }
+    std::string home = FilledText([token](wchar_t* buffer, DWORD size) -> DWORD {
+        return GetUserProfileDirectoryW(token, buffer, &size) != 0 ? size - 1 : size;
+    });
+    CloseHandle(token);
+    return home;
+}
+
+} // namespace
+
+std::string Environment(const char* name)
+{
+    const std::wstring wideName = Wide(name);
+    return FilledText(
+        [&wideName](wchar_t* buffer, DWORD size) { return GetEnvironmentVariableW(wideName.c_str(), buffer, size); });
+}
+
+std::string HomeDirectory()
+{
+    const std::string home = Environment("USERPROFILE");
+    return home.empty() ? AccountHome() : home;
+}
+
+std::string SettingsDirectory() { return Environment("APPDATA"); }
+
+std::string CurrentDirectory()
+{
+    return FilledText([](wchar_t* buffer, DWORD size) { return GetCurrentDirectoryW(size, buffer); });
+}
+
+void WriteErrorLine(const std::string& text)
+{
+    const std::string line = text + "\r\n";
+    DWORD written = 0;
+    WriteFile(GetStdHandle(STD_ERROR_HANDLE), line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
+}
+
+} // namespace hcbase::system

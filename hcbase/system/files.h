@@ -1,0 +1,63 @@
+/// Files of the system. Paths are UTF-8.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace hcbase::system {
+
+#if defined(_WIN32)
+constexpr char kSeparator = '\\';
+inline bool IsSeparator(char character) { return character == '\\' || character == '/'; }
+#else
+constexpr char kSeparator = '/';
+inline bool IsSeparator(char character) { return character == '/'; }
+#endif
+
+/// Seconds and nanoseconds since 1970-01-01 00:00 UTC.
+struct TimeStamp {
+    std::int64_t seconds;
+    std::int32_t nanoseconds;
+};
+
+struct FileInfo {
+    TimeStamp created; // of the last change of status where the system does not keep the time of creation
+    TimeStamp modified;
+    TimeStamp accessed;
+    std::int64_t size;
+    bool isDirectory;
+};
+
+/// Follows links. False when there is no such file or it cannot be asked about; `info` is then unchanged.
+bool GetFileInfo(const char* path, FileInfo& info);
+
+bool RemoveFile(const char* path);
+
+struct DiskSpace {
+    std::uint64_t available; // bytes free for the calling account
+    std::uint64_t total;
+    std::uint64_t free;
+};
+
+bool GetDiskSpace(const char* path, DiskSpace& space);
+
+enum class Opening { kCreateIfMissing, kExistingOnly };
+
+constexpr std::intptr_t kNoFile = -1;
+
+/// Opens a file so that each write goes to the end it then has, whoever else writes. Never truncates. Child processes do
+/// not inherit it, and others may read, write, rename and delete the file meanwhile. Gives kNoFile on failure.
+std::intptr_t OpenForAppending(const char* path, Opening opening);
+
+/// Writes the text and a line ending in one call of the system. True when all of it was written.
+bool WriteLine(std::intptr_t file, const char* text, std::size_t length);
+
+bool CloseFile(std::intptr_t file);
+
+enum class Reading { kDone, kMissing, kFailed };
+
+/// Reads a whole file of at most `limit` bytes. With kFailed `content` holds the reason, as a text for people.
+Reading ReadFile(const char* path, std::size_t limit, std::string& content);
+
+} // namespace hcbase::system

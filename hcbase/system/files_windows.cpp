@@ -1,0 +1,120 @@
+#include "hcbase/system/files.h"
+
+#include "hcbase/system/windows.h"
+
+#include <system_error>
+#include <vector>
+
+namespace hcbase::system {
+
+namespace {
+
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+HANDLE ToHandle(std::intptr_t file) { return reinterpret_cast<HANDLE>(file); }
+
+class Handle {
+public:
+    explicit Handle(HANDLE handle) : m_handle(handle) {}
+    ~Handle()
+    {
+        if (m_handle != INVALID_HANDLE_VALUE) {
+            CloseHandle(m_handle);
+        }
+    }
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+
+    HANDLE Get() const { return m_handle; }
+
+private:
+    HANDLE m_handle;
+};
+
+/// A FILETIME counts units of 100 nanoseconds since 1601-01-01, which is 11,644,473,600 seconds before 1970.
+TimeStamp ToTimeStamp(const FILETIME& time)
+{
+    const std::int64_t units = (static_cast<std::int64_t>(time.dwHighDateTime) << 32) | time.dwLowDateTime;
+    const std::int64_t unitsPerSecond = 10'000'000;
+    return {units / unitsPerSecond - 11'644'473'600, static_cast<std::int32_t>(units % unitsPerSecond) * 100};
+}
+
+std::string ReasonOf(DWORD error) { return std::system_category().message(static_cast<int>(error)); }
+
+} // namespace
+
+bool GetFileInfo(const char* path, FileInfo& info)
+{
+    WIN32_FILE_ATTRIBUTE_DATA status{};
+    if (GetFileAttributesExW(Wide(path).c_str(), GetFileExInfoStandard, &status) == 0) {
+        return false;
+    }
+    info.created = ToTimeStamp(status.ftCreationTime);
+    info.modified = ToTimeStamp(status.ftLastWriteTime);
+    info.accessed = ToTimeStamp(status.ftLastAccessTime);
+    info.size = (static_cast<std::int64_t>(status.nFileSizeHigh) << 32) | status.nFileSizeLow;
+    info.isDirectory = (status.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    return true;
+}
+
+bool RemoveFile(const char* path) { return DeleteFileW(Wide(path).c_str()) != 0; }
+
+bool GetDiskSpace(const char* path, DiskSpace& space)
+{
+    ULARGE_INTEGER available{};
+    ULARGE_INTEGER total{};
+    ULARGE_INTEGER free{};
+    if (GetDiskFreeSpaceExW(Wide(path).c_str(), &available, &total, &free) == 0) {
+        return false;
+    }
+    space = {available.QuadPart, total.QuadPart, free.QuadPart};
+    return true;
+}
+
+std::intptr_t OpenForAppending(const char* path, Opening opening)
+{
+    // FILE_APPEND_DATA without FILE_WRITE_DATA: each write goes to the end of the file, as one step for all processes.
+    const HANDLE file = CreateFileW(Wide(path).c_str(), FILE_APPEND_DATA | SYNCHRONIZE, kShareAll, nullptr,
+        opening == Opening::kCreateIfMissing ? OPEN_ALWAYS : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    return file != INVALID_HANDLE_VALUE ? reinterpret_cast<std::intptr_t>(file) : kNoFile;
+}
+
+bool WriteLine(std::intptr_t file, const char* text, std::size_t length)
+{
+    std::string line;
+    line.reserve(length + 2);
+    line.append(text, length).append("\r\n");
+    DWORD written = 0;
+    return WriteFile(ToHandle(file), line.data(), static_cast<DWORD>(line.size()), &written, nullptr) != 0
+        && written == line.size();
+}
+
+bool CloseFile(std::intptr_t file) { return CloseHandle(ToHandle(file)) != 0; }
+
+Reading ReadFile(const char* path, std::size_t limit, std::string& content)
+{
+    const Handle file(CreateFileW(
+        Wide(path).c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (file.Get() == INVALID_HANDLE_VALUE) {
+        const DWORD error = GetLastError();
+        content = ReasonOf(error);
+        return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ? Reading::kMissing : Reading::kFailed;
+    }
+    content.clear();
+    std::vector<char> buffer(4096);
+    for (;;) {
+        DWORD count = 0;
+        const bool isRead
+            = ::ReadFile(file.Get(), buffer.data(), static_cast<DWORD>(buffer.size()), &count, nullptr) != 0;
+        if (isRead && count == 0) {
+            return Reading::kDone;
+        }
+        if (!isRead || content.size() + count > limit) {
+            content = ReasonOf(isRead ? static_cast<DWORD>(ERROR_FILE_TOO_LARGE) : GetLastError());
+            return Reading::kFailed;
+        }
+        content.append(buffer.data(), count);
+    }
+}
+
+} // namespace hcbase::system

@@ -1,0 +1,53 @@
+/// Threads of the system: their IDs, starting and joining them, what is kept for each of them, and what fork leaves behind.
+#pragma once
+
+#include <cstdint>
+
+namespace hcbase {
+struct ErrorHistory;
+}
+
+namespace hcbase::system {
+
+/// ID of the calling thread: even, never 0, the same for the thread's life. On Linux it is not given out again, until
+/// 2,147,483,647 further threads have asked for theirs.
+std::uint32_t CurrentThreadId() noexcept;
+
+/// True when `id` names a thread that was running in the parent of this forked process and did not come along.
+bool IsLeftBehindByFork(std::uint32_t id) noexcept;
+
+/// How many forks lie between this process and the one that loaded the library. Differs between parent and child.
+std::uint32_t ForkGeneration() noexcept;
+
+/// What the foundation keeps for one thread; only that thread touches it.
+struct PerThread {
+    std::uint64_t generator[4]; // state of the GUID generator
+    std::uint32_t seededIn;     // ForkGeneration of its seeding plus 1, 0 before the first
+    ErrorHistory* errors;       // owned; null until the thread records an error
+};
+
+/// The record of the calling thread, all zero at first. Null only when there is no memory for it.
+PerThread* CurrentPerThread() noexcept;
+
+/// Has the thread's error history released when the thread ends. Called when a history is made.
+void ReleaseErrorsAtThreadExit(PerThread& thread) noexcept;
+
+/// Installs the hooks for fork and for the end of threads, and takes them out again. On the loading thread.
+void InstallHooks() noexcept;
+void RemoveHooks() noexcept;
+
+using ThreadFunction = unsigned int (*)(void*);
+
+/// Starts a thread. False when the system refuses; `handle` is then unchanged.
+bool StartThread(ThreadFunction function, void* argument, std::uintptr_t& handle) noexcept;
+
+/// Waits for the thread to end, stores its exit code and gives the handle back to the system. False, and nothing given
+/// back, when a thread asks for itself.
+bool JoinThread(std::uintptr_t handle, unsigned int& exitCode) noexcept;
+
+/// Gives the handle back without waiting.
+void DetachThread(std::uintptr_t handle) noexcept;
+
+[[noreturn]] void ExitCurrentThread(unsigned int exitCode);
+
+} // namespace hcbase::system

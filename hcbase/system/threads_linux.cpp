@@ -1,0 +1,129 @@
+#include "hcbase/system/threads.h"
+
+#include "hcbase/records.h"
+
+#include <atomic>
+#include <memory>
+#include <new>
+#include <pthread.h>
+
+namespace hcbase::system {
+
+namespace {
+
+constexpr std::uint32_t kIdStep = 2; // the lowest bit is free for ReentrantLock
+
+constinit std::atomic<std::uint32_t> g_nextId{kIdStep};
+constinit std::atomic<std::uint32_t> g_forkGeneration{0};
+
+// Written in a forked child while it has one thread only, so that plain variables do.
+constinit std::uint32_t g_firstIdAfterFork = 0; // 0: this process was not forked
+constinit std::uint32_t g_forkingThread = 0;
+
+constinit pthread_key_t g_exitKey = 0;
+constinit bool g_hasExitKey = false;
+
+// Both are plain data without a destructor: they are valid to the very end of the thread and leave nothing registered.
+constinit thread_local std::uint32_t t_id = 0;
+constinit thread_local PerThread t_perThread{};
+
+std::uint32_t TakeId() noexcept
+{
+    do {
+        t_id = g_nextId.fetch_add(kIdStep, std::memory_order_relaxed);
+    } while (t_id == 0); // the counter has come round
+    return t_id;
+}
+
+// The records are locked across fork, so that the child finds none of them half written.
+void BeforeFork() HC_NO_THREAD_SAFETY_ANALYSIS { g_recordsLock.Lock(); }
+
+void AfterForkInParent() HC_NO_THREAD_SAFETY_ANALYSIS { g_recordsLock.Unlock(); }
+
+void AfterForkInChild() HC_NO_THREAD_SAFETY_ANALYSIS
+{
+    g_firstIdAfterFork = g_nextId.load(std::memory_order_relaxed);
+    g_forkingThread = CurrentThreadId();
+    g_forkGeneration.fetch_add(1, std::memory_order_relaxed);
+    g_recordsLock.Unlock();
+}
+
+void OnThreadExit(void* perThread) { ReleaseErrors(static_cast<PerThread*>(perThread)->errors); }
+
+struct ThreadStart {
+    ThreadFunction function;
+    void* argument;
+};
+
+void* RunThread(void* heapStart)
+{
+    const ThreadStart start = *std::unique_ptr<ThreadStart>(static_cast<ThreadStart*>(heapStart));
+    return reinterpret_cast<void*>(static_cast<std::uintptr_t>(start.function(start.argument)));
+}
+
+static_assert(sizeof(pthread_t) <= sizeof(std::uintptr_t));
+
+} // namespace
+
+std::uint32_t CurrentThreadId() noexcept { return t_id != 0 ? t_id : TakeId(); }
+
+bool IsLeftBehindByFork(std::uint32_t id) noexcept
+{
+    // The difference rather than <, because the counter may come round.
+    return g_firstIdAfterFork != 0 && id != g_forkingThread && static_cast<std::int32_t>(id - g_firstIdAfterFork) < 0;
+}
+
+std::uint32_t ForkGeneration() noexcept { return g_forkGeneration.load(std::memory_order_relaxed); }
+
+PerThread* CurrentPerThread() noexcept { return &t_perThread; }
+
+void ReleaseErrorsAtThreadExit(PerThread& thread) noexcept
+{
+    if (g_hasExitKey) {
+        pthread_setspecific(g_exitKey, &thread);
+    }
+}
+
+void InstallHooks() noexcept
+{
+    // The C library takes the fork hooks of a shared object out by itself when it unloads the object.
+    pthread_atfork(BeforeFork, AfterForkInParent, AfterForkInChild);
+    // Without a key, histories are released at unload instead of at the end of their threads.
+    g_hasExitKey = pthread_key_create(&g_exitKey, OnThreadExit) == 0;
+}
+
+void RemoveHooks() noexcept
+{
+    if (g_hasExitKey) {
+        g_hasExitKey = false;
+        pthread_key_delete(g_exitKey);
+    }
+}
+
+bool StartThread(ThreadFunction function, void* argument, std::uintptr_t& handle) noexcept
+{
+    std::unique_ptr<ThreadStart> start(new (std::nothrow) ThreadStart{function, argument});
+    pthread_t thread{};
+    if (start == nullptr || pthread_create(&thread, nullptr, RunThread, start.get()) != 0) {
+        return false;
+    }
+    static_cast<void>(start.release()); // the thread owns it now
+    handle = static_cast<std::uintptr_t>(thread);
+    return true;
+}
+
+bool JoinThread(std::uintptr_t handle, unsigned int& exitCode) noexcept
+{
+    void* result = nullptr;
+    if (pthread_join(static_cast<pthread_t>(handle), &result) != 0) {
+        return false;
+    }
+    exitCode = static_cast<unsigned int>(reinterpret_cast<std::uintptr_t>(result));
+    return true;
+}
+
+void DetachThread(std::uintptr_t handle) noexcept { pthread_detach(static_cast<pthread_t>(handle)); }
+
+void ExitCurrentThread(unsigned int exitCode) { pthread_exit(reinterpret_cast<void*>(static_cast<std::uintptr_t>(exitCode))); }
+
+} // namespace hcbase::system

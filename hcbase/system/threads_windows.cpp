@@ -1,0 +1,93 @@
+#include "hcbase/system/threads.h"
+
+#include "hcbase/records.h"
+#include "hcbase/system/windows.h"
+
+#include <new>
+#include <process.h>
+
+namespace hcbase::system {
+
+namespace {
+
+// A slot of the system instead of thread_local: it can be given back at unload, which the compiler's own emulation of
+// thread_local cannot.
+constinit DWORD g_slot = FLS_OUT_OF_INDEXES;
+
+/// Runs when a thread ends and, for every thread that has a record, when the slot is given back.
+void CALLBACK OnThreadExit(void* perThread)
+{
+    auto* const thread = static_cast<PerThread*>(perThread);
+    ReleaseErrors(thread->errors);
+    delete thread;
+}
+
+} // namespace
+
+std::uint32_t CurrentThreadId() noexcept { return GetCurrentThreadId(); } // IDs of Windows are multiples of four
+
+bool IsLeftBehindByFork(std::uint32_t /*id*/) noexcept { return false; }
+
+std::uint32_t ForkGeneration() noexcept { return 0; }
+
+PerThread* CurrentPerThread() noexcept
+{
+    if (g_slot == FLS_OUT_OF_INDEXES) {
+        return nullptr;
+    }
+    auto* thread = static_cast<PerThread*>(FlsGetValue(g_slot));
+    if (thread == nullptr) {
+        thread = new (std::nothrow) PerThread{};
+        if (thread != nullptr && FlsSetValue(g_slot, thread) == 0) {
+            delete thread;
+            thread = nullptr;
+        }
+    }
+    return thread;
+}
+
+void ReleaseErrorsAtThreadExit(PerThread& /*thread*/) noexcept {} // the slot's callback does
+
+void InstallHooks() noexcept { g_slot = FlsAlloc(OnThreadExit); }
+
+void RemoveHooks() noexcept
+{
+    if (g_slot != FLS_OUT_OF_INDEXES) {
+        FlsFree(g_slot);
+        g_slot = FLS_OUT_OF_INDEXES;
+    }
+}
+
+bool StartThread(ThreadFunction function, void* argument, std::uintptr_t& handle) noexcept
+{
+    // Not CreateThread: the C runtime prepares its own per-thread data here. On x86-64 there is one calling convention.
+    const std::uintptr_t thread = _beginthreadex(nullptr, 0, function, argument, 0, nullptr);
+    if (thread == 0) {
+        return false;
+    }
+    handle = thread;
+    return true;
+}
+
+bool JoinThread(std::uintptr_t handle, unsigned int& exitCode) noexcept
+{
+    auto* const thread = reinterpret_cast<HANDLE>(handle);
+    DWORD code = 0;
+    if (GetThreadId(thread) == GetCurrentThreadId() || WaitForSingleObject(thread, INFINITE) != WAIT_OBJECT_0
+        || GetExitCodeThread(thread, &code) == 0) {
+        return false;
+    }
+    CloseHandle(thread);
+    exitCode = code;
+    return true;
+}
+
+void DetachThread(std::uintptr_t handle) noexcept { CloseHandle(reinterpret_cast<HANDLE>(handle)); }
+
+void ExitCurrentThread(unsigned int exitCode)
+{
+    _endthreadex(exitCode);
+    __builtin_unreachable();
+}
+
+} // namespace hcbase::system

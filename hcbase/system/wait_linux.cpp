@@ -1,0 +1,40 @@
+#include "hcbase/system/wait.h"
+
+#include <cerrno>
+#include <linux/futex.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace hcbase::system {
+
+static_assert(sizeof(std::atomic<std::uint32_t>) == sizeof(std::uint32_t), "the kernel looks at the plain word");
+
+namespace {
+
+/// A lock must not change errno under a caller that looks at it after unlocking.
+class KeepErrno {
+public:
+    KeepErrno() : m_value(errno) {}
+    ~KeepErrno() { errno = m_value; }
+    KeepErrno(const KeepErrno&) = delete;
+    KeepErrno& operator=(const KeepErrno&) = delete;
+
+private:
+    int m_value;
+};
+
+} // namespace
+
+void WaitWhileEqual(std::atomic<std::uint32_t>& word, std::uint32_t value) noexcept
+{
+    const KeepErrno keep;
+    syscall(SYS_futex, &word, FUTEX_WAIT_PRIVATE, value, nullptr, nullptr, 0);
+}
+
+void WakeOne(std::atomic<std::uint32_t>& word) noexcept
+{
+    const KeepErrno keep;
+    syscall(SYS_futex, &word, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
+}
+
+} // namespace hcbase::system

@@ -1,0 +1,28 @@
+/// The Windows headers, in one place and with the switches that every use needs, and the way from UTF-8 and back.
+#pragma once
+
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#ifndef WIN32_LEAN_AND_MEAN
+#define WIN32_LEAN_AND_MEAN
+#endif
+
+// WaitOnAddress came with Windows 8.
+#if !defined(_WIN32_WINNT) || _WIN32_WINNT < 0x0602
+#undef _WIN32_WINNT
+#define _WIN32_WINNT 0x0602
+#endif
+
+#include <windows.h>
+
+#include <string>
+
+namespace hcbase::system {
+
+/// Bytes that are no UTF-8 become U+FFFD. Null counts as the empty text.
+std::wstring Wide(const char* text);
+
+std::string Utf8(const wchar_t* text);
+
+} // namespace hcbase::system

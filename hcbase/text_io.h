@@ -1,0 +1,39 @@
+/// HCTextIo: a text file that grows line by line.
+#pragma once
+
+#include "hcbase/export.h"
+#include "hcbase/string.h"
+
+#include <cstdint>
+
+/// A text file on one path. Lines always go to the end that the file has at that moment, so that several processes can
+/// write one file and no line is torn or lost. Child processes do not inherit the open file.
+///
+/// Threads: one object is used by one thread at a time.
+class HC_API HCTextIo {
+public:
+    /// Opens nothing yet.
+    explicit HCTextIo(const HCString& path);
+
+    /// Closes the file if it is open.
+    virtual ~HCTextIo();
+
+    HCTextIo(const HCTextIo&) = delete;
+    HCTextIo& operator=(const HCTextIo&) = delete;
+
+    /// Mode 3 opens the file for writing and creates it when there is none; it keeps what another process has written
+    /// meanwhile. Mode 5 opens an existing file for appending. 1 on success; 0 when the system refuses, for any other
+    /// mode, and when the object's file is open already.
+    virtual char Open(int mode);
+
+    /// Writes the text and one line ending in one call of the system. 1 when all of it was written; 0 otherwise, and when
+    /// the file is not open. Null counts as the empty text.
+    virtual char WriteString(const char* text);
+
+    /// 1 on success, 0 when the file is not open or the system reports a failure; it is closed in any case.
+    virtual char Close();
+
+private:
+    HCString m_path;
+    std::intptr_t m_file;
+};

@@ -1,0 +1,46 @@
+/// HCThread: a thread that can be waited for.
+#pragma once
+
+#include "hcbase/export.h"
+
+#include <cstdint>
+
+/// A handle on at most one thread. Threads: one handle is used by one thread at a time.
+class HC_API HCThread {
+public:
+    /// A handle on no thread.
+    HCThread() noexcept;
+
+    /// A thread that still runs goes on by itself.
+    virtual ~HCThread();
+
+    HCThread(const HCThread&) = delete;
+    HCThread& operator=(const HCThread&) = delete;
+
+    /// Starts a thread that runs function(argument) and ends with its result as exit code. 1 on success; 0 for a null
+    /// function, when the system refuses, and while this handle has a thread whose exit code was not asked for yet.
+    char CreateThread(unsigned int (*function)(void*), void* argument);
+
+    /// Waits for the thread to end, stores its exit code and gives 1; may be asked again. Gives 0, and stores nothing,
+    /// when there is no thread, for a null `code`, when the thread asks for itself, and in a forked child for a thread of
+    /// the parent.
+    char GetExitCode(int* code);
+
+    /// Ends the calling thread with that exit code.
+    [[noreturn]] static void ExitThread(unsigned int code);
+
+    /// ID of the calling thread: the same for its whole life and never 0. No two threads that run at the same time have
+    /// the same one. A thread that forks keeps its ID in the child. Cheap to ask for.
+    static unsigned int GetCurrentThreadId() noexcept;
+
+    /// 1 when both IDs name one thread. 0 names none.
+    static char AreSameThread(unsigned int first, unsigned int second) noexcept;
+
+private:
+    enum class State : std::uint8_t { kNone, kStarted, kEnded };
+
+    std::uintptr_t m_thread;
+    std::uint32_t m_forkGeneration;
+    int m_exitCode;
+    State m_state;
+};

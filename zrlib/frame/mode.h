@@ -1,0 +1,91 @@
+/// ZRMode: the process-wide switches that are read from the preferences.
+#pragma once
+
+#include "zrlib/export.h"
+
+#include <atomic>
+
+class ZRThreadSync;
+
+/// Sixteen switches, read once while the library loads. Each is the boolean under "/Libraries/zrlib/" and its name in the
+/// preference store; a key that is not there gives the default.
+///
+/// | Switch | Default | Effect |
+/// |---|---|---|
+/// | Threading | 0 | the run-time threading switch may be changed |
+/// | CacheQueueing, ThreadBasedCache | 1 | for clients; both are 0 while Threading is 0 in the store |
+/// | Cache, ForceMainThreadToUseStreamBasedCache | 1 | for clients |
+/// | ForceRunInSingleThread, TTStreaming, ThreadingChannelLocking | 0 | for clients |
+/// | OutEnabled, WarnEnabled, ErrorEnabled, TraceEnabled | 0 | one of them turns messages on at load; each sets its bit |
+/// | SendToMsgView, SendToConsole, SendToDebugger, SendToFile | 0 | destinations of all types from load on |
+///
+/// The setters store what they are given and change nothing else: neither another switch nor the state of the messages,
+/// for which there are functions of their own (message_functions.h).
+///
+/// Threads: the static operations from any thread.
+class ZR_API ZRMode {
+public:
+    /// Reads the store and overwrites all sixteen switches.
+    ZRMode();
+
+    /// Objects hold nothing, so copying does nothing.
+    ZRMode(const ZRMode& other);
+    ZRMode& operator=(const ZRMode& other);
+    virtual ~ZRMode();
+
+    static char IsThreading();
+    static char IsCacheQueueing();
+    static char IsThreadBasedCache();
+    static char IsCache();
+    static char IsForceRunInSingleThread();
+    static char IsTTStreaming();
+    static char IsThreadingChannelLocking();
+    static char IsForceMainThreadToUseStreamBasedCache();
+    static char IsOutEnabled();
+    static char IsWarnEnabled();
+    static char IsErrorEnabled();
+    static char IsTraceEnabled();
+    static char SendToMsgView();
+    static char SendToConsole();
+    static char SendToDebugger();
+    static char SendToFile();
+
+    static void SetThreading(char threading);
+    static void SetCacheQueueing(char cacheQueueing);
+    static void SetThreadBasedCache(char threadBasedCache);
+    static void SetCache(char cache);
+    static void SetForceRunInSingleThread(char forceRunInSingleThread);
+    static void SetThreadingChannelLocking(char threadingChannelLocking);
+    static void SetForceMainThreadToUseStreamBasedCache(char forceMainThreadToUseStreamBasedCache);
+
+    /// 1 on the thread that loaded the library, whichever thread of the process that was; 0 on every other.
+    static char IsMainThread();
+
+    /// The opposite of IsMainThread.
+    static char IsWorkerThread();
+
+protected:
+    /// Do nothing and give 0: the switches need no lock.
+    static char Lock(const char* location);
+    static char Unlock(const char* location);
+
+    static std::atomic<char> m_bThreading;
+    static std::atomic<char> m_bCacheQueueing;
+    static std::atomic<char> m_bThreadBasedCache;
+    static std::atomic<char> m_bCache;
+    static std::atomic<char> m_bForceRunInSingleThread;
+    static std::atomic<char> m_bTTStreaming;
+    static std::atomic<char> m_bThreadingChannelLocking;
+    static std::atomic<char> m_bForceMainThreadToUseStreamBasedCache;
+    static std::atomic<char> m_bOutEnabled;
+    static std::atomic<char> m_bWarnEnabled;
+    static std::atomic<char> m_bErrorEnabled;
+    static std::atomic<char> m_bTraceEnabled;
+    static std::atomic<char> m_bSendToMsgView;
+    static std::atomic<char> m_bSendToConsole;
+    static std::atomic<char> m_bSendToDebugger;
+    static std::atomic<char> m_bSendToFile;
+
+    static std::atomic<ZRThreadSync*> m_pSync; // always null
+    static unsigned int m_main_thread; // ID of the loading thread; written once while the library loads
+};

@@ -1,0 +1,57 @@
+/// ZRModule: the object that ties the library together. Not exported.
+#pragma once
+
+#include "hcbase/text_table.h"
+
+#include <atomic>
+
+class ZRMessageHandler;
+class ZRMode;
+
+/// There is one, in static storage (startup.cpp). Its fields are zero before it is built, do not change while the library
+/// is loaded, and keep their values when it is gone.
+class ZRModule {
+public:
+    ZRModule();
+    ~ZRModule();
+    ZRModule(const ZRModule&) = delete;
+    ZRModule& operator=(const ZRModule&) = delete;
+
+    HCTextHandle m_hText; // of ZRTextTable
+    ZRMode* m_pMode; // owned
+    ZRMessageHandler* m_pMessageHandler; // owned; the one message handler of the process
+
+private:
+    void ApplySwitches();
+};
+
+/// Never null, and valid before the module is built.
+ZRModule* ZRGetModule();
+
+/// Keeps the module's handlers in place for the length of a scope in which a thread uses one of them.
+///
+/// A thread or a static object may send a message while, or after, the library's own objects go. The module does not wait
+/// for anybody when it goes; it leaves a handler that is in use at that moment where it is.
+class ZRModuleUse {
+public:
+    ZRModuleUse() noexcept : m_stands((s_users.fetch_add(1), s_stands.load())) {}
+    ~ZRModuleUse() { s_users.fetch_sub(1, std::memory_order_release); }
+    ZRModuleUse(const ZRModuleUse&) = delete;
+    ZRModuleUse& operator=(const ZRModuleUse&) = delete;
+
+    /// Whether the module stands, and will until this object goes.
+    bool Stands() const { return m_stands; }
+
+    /// Whether the module stands at this moment.
+    static bool ModuleStands() noexcept { return s_stands.load(std::memory_order_relaxed); }
+
+private:
+    friend class ZRModule;
+
+    // Two threads that each write one of these and then read the other must not both miss what the other wrote, hence the
+    // sequentially consistent order of those steps.
+    static std::atomic<bool> s_stands;
+    static std::atomic<int> s_users;
+
+    bool m_stands;
+};

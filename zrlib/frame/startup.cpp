@@ -1,0 +1,30 @@
+// Every object of the library that needs code to be built, in the order in which they are built while the library loads,
+// on the loading thread. They go in the reverse order when it is unloaded. No other file has such an object: flags and
+// counters elsewhere are constant-initialised, so that they are in place before the first line here runs and after the
+// last one has gone.
+
+#include "hcbase/string.h"
+#include "hcbase/thread.h"
+#include "zrlib/frame/mode.h"
+#include "zrlib/frame/module.h"
+#include "zrlib/messaging/message_handler.h"
+
+namespace {
+
+// Sends no message while it is built, so that it does not matter that the log file has no name yet.
+ZRModule g_Module;
+
+} // namespace
+
+const HCString ZRMessageHandler::m_csFileName("zr_messages");
+
+namespace {
+
+// Reads the switches a second time. What the module has made of them stays.
+const ZRMode g_Mode;
+
+} // namespace
+
+unsigned int ZRMode::m_main_thread = HCThread::GetCurrentThreadId();
+
+ZRModule* ZRGetModule() { return &g_Module; }

@@ -1,0 +1,70 @@
+/// The functions that send messages and steer where they go.
+#pragma once
+
+#include "hcbase/string.h"
+#include "zrlib/export.h"
+
+class ZRMessageHandler;
+
+/// The one message handler of the process. The library owns it; it is there until the library is unloaded.
+ZR_API ZRMessageHandler* ZRGetMessageHandler();
+
+extern "C" {
+
+// Sending. While messages are on, each function sends `text` to console, debugger and log file, each if its bit is set in
+// the flag word of the type, and then text and particulars to the observers of the handler.
+//
+// level: 1 to 7; with any other the call does nothing at all. It is carried to observers and has no other effect.
+// location: where the message is raised, usually "Class::Function"; may be null.
+// textEx: a second text that only observers get.
+//
+// Threads: any. The call runs on the caller's thread and returns when every destination has had the message, so a slow
+// one delays every sender. Ownership: nothing is kept; the texts may go when the call returns.
+
+ZR_API void ZROut(const HCString& text, const char* location, short level);
+ZR_API void ZRWarn(const HCString& text, const char* location, short level);
+ZR_API void ZRTrace(const HCString& text, const char* location, short level);
+ZR_API void ZROutEx(const HCString& text, const HCString& textEx, const char* location, short level);
+ZR_API void ZRWarnEx(const HCString& text, const HCString& textEx, const char* location, short level);
+ZR_API void ZRTraceEx(const HCString& text, const HCString& textEx, const char* location, short level);
+
+// The error functions also record the error as the calling thread's last one (HFErrorGet), after the message and whether
+// or not it was delivered: with code 1, the first text and the location "ZRError".
+
+ZR_API void ZRError(const HCString& text, const char* location, short level);
+ZR_API void ZRErrorEx(const HCString& text, const HCString& textEx, const char* location, short level);
+
+/// Sends an error with a code (text_codes.h) and records it as the calling thread's last error with just that code, text,
+/// location and chain flag. chainToPrevious: not 0 when the error belongs to the one before it. level: carried as it is,
+/// whatever it is. Null texts count as empty. Gives 0.
+ZR_API int ZRErrorSet(int code, const char* text, const char* location, char chainToPrevious, short level);
+
+// The flag words: for each type the sum of the ZR_DEST_ values to which its messages go. All are 0 unless the preferences
+// say otherwise.
+
+ZR_API void ZRSetOutFlags(short flags);
+ZR_API void ZRSetWarnFlags(short flags);
+ZR_API void ZRSetErrorFlags(short flags);
+ZR_API void ZRSetTraceFlags(short flags);
+ZR_API void ZRSetAllFlags(short flags);
+ZR_API short ZRGetOutFlags();
+ZR_API short ZRGetWarnFlags();
+ZR_API short ZRGetErrorFlags();
+ZR_API short ZRGetTraceFlags();
+
+// The enabled bits. They stop no message; they are kept for those who ask.
+
+ZR_API void ZRSetOutEnabled(char enabled);
+ZR_API void ZRSetWarnEnabled(char enabled);
+ZR_API void ZRSetErrorEnabled(char enabled);
+ZR_API void ZRSetTraceEnabled(char enabled);
+ZR_API void ZRSetAllEnabled(char enabled);
+ZR_API char ZRIsOutEnabled();
+ZR_API char ZRIsWarnEnabled();
+ZR_API char ZRIsErrorEnabled();
+ZR_API char ZRIsTraceEnabled();
+
+/// The master switch: with 0 no message is sent anywhere.
+ZR_API void ZRSetMessagesEnabled(char enabled);
+ZR_API char ZRGetMessagesEnabled();
+}

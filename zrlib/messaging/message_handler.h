@@ -1,0 +1,134 @@
+/// ZRMessageHandler: the route of every message.
+#pragma once
+
+#include "hcbase/string.h"
+#include "hcbase/thread_sync.h"
+#include "zrlib/export.h"
+#include "zrlib/messaging/message_types.h"
+
+#include <atomic>
+
+class ZRMsg;
+
+/// Sends each message to the console, the debugger's output and the log file, in that order.
+///
+/// Three kinds of switch, independent of each other:
+/// - the master switch (SetEnabled): while it is 0 nothing is sent at all;
+/// - a flag word for each message type, the sum of the ZR_DEST_ values to which messages of that type go;
+/// - an enabled bit for each type, which stops nothing: it is kept for those who ask (IsTypeEnabled, GetFlagFromType).
+///
+/// Each line is the word of the type and the text: "OUT - ", "WARNING - ", "ERROR - " or "TRACE - ". The console is not
+/// flushed. The log is the file zr_messages.txt in the directory of the logical name "home" (hcbase/filename.h); it is
+/// opened, written and closed for each message, grows without limit and is never truncated, and others may move or delete
+/// it at any time. A message that cannot be written to it is lost for the file only.
+///
+/// There is one handler for the process (ZRGetMessageHandler), and all switches belong to the process.
+/// Truth values: anything but 0 is true; results are 0 or 1.
+/// Threads: any. A lock is held while a message goes its way, so messages do not mix and all destinations see them in one
+/// order. The switches take effect at the next test of them, which may be in the middle of another thread's message.
+class ZR_API ZRMessageHandler {
+public:
+    ZRMessageHandler();
+
+    /// Copies share one lock.
+    ZRMessageHandler(const ZRMessageHandler& other);
+    ZRMessageHandler& operator=(const ZRMessageHandler& other);
+    virtual ~ZRMessageHandler();
+
+    // Each builds a message and sends it. text: for all destinations; textEx: for observers only. location: where the
+    // message is raised, may be null. level: carried as it is. code, chainToPrevious: carried to observers.
+    void Out(const HCString& text, const char* location, short level);
+    void Warn(const HCString& text, const char* location, short level);
+    void Error(const HCString& text, const char* location, int code, char chainToPrevious, short level);
+    void Trace(const HCString& text, const char* location, short level);
+    void OutEx(const HCString& text, const HCString& textEx, const char* location, short level);
+    void WarnEx(const HCString& text, const HCString& textEx, const char* location, short level);
+    void ErrorEx(const HCString& text, const HCString& textEx, const char* location, int code, char chainToPrevious,
+        short level);
+    void TraceEx(const HCString& text, const HCString& textEx, const char* location, short level);
+
+    /// Sends a message that the caller has built. One of an unknown type passes no flag word.
+    void BroadcastMessage(ZRMsg& message);
+
+    /// The master switch, as it was set.
+    char GetEnabled() const;
+    void SetEnabled(char enabled);
+
+    // The enabled bits.
+    static void SetOutEnabled(char enabled);
+    static void SetWarnEnabled(char enabled);
+    static void SetErrorEnabled(char enabled);
+    static void SetTraceEnabled(char enabled);
+    static void SetAllEnabled(char enabled);
+    static char IsOutEnabled();
+    static char IsWarnEnabled();
+    static char IsErrorEnabled();
+    static char IsTraceEnabled();
+
+    /// 1 when `type` is a single bit and that bit is set.
+    static char IsTypeEnabled(short type);
+
+    // The flag words.
+    static short GetOutFlags();
+    static short GetWarnFlags();
+    static short GetErrorFlags();
+    static short GetTraceFlags();
+    static void SetOutFlags(short flags);
+    static void SetWarnFlags(short flags);
+    static void SetErrorFlags(short flags);
+    static void SetTraceFlags(short flags);
+    static void SetAllFlags(short flags);
+
+    // One bit of one flag word.
+    static void SetOutMsgView(char on);
+    static void SetOutConsole(char on);
+    static void SetOutDebugger(char on);
+    static void SetOutFile(char on);
+    static void SetWarnMsgView(char on);
+    static void SetWarnConsole(char on);
+    static void SetWarnDebugger(char on);
+    static void SetWarnFile(char on);
+    static void SetErrorMsgView(char on);
+    static void SetErrorConsole(char on);
+    static void SetErrorDebugger(char on);
+    static void SetErrorFile(char on);
+    static void SetTraceMsgView(char on);
+    static void SetTraceConsole(char on);
+    static void SetTraceDebugger(char on);
+    static void SetTraceFile(char on);
+
+    /// 1 when `destination` is a single bit that is set in the flag word of `type`; 0 for an unknown type.
+    static char IsDestinationEnabled(short destination, short type);
+    static char IsMsgViewEnabled(short type);
+    static char IsConsoleEnabled(short type);
+    static char IsDebuggerEnabled(short type);
+    static char IsFileEnabled(short type);
+
+    /// As IsDestinationEnabled, but 0 while the enabled bit of `type` is clear. Mind the order of the arguments.
+    static char GetFlagFromType(short type, short destination);
+
+protected:
+    /// Take and give back the lock of the handler; `location` is not used. 1 on success.
+    char Lock(const char* location);
+    char Unlock(const char* location);
+
+    /// Appends one line to the log. 1 when the file was opened and closed without a failure, otherwise 0.
+    char AppendToFile(const HCString& text);
+
+    static std::atomic<char> m_bEnabled;
+    static std::atomic<short> m_nEnabled;
+    static std::atomic<short> m_nOutFlags;
+    static std::atomic<short> m_nWarnFlags;
+    static std::atomic<short> m_nErrorFlags;
+    static std::atomic<short> m_nTraceFlags;
+    static const HCString m_csFileName; // base name of the log
+
+private:
+    struct MessageType;
+    struct Particulars;
+
+    static const MessageType* FindType(short type);
+    void Send(short type, const HCString& text, const HCString* textEx, const Particulars& particulars);
+
+    HCThreadSync m_sync;
+};

@@ -1,0 +1,10 @@
+/// The debugger's output channel.
+#pragma once
+
+namespace zr {
+
+/// Writes the text as it stands to the debugger's output: on Windows what a debugger attached to the process shows, on
+/// Linux standard error. Any thread.
+void WriteToDebugger(const char* text);
+
+} // namespace zr
