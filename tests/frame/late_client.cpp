@@ -1,0 +1,55 @@
+// A client whose static objects send messages when they are built and when they go, with a thread that goes on sending
+// until the process is gone and a handler that sends after the library's own objects have gone. Plain output tells what
+// arrived; a test compares it.
+
+#include "zrlib/zrlib.h"
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <thread>
+
+namespace {
+
+void SendWhenTheLibraryHasGone(int /*status*/, void* /*argument*/)
+{
+    ZROut("too late", "late_client", 1);
+    ZRError("too late", "late_client", 1);
+    ZRErrorSet(-1, "too late", "late_client", 0, 1);
+    ZRSetMessagesEnabled(1);
+    ZROut("too late", "late_client", 1);
+    std::printf("after the library: %s\n", ZRGetMessagesEnabled() ? "not silent" : "silent");
+}
+
+// Runs before any library is initialised, so that the handler is the last to run. Not atexit, which counts the handler as
+// the program's own and runs it with the program's static objects.
+void RegisterLastHandler() { on_exit(SendWhenTheLibraryHasGone, nullptr); }
+__attribute__((section(".preinit_array"), used)) void (*const registerLastHandler)() = RegisterLastHandler;
+
+class Client {
+public:
+    Client()
+    {
+        ZRSetMessagesEnabled(1);
+        ZRSetOutFlags(ZR_DEST_CONSOLE);
+        ZROut("built", "late_client", 1);
+    }
+    ~Client() { ZROut("going", "late_client", 1); }
+    Client(const Client&) = delete;
+    Client& operator=(const Client&) = delete;
+};
+
+const Client client;
+
+} // namespace
+
+int main()
+{
+    std::thread([] {
+        for (;;) {
+            ZRTrace("of a thread that does not end, in a text that is long enough to need the heap", nullptr, 1);
+        }
+    }).detach();
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    return 0;
+}

@@ -1,0 +1,116 @@
+// Loads the library by hand: nothing of it is linked to this program.
+
+#include "tests/support/surroundings.h"
+
+#include <atomic>
+#include <dlfcn.h>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <malloc.h>
+#include <string>
+#include <thread>
+
+namespace {
+
+bool IsMapped(const std::string& library)
+{
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);) {
+        if (line.find(library) != std::string::npos) {
+            return true;
+        }
+    }
+    return false;
+}
+
+template <typename Result> Result Call(void* library, const char* function)
+{
+    return reinterpret_cast<Result (*)()>(dlsym(library, function))();
+}
+
+std::ptrdiff_t EntriesIn(const char* folder)
+{
+    const std::filesystem::directory_iterator all(folder);
+    return std::distance(begin(all), end(all));
+}
+
+std::size_t HeapInUse() { return mallinfo2().uordblks; }
+
+/// Loads the library, sends and records an error, and unloads it.
+void Cycle(short expectedFlags)
+{
+    void* const library = dlopen(ZRLIB_FILE, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(library, nullptr) << dlerror();
+    EXPECT_EQ(Call<short>(library, "ZRGetOutFlags"), expectedFlags);
+    const auto errorSet = reinterpret_cast<int (*)(int, const char*, const char*, char, short)>(dlsym(library, "ZRErrorSet"));
+    errorSet(-1, "an error whose text is long enough to need the heap for its copies", "Cycle", 0, 1);
+    ASSERT_EQ(dlclose(library), 0);
+    ASSERT_FALSE(IsMapped("libzrlib.so"));
+    ASSERT_FALSE(IsMapped("libhcbase.so"));
+}
+
+TEST(Loading, AThousandTimesLeavesNothingBehind)
+{
+    const test::Home home;
+    const auto store = [&home](bool toFile) {
+        test::WriteFile(home.PreferencesPath(),
+            std::string("[Libraries.zrlib]\nOutEnabled = true\nSendToFile = ") + (toFile ? "true\n" : "false\n"));
+    };
+    std::thread([&] { // the second thread of the process
+        std::size_t heap = 0;
+        std::ptrdiff_t files = 0;
+        std::ptrdiff_t threads = 0;
+        for (int cycle = 0; cycle < 1000; ++cycle) {
+            const bool toFile = cycle % 2 == 0;
+            store(toFile);
+            Cycle(toFile ? 8 : 0);
+            if (cycle == 499) { // what the system's own loader keeps has settled
+                heap = HeapInUse();
+                files = EntriesIn("/proc/self/fd");
+                threads = EntriesIn("/proc/self/task");
+            }
+        }
+        EXPECT_LT(HeapInUse(), heap + 4096) << "the least block in each of the 500 cycles would be three times that";
+        EXPECT_EQ(EntriesIn("/proc/self/fd"), files);
+        EXPECT_EQ(EntriesIn("/proc/self/task"), threads);
+    }).join();
+    EXPECT_EQ(test::Lines(home.Log()).size(), 500U);
+}
+
+TEST(Loading, MakesItsThreadTheMainThread)
+{
+    void* library = nullptr;
+    const char* const isMainThread = "_ZN6ZRMode12IsMainThreadEv";
+    std::thread([&] {
+        library = dlopen(ZRLIB_FILE, RTLD_NOW | RTLD_LOCAL);
+        ASSERT_NE(library, nullptr);
+        EXPECT_EQ(Call<char>(library, isMainThread), 1);
+    }).join();
+    EXPECT_EQ(Call<char>(library, isMainThread), 0) << "not the process's first thread";
+    dlclose(library);
+}
+
+TEST(Loading, ReleasesTheErrorsOfThreadsThatLiveOn)
+{
+    void* const library = dlopen(ZRLIB_FILE, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(library, nullptr);
+    const auto errorSet = reinterpret_cast<int (*)(int, const char*, const char*, char, short)>(dlsym(library, "ZRErrorSet"));
+    std::atomic<int> step{0};
+    std::thread other([&] {
+        errorSet(-1, "recorded", "here", 0, 1);
+        step = 1;
+        while (step == 1) {
+            std::this_thread::yield();
+        }
+    });
+    while (step == 0) {
+        std::this_thread::yield();
+    }
+    dlclose(library);
+    EXPECT_FALSE(IsMapped("libhcbase.so"));
+    step = 2;
+    other.join(); // its end must not run code that is gone
+}
+
+} // namespace

@@ -1,0 +1,73 @@
+#include "tests/support/process.h"
+
+#include "tests/support/surroundings.h"
+
+#include <filesystem>
+#include <stdexcept>
+#define NOMINMAX
+#include <windows.h>
+
+namespace test {
+
+namespace {
+
+HANDLE CreateOutput(const std::string& path)
+{
+    SECURITY_ATTRIBUTES inherited{sizeof(inherited), nullptr, TRUE};
+    return CreateFileA(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+constexpr UINT kKilled = 0xDEAD;
+
+} // namespace
+
+Process::Process(const std::string& program, const std::vector<std::string>& arguments)
+    : m_folder(MakeTemporaryFolder()), m_process(0)
+{
+    std::string commandLine = '"' + program + '"'; // no argument of the tests holds a quotation mark
+    for (const std::string& argument : arguments) {
+        commandLine += " \"" + argument + '"';
+    }
+    STARTUPINFOA start{};
+    start.cb = sizeof(start);
+    start.dwFlags = STARTF_USESTDHANDLES;
+    start.hStdOutput = CreateOutput(m_folder + "/output");
+    start.hStdError = CreateOutput(m_folder + "/errors");
+    PROCESS_INFORMATION started{};
+    const bool isStarted = CreateProcessA(
+        nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &started) != 0;
+    CloseHandle(start.hStdOutput);
+    CloseHandle(start.hStdError);
+    if (!isStarted) {
+        throw std::runtime_error("cannot start " + program);
+    }
+    CloseHandle(started.hThread);
+    m_process = reinterpret_cast<std::intptr_t>(started.hProcess);
+}
+
+Process::~Process()
+{
+    if (m_process != 0) {
+        Kill();
+        Wait();
+    }
+    std::error_code ignored;
+    std::filesystem::remove_all(m_folder, ignored);
+}
+
+std::string Process::OutputSoFar() const { return ReadFile(m_folder + "/output"); }
+
+void Process::Kill() { TerminateProcess(reinterpret_cast<HANDLE>(m_process), kKilled); }
+
+ProcessResult Process::Wait()
+{
+    auto* const process = reinterpret_cast<HANDLE>(m_process);
+    WaitForSingleObject(process, INFINITE);
+    DWORD exitCode = 0;
+    GetExitCodeProcess(process, &exitCode);
+    CloseHandle(process);
+    m_process = 0;
+    return {exitCode == kKilled ? -1 : static_cast<int>(exitCode), OutputSoFar(), ReadFile(m_folder + "/errors")};
+}
+
+} // namespace test
