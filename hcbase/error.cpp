@@ -1,5 +1,6 @@
 #include "hcbase/error.h"
 
+#include "hcbase/intrusive_list.h"
 #include "hcbase/records.h"
 #include "hcbase/system/threads.h"
 
@@ -42,7 +43,7 @@ struct ErrorHistory {
 
 namespace {
 
-constinit ErrorHistory* g_histories HC_PT_GUARDED_BY(g_recordsLock) = nullptr;
+constinit IntrusiveList<ErrorHistory> g_histories HC_GUARDED_BY(g_recordsLock);
 
 // Unloading must not release a history that its thread is using at this moment, nor wait for that thread. So a thread says
 // that it is inside before it asks whether the library is closed, and unloading closes before it asks whether one is inside.
@@ -79,11 +80,7 @@ ErrorHistory* FindOrMakeHistory(const Use& use)
         thread->errors = history;
         system::ReleaseErrorsAtThreadExit(*thread);
         const LockGuard guard(g_recordsLock);
-        history->next = g_histories;
-        if (g_histories != nullptr) {
-            g_histories->previous = history;
-        }
-        g_histories = history;
+        g_histories.Add(*history);
     }
     return history;
 }
@@ -98,10 +95,7 @@ void ReleaseErrors(ErrorHistory*& errors) noexcept
     }
     {
         const LockGuard guard(g_recordsLock);
-        (errors->previous != nullptr ? errors->previous->next : g_histories) = errors->next;
-        if (errors->next != nullptr) {
-            errors->next->previous = errors->previous;
-        }
+        g_histories.Remove(*errors);
     }
     delete errors;
     errors = nullptr;
@@ -113,9 +107,8 @@ void ReleaseAllErrors() noexcept HC_NO_THREAD_SAFETY_ANALYSIS
     if (g_inside != 0) {
         return; // the process ends with a thread in the middle of a record: the memory goes with the process
     }
-    while (g_histories != nullptr) {
-        ErrorHistory* const history = g_histories;
-        g_histories = history->next;
+    while (ErrorHistory* const history = g_histories.first) {
+        g_histories.Remove(*history);
         delete history;
     }
 }

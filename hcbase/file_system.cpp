@@ -50,7 +50,7 @@ int HCFileSystem::DelFile(const HCString& path) const { return hcbase::system::R
 
 HCString HCFileSystem::GetCurDirectory(const HCString& /*path*/) const
 {
-    return hcbase::system::CurrentDirectory().c_str();
+    return hcbase::system::CurrentDirectory();
 }
 
 int HCFileSystem::GetDiskInfo(const char* path, std::uint64_t* availableBytes, std::uint64_t* totalBytes,

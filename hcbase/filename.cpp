@@ -3,7 +3,8 @@
 #include "hcbase/system/environment.h"
 #include "hcbase/system/files.h"
 
-#include <string>
+#include <algorithm>
+#include <limits>
 #include <string_view>
 
 using namespace hcbase;
@@ -13,27 +14,38 @@ HCString HFTranslateName(const HCString& name)
     if (name != "home") {
         return {};
     }
-    const std::string configured = system::Environment("HCBASE_HOME");
-    return (configured.empty() ? system::HomeDirectory() : configured).c_str();
+    HCString configured = system::Environment("HCBASE_HOME");
+    return configured.GetLength() > 0 ? configured : system::HomeDirectory();
 }
 
 HCString HFBuildFilename(const HCString& directory, const HCString& name, const HCString& extension)
 {
     std::string_view head(directory);
     std::string_view tail(name);
-    std::string path;
-    if (!head.empty()) {
+    const std::string_view end(extension);
+    const bool hasDirectory = !head.empty();
+    if (hasDirectory) {
         while (!head.empty() && system::IsSeparator(head.back())) {
             head.remove_suffix(1);
         }
         while (!tail.empty() && system::IsSeparator(tail.front())) {
             tail.remove_prefix(1);
         }
-        path.append(head).push_back(system::kSeparator);
     }
-    path.append(tail);
-    if (extension.GetLength() > 0) {
-        path.append(1, '.').append(extension);
+
+    HCString path;
+    const std::size_t room = head.size() + 1 + tail.size() + 1 + end.size();
+    char* place = path.GetBuffer(static_cast<int>(std::min<std::size_t>(room, std::numeric_limits<int>::max())));
+    const char* const start = place;
+    place = std::copy(head.begin(), head.end(), place);
+    if (hasDirectory) {
+        *place++ = system::kSeparator;
     }
-    return path.c_str();
+    place = std::copy(tail.begin(), tail.end(), place);
+    if (!end.empty()) {
+        *place++ = '.';
+        place = std::copy(end.begin(), end.end(), place);
+    }
+    path.ReleaseBuffer(static_cast<int>(place - start));
+    return path;
 }

@@ -1,5 +1,6 @@
 #include "hcbase/preference_system.h"
 
+#include "hcbase/filename.h"
 #include "hcbase/records.h"
 #include "hcbase/system/environment.h"
 #include "hcbase/system/files.h"
@@ -7,7 +8,6 @@
 #include <algorithm>
 #include <exception>
 #include <set>
-#include <sstream>
 #include <string>
 #include <string_view>
 
@@ -42,19 +42,19 @@ void Complain(const std::string& place, std::string_view reason)
     std::replace_if(
         complaint.begin(), complaint.end(), [](char character) { return character == '\n' || character == '\r'; }, ' ');
     if (IsNews(complaint)) {
-        system::WriteErrorLine(complaint);
+        system::WriteErrorLine(complaint.c_str());
     }
 }
 
-std::string PathOfPreferences()
+HCString PathOfPreferences()
 {
-    const std::string configured = system::Environment("HCBASE_PREFERENCES");
-    if (!configured.empty()) {
+    HCString configured = system::Environment("HCBASE_PREFERENCES");
+    if (configured.GetLength() > 0) {
         return configured;
     }
-    const std::string directory = system::SettingsDirectory();
-    const char separator = system::kSeparator;
-    return directory.empty() ? directory : directory + separator + "hcbase" + separator + "preferences.toml";
+    const HCString directory = system::SettingsDirectory();
+    return directory.GetLength() > 0 ? HFBuildFilename(HFBuildFilename(directory, "hcbase", ""), "preferences", "toml")
+                                     : directory;
 }
 
 std::string_view NameOf(toml::node_type type)
@@ -90,15 +90,15 @@ void ReleaseComplaints() noexcept
 using namespace hcbase;
 
 struct HCPreferenceSystem::Store {
-    std::string path = PathOfPreferences();
+    HCString path = PathOfPreferences();
     toml::table root;
 
     Store()
     {
         std::string content;
-        const system::Reading reading = system::ReadFile(path.c_str(), kLargestFile, content);
+        const system::Reading reading = system::ReadFile(path, kLargestFile, content);
         if (reading == system::Reading::kFailed) {
-            Complain(path, "cannot be read: " + content);
+            Complain(std::string(path), "cannot be read: " + content);
         }
         if (reading != system::Reading::kDone) {
             return;
@@ -111,7 +111,7 @@ struct HCPreferenceSystem::Store {
         }
     }
 
-    std::string Place(const toml::source_region& source) const { return path + ":" + std::to_string(source.begin.line); }
+    std::string Place(const toml::source_region& source) const { return std::string(path) + ":" + std::to_string(source.begin.line); }
 
     const toml::node* Find(std::string_view key) const
     {

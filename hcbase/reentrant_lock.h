@@ -2,17 +2,15 @@
 #pragma once
 
 #include "hcbase/system/thread_annotations.h"
+#include "hcbase/system/threads.h"
 
 #include <atomic>
 #include <cstdint>
+#include <limits>
 
 namespace hcbase {
 
 /// Constant-initialised and trivially destroyed, so that it works before and after every static object.
-///
-/// One word says who holds it: 0 for nobody, else the holder's thread ID, with the lowest bit set once a thread waits.
-/// Thread IDs are even and, where processes can fork, not given out again, so that the word alone tells a forked child
-/// whether the holder came along (system/threads.h, IsLeftBehindByFork).
 class HC_CAPABILITY("lock") ReentrantLock {
 public:
     constexpr ReentrantLock() noexcept = default;
@@ -20,18 +18,76 @@ public:
     ReentrantLock& operator=(const ReentrantLock&) = delete;
 
     /// False when the calling thread holds the lock as often as can be counted.
-    bool Lock() noexcept HC_ACQUIRE();
+    bool Lock() noexcept HC_ACQUIRE()
+    {
+        const system::ThreadMark self = system::CurrentThreadMark();
+        if (TryTake()) [[likely]] {
+            m_holder.store(self, std::memory_order_relaxed);
+            return true;
+        }
+        if (m_holder.load(std::memory_order_relaxed) == self) {
+            const bool canCount = m_depth < std::numeric_limits<std::uint32_t>::max() - 1;
+            m_depth += canCount ? 1 : 0;
+            return canCount;
+        }
+        Wait();
+        m_holder.store(self, std::memory_order_relaxed);
+        return true;
+    }
 
     /// False when the calling thread does not hold the lock.
-    bool Unlock() noexcept HC_RELEASE();
+    bool Unlock() noexcept HC_RELEASE()
+    {
+        if (m_holder.load(std::memory_order_relaxed) != system::CurrentThreadMark()) {
+            return false;
+        }
+        if (m_depth != 0) [[unlikely]] {
+            --m_depth;
+            return true;
+        }
+        m_holder.store(0, std::memory_order_relaxed);
+        Give();
+        return true;
+    }
+
+    /// For a forked child, before it has a second thread: frees the lock unless the calling thread holds it. A holder that
+    /// did not come along will not unlock it.
+    void FreeUnlessOwn() noexcept;
 
 private:
-    static constexpr std::uint32_t kSomebodyWaits = 1;
+    static constexpr std::uint32_t kFree = 0;
+    static constexpr std::uint32_t kHeld = 1;
+    static constexpr std::uint32_t kHeldAndAwaited = 2;
 
-    void LockContended(std::uint32_t self) noexcept;
+    // A process with one thread needs no atomic step, which is most of what a lock costs.
+    bool TryTake() noexcept
+    {
+        std::uint32_t seen = kFree;
+        if (system::IsSingleThreaded()) {
+            seen = m_word.load(std::memory_order_relaxed);
+            if (seen == kFree) {
+                m_word.store(kHeld, std::memory_order_relaxed);
+            }
+            return seen == kFree;
+        }
+        return m_word.compare_exchange_strong(seen, kHeld, std::memory_order_acquire, std::memory_order_relaxed);
+    }
 
-    std::atomic<std::uint32_t> m_word{0};
+    void Give() noexcept
+    {
+        if (system::IsSingleThreaded()) {
+            m_word.store(kFree, std::memory_order_relaxed);
+        } else if (m_word.exchange(kFree, std::memory_order_release) == kHeldAndAwaited) {
+            WakeAnother();
+        }
+    }
+
+    void Wait() noexcept;
+    void WakeAnother() noexcept;
+
+    std::atomic<std::uint32_t> m_word{kFree};
     std::uint32_t m_depth = 0; // levels beyond the first; touched by the holder only
+    std::atomic<system::ThreadMark> m_holder{0}; // 0 while nobody holds it
 };
 
 /// Holds a lock for the length of a scope.

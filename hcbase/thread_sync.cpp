@@ -1,52 +1,42 @@
 #include "hcbase/thread_sync.h"
 
-#include "hcbase/reentrant_lock.h"
+#include "hcbase/shared_lock.h"
 
-#include <atomic>
-#include <new>
+HCThreadSync::HCThreadSync() noexcept : m_lock(hcbase::SharedLock::Make()) {}
 
-struct HCThreadSync::Shared {
-    hcbase::ReentrantLock lock;
-    std::atomic<int> owners{1};
-};
-
-HCThreadSync::HCThreadSync() noexcept : m_shared(new (std::nothrow) Shared) {}
-
-HCThreadSync::HCThreadSync(const HCThreadSync& other) noexcept : m_shared(other.m_shared)
+HCThreadSync::HCThreadSync(const HCThreadSync& other) noexcept : m_lock(other.m_lock)
 {
-    if (m_shared != nullptr) {
-        m_shared->owners.fetch_add(1, std::memory_order_relaxed);
+    if (m_lock != nullptr) {
+        m_lock->AddOwner();
     }
 }
 
 HCThreadSync& HCThreadSync::operator=(const HCThreadSync& other) noexcept
 {
-    if (m_shared != other.m_shared) {
-        Release();
-        m_shared = other.m_shared;
-        if (m_shared != nullptr) {
-            m_shared->owners.fetch_add(1, std::memory_order_relaxed);
-        }
+    if (other.m_lock != nullptr) {
+        other.m_lock->AddOwner(); // before the own one is given up: they may be the same
     }
+    if (m_lock != nullptr) {
+        m_lock->RemoveOwner();
+    }
+    m_lock = other.m_lock;
     return *this;
 }
 
-HCThreadSync::~HCThreadSync() { Release(); }
-
-void HCThreadSync::Release() noexcept
+HCThreadSync::~HCThreadSync()
 {
-    if (m_shared != nullptr && m_shared->owners.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-        delete m_shared;
+    if (m_lock != nullptr) {
+        m_lock->RemoveOwner();
     }
 }
 
-// The hold outlives the call, which is the purpose of the two and more than the analysis can follow.
+// The hold outlives the call, which is the purpose of the two and more than clang's analysis can follow.
 char HCThreadSync::lock() noexcept HC_NO_THREAD_SAFETY_ANALYSIS
 {
-    return m_shared != nullptr && m_shared->lock.Lock() ? 1 : 0;
+    return m_lock != nullptr && m_lock->Lock() ? 1 : 0;
 }
 
 char HCThreadSync::unlock() noexcept HC_NO_THREAD_SAFETY_ANALYSIS
 {
-    return m_shared != nullptr && m_shared->lock.Unlock() ? 1 : 0;
+    return m_lock != nullptr && m_lock->Unlock() ? 1 : 0;
 }

@@ -3,6 +3,10 @@
 
 #include "hcbase/export.h"
 
+namespace hcbase {
+class SharedLock;
+}
+
 /// A lock that the thread which holds it may take again; it is free for others after as many unlocks as locks.
 ///
 /// Copies share one underlying lock, which goes with its last owner, as a pointer shared by both would. A lock must not be
@@ -28,9 +32,5 @@ public:
     char unlock() noexcept;
 
 private:
-    struct Shared;
-
-    void Release() noexcept;
-
-    Shared* m_shared; // owned together with the copies
+    hcbase::SharedLock* m_lock; // owned together with the copies
 };

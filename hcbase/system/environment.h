@@ -1,22 +1,22 @@
 /// What the system tells a process about its surroundings. All texts are UTF-8.
 #pragma once
 
-#include <string>
+#include "hcbase/string.h"
 
 namespace hcbase::system {
 
 /// The value of an environment variable; empty when it is not set.
-std::string Environment(const char* name);
+HCString Environment(const char* name);
 
 /// The home directory: where the environment says, else the account's; empty when nobody knows.
-std::string HomeDirectory();
+HCString HomeDirectory();
 
-/// The directory in which users' settings lie; empty when nobody knows.
-std::string SettingsDirectory();
+/// The directory in which the account's settings lie; empty when nobody knows.
+HCString SettingsDirectory();
 
-std::string CurrentDirectory();
+HCString CurrentDirectory();
 
 /// Writes the text and a line ending to standard error in one go.
-void WriteErrorLine(const std::string& text);
+void WriteErrorLine(const HCString& text);
 
 } // namespace hcbase::system

@@ -1,5 +1,8 @@
 #include "hcbase/system/environment.h"
 
+#include "hcbase/filename.h"
+
+#include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <pwd.h>
@@ -11,7 +14,7 @@ namespace hcbase::system {
 
 namespace {
 
-std::string AccountHome()
+HCString AccountHome()
 {
     std::vector<char> buffer(1024);
     passwd entry{};
@@ -19,35 +22,31 @@ std::string AccountHome()
     while (getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found) == ERANGE) {
         buffer.resize(2 * buffer.size());
     }
-    return found != nullptr && found->pw_dir != nullptr ? found->pw_dir : "";
+    return found != nullptr ? found->pw_dir : nullptr;
 }
 
 } // namespace
 
-std::string Environment(const char* name)
+HCString Environment(const char* name) { return std::getenv(name); }
+
+HCString HomeDirectory()
 {
-    const char* const value = std::getenv(name);
-    return value != nullptr ? value : "";
+    HCString home = Environment("HOME");
+    return home.GetLength() > 0 ? home : AccountHome();
 }
 
-std::string HomeDirectory()
-{
-    std::string home = Environment("HOME");
-    return home.empty() ? AccountHome() : home;
-}
-
-std::string SettingsDirectory()
+HCString SettingsDirectory()
 {
     // A relative XDG_CONFIG_HOME counts as not set: XDG Base Directory rules.
-    const std::string configured = Environment("XDG_CONFIG_HOME");
-    if (!configured.empty() && configured.front() == '/') {
+    const char* const configured = std::getenv("XDG_CONFIG_HOME");
+    if (configured != nullptr && *configured == '/') {
         return configured;
     }
-    const std::string home = HomeDirectory();
-    return home.empty() ? home : home + "/.config";
+    const HCString home = HomeDirectory();
+    return home.GetLength() > 0 ? HFBuildFilename(home, ".config", "") : home;
 }
 
-std::string CurrentDirectory()
+HCString CurrentDirectory()
 {
     std::vector<char> buffer(PATH_MAX);
     while (getcwd(buffer.data(), buffer.size()) == nullptr) {
@@ -59,10 +58,10 @@ std::string CurrentDirectory()
     return buffer.data();
 }
 
-void WriteErrorLine(const std::string& text)
+void WriteErrorLine(const HCString& text)
 {
     char lineEnding = '\n';
-    const iovec pieces[] = {{const_cast<char*>(text.data()), text.size()}, {&lineEnding, 1}};
+    const iovec pieces[] = {{const_cast<char*>(static_cast<const char*>(text)), static_cast<std::size_t>(text.GetLength())}, {&lineEnding, 1}};
     // Where standard error is closed or full there is nobody left to tell.
     static_cast<void>(writev(STDERR_FILENO, pieces, 2) < 0);
 }

@@ -2,6 +2,7 @@
 
 #include "hcbase/system/windows.h"
 
+#include <string>
 #include <userenv.h>
 
 namespace hcbase::system {
@@ -10,7 +11,7 @@ namespace {
 
 /// Calls `fill(buffer, size)` with growing buffers, as the functions of the system want it: they give the size that they
 /// need, or the length when it fitted.
-template <typename Fill> std::string FilledText(Fill fill)
+template <typename Fill> HCString FilledText(Fill fill)
 {
     std::wstring buffer(MAX_PATH, L'\0');
     for (;;) {
@@ -19,19 +20,19 @@ template <typename Fill> std::string FilledText(Fill fill)
             return {};
         }
         if (length < buffer.size()) {
-            return Utf8(buffer.c_str());
+            return Utf8(buffer.c_str()).c_str();
         }
         buffer.resize(length + 1);
     }
 }
 
-std::string AccountHome()
+HCString AccountHome()
 {
     HANDLE token = nullptr;
     if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token) == 0) {
         return {};
     }
-    std::string home = FilledText([token](wchar_t* buffer, DWORD size) -> DWORD {
+    HCString home = FilledText([token](wchar_t* buffer, DWORD size) -> DWORD {
         return GetUserProfileDirectoryW(token, buffer, &size) != 0 ? size - 1 : size;
     });
     CloseHandle(token);
@@ -40,29 +41,29 @@ std::string AccountHome()
 
 } // namespace
 
-std::string Environment(const char* name)
+HCString Environment(const char* name)
 {
     const std::wstring wideName = Wide(name);
     return FilledText(
         [&wideName](wchar_t* buffer, DWORD size) { return GetEnvironmentVariableW(wideName.c_str(), buffer, size); });
 }
 
-std::string HomeDirectory()
+HCString HomeDirectory()
 {
-    const std::string home = Environment("USERPROFILE");
-    return home.empty() ? AccountHome() : home;
+    HCString home = Environment("USERPROFILE");
+    return home.GetLength() > 0 ? home : AccountHome();
 }
 
-std::string SettingsDirectory() { return Environment("APPDATA"); }
+HCString SettingsDirectory() { return Environment("APPDATA"); }
 
-std::string CurrentDirectory()
+HCString CurrentDirectory()
 {
     return FilledText([](wchar_t* buffer, DWORD size) { return GetCurrentDirectoryW(size, buffer); });
 }
 
-void WriteErrorLine(const std::string& text)
+void WriteErrorLine(const HCString& text)
 {
-    const std::string line = text + "\r\n";
+    const std::string line = std::string(text) + "\r\n";
     DWORD written = 0;
     WriteFile(GetStdHandle(STD_ERROR_HANDLE), line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
 }

@@ -3,18 +3,28 @@
 
 #include <cstdint>
 
+#if !defined(_WIN32)
+#include <sys/single_threaded.h>
+#endif
+
 namespace hcbase {
 struct ErrorHistory;
 }
 
 namespace hcbase::system {
 
-/// ID of the calling thread: even, never 0, the same for the thread's life. On Linux it is not given out again, until
-/// 2,147,483,647 further threads have asked for theirs.
+/// ID of the calling thread: never 0, the same for the thread's life. No two threads that run at the same time have the
+/// same one.
 std::uint32_t CurrentThreadId() noexcept;
 
-/// True when `id` names a thread that was running in the parent of this forked process and did not come along.
-bool IsLeftBehindByFork(std::uint32_t id) noexcept;
+/// A number that no other running thread has and that is never 0; cheaper than the ID, but soon given to another thread
+/// when its own has ended.
+using ThreadMark = std::uintptr_t;
+ThreadMark CurrentThreadMark() noexcept;
+
+/// True when the process has certainly no other thread. Costs one load.
+bool IsSingleThreaded() noexcept;
+
 
 /// How many forks lie between this process and the one that loaded the library. Differs between parent and child.
 std::uint32_t ForkGeneration() noexcept;
@@ -35,6 +45,16 @@ void ReleaseErrorsAtThreadExit(PerThread& thread) noexcept;
 /// Installs the hooks for fork and for the end of threads, and takes them out again. On the loading thread.
 void InstallHooks() noexcept;
 void RemoveHooks() noexcept;
+
+#if defined(_WIN32)
+constexpr bool kHasFork = false;
+inline ThreadMark CurrentThreadMark() noexcept { return CurrentThreadId(); }
+inline bool IsSingleThreaded() noexcept { return false; }
+#else
+constexpr bool kHasFork = true;
+inline ThreadMark CurrentThreadMark() noexcept { return reinterpret_cast<ThreadMark>(__builtin_thread_pointer()); }
+inline bool IsSingleThreaded() noexcept { return __libc_single_threaded != 0; }
+#endif
 
 using ThreadFunction = unsigned int (*)(void*);
 

@@ -1,6 +1,7 @@
 #include "hcbase/system/threads.h"
 
 #include "hcbase/records.h"
+#include "hcbase/shared_lock.h"
 
 #include <atomic>
 #include <memory>
@@ -11,14 +12,8 @@ namespace hcbase::system {
 
 namespace {
 
-constexpr std::uint32_t kIdStep = 2; // the lowest bit is free for ReentrantLock
-
-constinit std::atomic<std::uint32_t> g_nextId{kIdStep};
+constinit std::atomic<std::uint32_t> g_lastId{0};
 constinit std::atomic<std::uint32_t> g_forkGeneration{0};
-
-// Written in a forked child while it has one thread only, so that plain variables do.
-constinit std::uint32_t g_firstIdAfterFork = 0; // 0: this process was not forked
-constinit std::uint32_t g_forkingThread = 0;
 
 constinit pthread_key_t g_exitKey = 0;
 constinit bool g_hasExitKey = false;
@@ -30,7 +25,7 @@ constinit thread_local PerThread t_perThread{};
 std::uint32_t TakeId() noexcept
 {
     do {
-        t_id = g_nextId.fetch_add(kIdStep, std::memory_order_relaxed);
+        t_id = g_lastId.fetch_add(1, std::memory_order_relaxed) + 1;
     } while (t_id == 0); // the counter has come round
     return t_id;
 }
@@ -42,8 +37,7 @@ void AfterForkInParent() HC_NO_THREAD_SAFETY_ANALYSIS { g_recordsLock.Unlock(); 
 
 void AfterForkInChild() HC_NO_THREAD_SAFETY_ANALYSIS
 {
-    g_firstIdAfterFork = g_nextId.load(std::memory_order_relaxed);
-    g_forkingThread = CurrentThreadId();
+    SharedLock::FreeAllUnlessOwn();
     g_forkGeneration.fetch_add(1, std::memory_order_relaxed);
     g_recordsLock.Unlock();
 }
@@ -66,12 +60,6 @@ static_assert(sizeof(pthread_t) <= sizeof(std::uintptr_t));
 } // namespace
 
 std::uint32_t CurrentThreadId() noexcept { return t_id != 0 ? t_id : TakeId(); }
-
-bool IsLeftBehindByFork(std::uint32_t id) noexcept
-{
-    // The difference rather than <, because the counter may come round.
-    return g_firstIdAfterFork != 0 && id != g_forkingThread && static_cast<std::int32_t>(id - g_firstIdAfterFork) < 0;
-}
 
 std::uint32_t ForkGeneration() noexcept { return g_forkGeneration.load(std::memory_order_relaxed); }
 

@@ -24,9 +24,7 @@ void CALLBACK OnThreadExit(void* perThread)
 
 } // namespace
 
-std::uint32_t CurrentThreadId() noexcept { return GetCurrentThreadId(); } // IDs of Windows are multiples of four
-
-bool IsLeftBehindByFork(std::uint32_t /*id*/) noexcept { return false; }
+std::uint32_t CurrentThreadId() noexcept { return GetCurrentThreadId(); }
 
 std::uint32_t ForkGeneration() noexcept { return 0; }
 

@@ -4,7 +4,6 @@
 
 #include <filesystem>
 #include <stdexcept>
-#define NOMINMAX
 #include <windows.h>
 
 namespace test {

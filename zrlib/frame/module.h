@@ -2,6 +2,7 @@
 #pragma once
 
 #include "hcbase/text_table.h"
+#include "zrlib/platform/single_threaded.h"
 
 #include <atomic>
 
@@ -25,8 +26,10 @@ private:
     void ApplySwitches();
 };
 
+extern ZRModule g_Module;
+
 /// Never null, and valid before the module is built.
-ZRModule* ZRGetModule();
+inline ZRModule* ZRGetModule() { return &g_Module; }
 
 /// Keeps the module's handlers in place for the length of a scope in which a thread uses one of them.
 ///
@@ -34,8 +37,12 @@ ZRModule* ZRGetModule();
 /// for anybody when it goes; it leaves a handler that is in use at that moment where it is.
 class ZRModuleUse {
 public:
-    ZRModuleUse() noexcept : m_stands((s_users.fetch_add(1), s_stands.load())) {}
-    ~ZRModuleUse() { s_users.fetch_sub(1, std::memory_order_release); }
+    ZRModuleUse() noexcept
+    {
+        AddUsers(1);
+        m_stands = s_stands.load();
+    }
+    ~ZRModuleUse() { AddUsers(-1); }
     ZRModuleUse(const ZRModuleUse&) = delete;
     ZRModuleUse& operator=(const ZRModuleUse&) = delete;
 
@@ -47,6 +54,15 @@ public:
 
 private:
     friend class ZRModule;
+
+    static void AddUsers(int count) noexcept
+    {
+        if (zr::IsSingleThreaded()) {
+            s_users.store(s_users.load(std::memory_order_relaxed) + count, std::memory_order_relaxed);
+        } else {
+            s_users.fetch_add(count);
+        }
+    }
 
     // Two threads that each write one of these and then read the other must not both miss what the other wrote, hence the
     // sequentially consistent order of those steps.

@@ -9,12 +9,8 @@
 #include "zrlib/frame/module.h"
 #include "zrlib/messaging/message_handler.h"
 
-namespace {
-
 // Sends no message while it is built, so that it does not matter that the log file has no name yet.
 ZRModule g_Module;
-
-} // namespace
 
 const HCString ZRMessageHandler::m_csFileName("zr_messages");
 
@@ -26,5 +22,3 @@ const ZRMode g_Mode;
 } // namespace
 
 unsigned int ZRMode::m_main_thread = HCThread::GetCurrentThreadId();
-
-ZRModule* ZRGetModule() { return &g_Module; }

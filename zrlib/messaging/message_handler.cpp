@@ -11,6 +11,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 
 namespace {
 
@@ -18,11 +19,26 @@ constexpr auto kRelaxed = std::memory_order_relaxed;
 
 constexpr short kAllTypes = ZR_MSG_OUT | ZR_MSG_WARN | ZR_MSG_ERROR | ZR_MSG_TRACE;
 
+/// The destinations to which a line of text goes.
+constexpr short kDelivered = ZR_DEST_CONSOLE | ZR_DEST_DEBUGGER | ZR_DEST_FILE;
+
 /// False unless `weight` is a single bit, so that a combination of bits is never "set".
 bool IsBitSet(short word, short weight)
 {
     const auto bits = static_cast<std::uint16_t>(weight);
     return (bits & (bits - 1)) == 0 && (word & weight) != 0;
+}
+
+/// Copied rather than formatted, which takes a tenth of the time.
+HCString Joined(const char* prefix, const HCString& text)
+{
+    const std::size_t prefixLength = std::strlen(prefix);
+    const int textLength = text.GetLength();
+    HCString joined(prefix);
+    char* const buffer = joined.GetBuffer(static_cast<int>(prefixLength) + textLength);
+    std::memcpy(buffer + prefixLength, text, static_cast<std::size_t>(textLength));
+    joined.ReleaseBuffer(static_cast<int>(prefixLength) + textLength);
+    return joined;
 }
 
 void SetBits(std::atomic<short>& word, short bits, char on)
@@ -46,8 +62,7 @@ constinit std::atomic<short> ZRMessageHandler::m_nTraceFlags{0};
 /// What one type of message is called and where it goes.
 struct ZRMessageHandler::MessageType {
     short type;
-    const char* lineFormat; // for console and debugger
-    const char* fileFormat;
+    const char* prefix; // of its lines
     std::atomic<short>* flags;
 };
 
@@ -62,10 +77,10 @@ struct ZRMessageHandler::Particulars {
 const ZRMessageHandler::MessageType* ZRMessageHandler::FindType(short type)
 {
     static constexpr MessageType kTypes[] = {
-        {ZR_MSG_OUT, "OUT - %s\n", "OUT - %s", &m_nOutFlags},
-        {ZR_MSG_WARN, "WARNING - %s\n", "WARNING - %s", &m_nWarnFlags},
-        {ZR_MSG_ERROR, "ERROR - %s\n", "ERROR - %s", &m_nErrorFlags},
-        {ZR_MSG_TRACE, "TRACE - %s\n", "TRACE - %s", &m_nTraceFlags},
+        {ZR_MSG_OUT, "OUT - ", &m_nOutFlags},
+        {ZR_MSG_WARN, "WARNING - ", &m_nWarnFlags},
+        {ZR_MSG_ERROR, "ERROR - ", &m_nErrorFlags},
+        {ZR_MSG_TRACE, "TRACE - ", &m_nTraceFlags},
     };
     for (const MessageType& candidate : kTypes) {
         if (candidate.type == type) {
@@ -130,14 +145,10 @@ void ZRMessageHandler::Send(
     if (m_bEnabled.load(kRelaxed) == 0) {
         return; // before anything is copied or locked: messages that nobody wants cost next to nothing
     }
-    ZRMsg message(text, type);
+    ZRMsg message(text, type, particulars.location, particulars.level);
     if (textEx != nullptr) {
         message.SetTextEx(*textEx);
     }
-    if (particulars.location != nullptr) {
-        message.SetLocation(particulars.location);
-    }
-    message.SetLevel(particulars.level);
     message.SetCode(particulars.code);
     message.SetChainToPrevious(particulars.chainToPrevious);
     BroadcastMessage(message);
@@ -159,21 +170,24 @@ void ZRMessageHandler::BroadcastMessage(ZRMsg& message)
     message.SetThreadID(HCThread::GetCurrentThreadId());
 
     const MessageType* const type = FindType(message.m_nType);
-    if (type == nullptr) {
-        return;
+    if (type != nullptr && (type->flags->load(kRelaxed) & kDelivered) != 0) {
+        Deliver(message.m_csText, *type);
     }
-    const char* const text = message.m_csText;
-    if (IsConsoleEnabled(message.m_nType)) {
-        std::printf(type->lineFormat, text); // NOLINT(clang-diagnostic-format-nonliteral): a row of the table
+}
+
+void ZRMessageHandler::Deliver(const HCString& text, const MessageType& type)
+{
+    const auto goesTo = [&type](short destination) { return IsBitSet(type.flags->load(kRelaxed), destination); };
+    if (goesTo(ZR_DEST_CONSOLE)) {
+        std::printf("%s%s\n", type.prefix, static_cast<const char*>(text));
     }
-    HCString line;
-    if (IsDebuggerEnabled(message.m_nType)) {
-        line.Format(type->lineFormat, text);
+    if (goesTo(ZR_DEST_DEBUGGER)) {
+        HCString line;
+        line.Format("%s%s\n", type.prefix, static_cast<const char*>(text));
         zr::WriteToDebugger(line);
     }
-    if (IsFileEnabled(message.m_nType)) {
-        line.Format(type->fileFormat, text);
-        AppendToFile(line);
+    if (goesTo(ZR_DEST_FILE)) {
+        AppendToFile(Joined(type.prefix, text)); // the file ends the line itself
     }
 }
 

@@ -128,6 +128,7 @@ private:
     struct Particulars;
 
     static const MessageType* FindType(short type);
+    void Deliver(const HCString& text, const MessageType& type);
     void Send(short type, const HCString& text, const HCString* textEx, const Particulars& particulars);
 
     HCThreadSync m_sync;

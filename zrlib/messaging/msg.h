@@ -10,11 +10,22 @@
 class ZR_API ZRMsg {
 public:
     /// An Out message with empty texts and all numbers 0.
-    ZRMsg();
-    ZRMsg(const HCString& text, short type);
-    ZRMsg(const HCString& text, const HCString& textEx, short type);
-    ZRMsg(const ZRMsg& other);
-    ZRMsg& operator=(const ZRMsg& other);
+    ZRMsg() { Initialise(); }
+
+    ZRMsg(const HCString& text, short type) : m_csText(text)
+    {
+        Initialise();
+        m_nType = type;
+    }
+
+    ZRMsg(const HCString& text, const HCString& textEx, short type) : m_csText(text), m_csTextEx(textEx)
+    {
+        Initialise();
+        m_nType = type;
+    }
+
+    ZRMsg(const ZRMsg& other) = default;
+    ZRMsg& operator=(const ZRMsg& other) = default;
     virtual ~ZRMsg();
 
     /// 1 when all nine fields are equal, the texts by case; otherwise 0.
@@ -22,51 +33,65 @@ public:
     char operator!=(const ZRMsg& other) const;
 
     /// The text for console, debugger and log file.
-    HCString GetText() const;
-    void SetText(const HCString& text);
+    HCString GetText() const { return m_csText; }
+    void SetText(const HCString& text) { m_csText = text; }
 
     /// A second, extended text that only observers get.
-    HCString GetTextEx() const;
-    void SetTextEx(const HCString& textEx);
+    HCString GetTextEx() const { return m_csTextEx; }
+    void SetTextEx(const HCString& textEx) { m_csTextEx = textEx; }
 
     /// One of the ZR_MSG_ values. A message of any other type goes to observers only.
-    short GetType() const;
-    void SetType(short type);
+    short GetType() const { return m_nType; }
+    void SetType(short type) { m_nType = type; }
 
     /// 1 to 7 in what the exported functions send; 0 when it was not set. Carried, never compared.
-    short GetLevel() const;
-    void SetLevel(short level);
+    short GetLevel() const { return m_nLevel; }
+    void SetLevel(short level) { m_nLevel = level; }
 
     /// ID of the sending thread; 0 before the message was sent.
-    unsigned int GetThreadID() const;
-    void SetThreadID(unsigned int threadID);
+    unsigned int GetThreadID() const { return m_nThreadID; }
+    void SetThreadID(unsigned int threadID) { m_nThreadID = threadID; }
 
     /// A word for observers; the library neither fills nor reads it.
-    short GetDestination() const;
-    void SetDestination(short destination);
+    short GetDestination() const { return m_nDestination; }
+    void SetDestination(short destination) { m_nDestination = destination; }
 
     /// Where the message was raised, usually class and function; may be empty.
-    HCString GetLocation() const;
-    void SetLocation(const HCString& location);
+    HCString GetLocation() const { return m_csLocation; }
+    void SetLocation(const HCString& location) { m_csLocation = location; }
 
     /// Not 0 when an error belongs to the one before it.
-    char GetChainToPrevious() const;
-    void SetChainToPrevious(char chainToPrevious);
+    char GetChainToPrevious() const { return m_bChainToPrevious; }
+    void SetChainToPrevious(char chainToPrevious) { m_bChainToPrevious = chainToPrevious; }
 
     /// Error code; 0 when there is none.
-    int GetCode() const;
-    void SetCode(int code);
+    int GetCode() const { return m_nCode; }
+    void SetCode(int code) { m_nCode = code; }
 
     /// 1 when the type is exactly the one asked for.
-    char IsOut() const;
-    char IsWarn() const;
-    char IsError() const;
-    char IsTrace() const;
+    char IsOut() const { return m_nType == ZR_MSG_OUT ? 1 : 0; }
+    char IsWarn() const { return m_nType == ZR_MSG_WARN ? 1 : 0; }
+    char IsError() const { return m_nType == ZR_MSG_ERROR ? 1 : 0; }
+    char IsTrace() const { return m_nType == ZR_MSG_TRACE ? 1 : 0; }
 
 private:
-    friend class ZRMessageHandler; // reads the texts without copying them
+    friend class ZRMessageHandler; // builds messages in one step and reads their text without copying it
 
-    void Initialise();
+    ZRMsg(const HCString& text, short type, const char* location, short level)
+        : m_csText(text), m_nType(type), m_nLevel(level), m_nThreadID(0), m_nDestination(0), m_csLocation(location),
+          m_bChainToPrevious(0), m_nCode(0)
+    {
+    }
+
+    void Initialise()
+    {
+        m_nType = ZR_MSG_OUT;
+        m_nLevel = 0;
+        m_nThreadID = 0;
+        m_nDestination = 0;
+        m_bChainToPrevious = 0;
+        m_nCode = 0;
+    }
 
     HCString m_csText;
     HCString m_csTextEx;

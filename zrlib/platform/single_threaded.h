@@ -1,0 +1,21 @@
+/// Whether other threads have to be reckoned with.
+#pragma once
+
+#if !defined(_WIN32)
+#include <sys/single_threaded.h>
+#endif
+
+namespace zr {
+
+/// True when the process has certainly no other thread, so that steps which no other thread may divide need not be atomic.
+/// Costs one load.
+inline bool IsSingleThreaded() noexcept
+{
+#if defined(_WIN32)
+    return false; // Windows does not tell
+#else
+    return __libc_single_threaded != 0;
+#endif
+}
+
+} // namespace zr
