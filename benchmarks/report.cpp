@@ -1,5 +1,5 @@
 // The main program of the benchmarks: runs them, each several times in random order, and prints the targets with the
-// median of each.
+// least time of each. On a machine that does other things too, the least time is the one that is least disturbed.
 
 #include "benchmarks/report.h"
 
@@ -37,26 +37,21 @@ public:
         ConsoleReporter::ReportRuns(medians);
     }
 
-    /// Median time in nanoseconds; below 0 when the benchmark did not run.
-    double MedianOf(const std::string& name)
+    /// Least time in nanoseconds; below 0 when the benchmark did not run.
+    double LeastOf(const std::string& name) const
     {
-        std::vector<double>& times = m_times[name];
-        if (times.empty()) {
-            return -1;
-        }
-        const auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
-        std::nth_element(times.begin(), middle, times.end());
-        return *middle;
+        const auto found = m_times.find(name);
+        return found != m_times.end() ? *std::min_element(found->second.begin(), found->second.end()) : -1;
     }
 
 private:
     std::map<std::string, std::vector<double>> m_times;
 };
 
-void PrintTarget(const report::Target& target, KeepingReporter& reporter)
+void PrintTarget(const report::Target& target, const KeepingReporter& reporter)
 {
-    const double subject = reporter.MedianOf(target.subject);
-    const double reference = target.measure == report::Measure::kTime ? 0 : reporter.MedianOf(target.reference);
+    const double subject = reporter.LeastOf(target.subject);
+    const double reference = target.measure == report::Measure::kTime ? 0 : reporter.LeastOf(target.reference);
     if (subject < 0 || reference < 0) {
         return; // filtered out
     }
@@ -87,7 +82,7 @@ int main(int argc, char** argv)
     KeepingReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
 
-    std::printf("\n%-62s %10s %10s %12s %9s\n", "median of the repetitions of this run", "ns", "reference", "value", "target");
+    std::printf("\n%-62s %10s %10s %12s %9s\n", "least of the repetitions of this run", "ns", "reference", "value", "target");
     for (const report::Target& target : Targets()) {
         PrintTarget(target, reporter);
     }

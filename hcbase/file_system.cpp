@@ -22,14 +22,8 @@ HCFileSystem::~HCFileSystem() = default;
 
 HCString HCFileSystem::GetFileName(const HCString& path) const
 {
-    const char* const text = path;
-    const char* name = text;
-    for (const char* place = text; *place != '\0'; ++place) {
-        if (hcbase::system::IsSeparator(*place)) {
-            name = place + 1;
-        }
-    }
-    return name;
+    const char* const separator = hcbase::system::LastSeparator(path);
+    return separator != nullptr ? HCString(separator + 1) : path;
 }
 
 int HCFileSystem::GetFileStatus(const HCString& path, HCFileStatus& status)

@@ -4,7 +4,7 @@
 #include "hcbase/system/files.h"
 
 #include <algorithm>
-#include <limits>
+#include <climits>
 #include <string_view>
 
 using namespace hcbase;
@@ -14,8 +14,11 @@ HCString HFTranslateName(const HCString& name)
     if (name != "home") {
         return {};
     }
-    HCString configured = system::Environment("HCBASE_HOME");
-    return configured.GetLength() > 0 ? configured : system::HomeDirectory();
+    HCString home = system::Environment("HCBASE_HOME");
+    if (home.GetLength() == 0) {
+        home = system::HomeDirectory();
+    }
+    return home;
 }
 
 HCString HFBuildFilename(const HCString& directory, const HCString& name, const HCString& extension)
@@ -35,7 +38,7 @@ HCString HFBuildFilename(const HCString& directory, const HCString& name, const 
 
     HCString path;
     const std::size_t room = head.size() + 1 + tail.size() + 1 + end.size();
-    char* place = path.GetBuffer(static_cast<int>(std::min<std::size_t>(room, std::numeric_limits<int>::max())));
+    char* place = path.GetBuffer(static_cast<int>(std::min<std::size_t>(room, INT_MAX))); // INT_MAX: refused
     const char* const start = place;
     place = std::copy(head.begin(), head.end(), place);
     if (hasDirectory) {

@@ -48,12 +48,12 @@ void HCString::Reserve(std::size_t capacity)
         return;
     }
     char* const larger = AllocateText(capacity);
-    std::memcpy(larger, Text(), static_cast<std::size_t>(m_storage.length) + 1);
+    std::memcpy(larger, Text(), static_cast<std::size_t>(m_storage.sizes.length) + 1);
     if (IsOnHeap()) {
         delete[] m_storage.heap;
     }
     m_storage.heap = larger;
-    m_storage.heapCapacity = static_cast<std::int32_t>(capacity);
+    m_storage.sizes.heapCapacity = static_cast<std::int32_t>(capacity);
 }
 
 void HCString::Assign(const char* text, std::size_t length)
@@ -66,12 +66,12 @@ void HCString::Assign(const char* text, std::size_t length)
             delete[] m_storage.heap;
         }
         m_storage.heap = larger;
-        m_storage.heapCapacity = static_cast<std::int32_t>(length);
+        m_storage.sizes.heapCapacity = static_cast<std::int32_t>(length);
     } else {
         std::memmove(Text(), text, length);
     }
     Text()[length] = '\0';
-    m_storage.length = static_cast<std::int32_t>(length);
+    m_storage.sizes.length = static_cast<std::int32_t>(length);
 }
 
 const HCString& HCString::operator=(const char* text)
@@ -84,7 +84,7 @@ const HCString& HCString::operator=(const char* text)
 const HCString& HCString::operator=(const HCString& other)
 {
     if (this != &other) {
-        Assign(other, static_cast<std::size_t>(other.m_storage.length));
+        Assign(other, static_cast<std::size_t>(other.m_storage.sizes.length));
     }
     return *this;
 }
@@ -108,7 +108,7 @@ void HCString::Format(const char* format, ...)
         HCString formatted;
         formatted.Reserve(static_cast<std::size_t>(length));
         std::vsnprintf(formatted.Text(), static_cast<std::size_t>(length) + 1, format, second.arguments);
-        formatted.m_storage.length = length;
+        formatted.m_storage.sizes.length = length;
         *this = static_cast<HCString&&>(formatted);
     }
 }
@@ -136,7 +136,7 @@ void HCString::Empty() noexcept
 
 HCString HCString::Left(int count)
 {
-    if (count < m_storage.length) {
+    if (count < m_storage.sizes.length) {
         ReleaseBuffer(std::max(count, 0));
     }
     return *this;
@@ -155,6 +155,6 @@ void HCString::ReleaseBuffer(int newLength) noexcept
         const void* const end = std::memchr(text, '\0', static_cast<std::size_t>(Capacity()));
         newLength = end != nullptr ? static_cast<int>(static_cast<const char*>(end) - text) : Capacity();
     }
-    m_storage.length = std::min(newLength, Capacity());
-    text[m_storage.length] = '\0';
+    m_storage.sizes.length = std::min(newLength, Capacity());
+    text[m_storage.sizes.length] = '\0';
 }

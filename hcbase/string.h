@@ -64,7 +64,7 @@ public:
     void Empty() noexcept;
 
     /// Number of characters (bytes).
-    int GetLength() const noexcept { return m_storage.length; }
+    int GetLength() const noexcept { return m_storage.sizes.length; }
 
     /// Cuts this string to its first `count` characters and gives a copy of them. A count of 0 or below empties it, a
     /// count beyond the length changes nothing.
@@ -86,19 +86,23 @@ private:
             char local[kLocalSize];
             char* heap;
         };
-        std::int32_t length;
-        std::int32_t heapCapacity; // characters without the end mark; 0 while the text lies inside the object
+        // Characters without the end mark. Heap capacity: 0 while the text lies inside the object. One member, so that both
+        // are written in one piece; see SetLocal.
+        struct Sizes {
+            std::int32_t length;
+            std::int32_t heapCapacity;
+        } sizes;
     };
 
-    bool IsOnHeap() const noexcept { return m_storage.heapCapacity != 0; }
+    bool IsOnHeap() const noexcept { return m_storage.sizes.heapCapacity != 0; }
     char* Text() noexcept { return IsOnHeap() ? m_storage.heap : m_storage.local; }
-    int Capacity() const noexcept { return IsOnHeap() ? m_storage.heapCapacity : kLocalSize - 1; }
+    int Capacity() const noexcept { return IsOnHeap() ? m_storage.sizes.heapCapacity : kLocalSize - 1; }
     void SetEmpty() noexcept
     {
         m_storage.local[0] = '\0';
-        m_storage.length = 0;
-        m_storage.heapCapacity = 0;
+        m_storage.sizes = {0, 0};
     }
+    void SetLocal(const char* text, std::size_t length) noexcept;
     void Assign(const char* text, std::size_t length);
     void Reserve(std::size_t capacity);
 
@@ -107,17 +111,39 @@ private:
 
 static_assert(sizeof(HCString) == 48, "clients are compiled against this size");
 
+/// Fills the inside storage word by word, the last one padded with zeros. A copy of the string reads it back in words, and
+/// a processor hands a word on at once only if it was written in one piece.
+inline void HCString::SetLocal(const char* text, std::size_t length) noexcept
+{
+    static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the last characters are shifted to the front of their word");
+    std::uint64_t word = 0;
+    constexpr std::size_t kSize = sizeof(word);
+    const std::size_t tail = length % kSize;
+    std::size_t place = 0;
+    for (; place + tail < length; place += kSize) {
+        std::memcpy(&word, text + place, kSize);
+        std::memcpy(m_storage.local + place, &word, kSize);
+    }
+    word = 0;
+    if (length < kSize) {
+        for (std::size_t character = 0; character < length; ++character) {
+            word |= std::uint64_t{static_cast<unsigned char>(text[character])} << (8 * character);
+        }
+    } else if (tail != 0) {
+        std::memcpy(&word, text + length - kSize, kSize); // reaches back, because nothing beyond the text may be read
+        word >>= 8 * (kSize - tail);
+    }
+    std::memcpy(m_storage.local + place, &word, kSize);
+    m_storage.sizes = {static_cast<std::int32_t>(length), 0};
+}
+
 inline HCString::HCString(const char* text)
 {
-    SetEmpty();
-    if (text == nullptr) {
-        return;
-    }
-    const std::size_t length = std::strlen(text);
+    const std::size_t length = text != nullptr ? std::strlen(text) : 0;
     if (length < kLocalSize) {
-        std::memcpy(m_storage.local, text, length + 1);
-        m_storage.length = static_cast<std::int32_t>(length);
+        SetLocal(text, length);
     } else {
+        SetEmpty();
         *this = text;
     }
 }

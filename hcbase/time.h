@@ -8,8 +8,8 @@
 /// An instant of Coordinated Universal Time; built by default it is 1970-01-01 00:00.
 class HC_API HCTime {
 public:
-    HCTime() noexcept;
-    HCTime(std::int64_t seconds, std::int32_t nanoseconds) noexcept;
+    HCTime() noexcept = default;
+    HCTime(std::int64_t seconds, std::int32_t nanoseconds) noexcept : m_seconds(seconds), m_nanoseconds(nanoseconds) {}
     HCTime(const HCTime&) noexcept = default;
     HCTime& operator=(const HCTime&) noexcept = default;
     virtual ~HCTime();

@@ -32,7 +32,10 @@ HCString Environment(const char* name) { return std::getenv(name); }
 HCString HomeDirectory()
 {
     HCString home = Environment("HOME");
-    return home.GetLength() > 0 ? home : AccountHome();
+    if (home.GetLength() == 0) {
+        home = AccountHome();
+    }
+    return home;
 }
 
 HCString SettingsDirectory()

@@ -51,7 +51,10 @@ HCString Environment(const char* name)
 HCString HomeDirectory()
 {
     HCString home = Environment("USERPROFILE");
-    return home.GetLength() > 0 ? home : AccountHome();
+    if (home.GetLength() == 0) {
+        home = AccountHome();
+    }
+    return home;
 }
 
 HCString SettingsDirectory() { return Environment("APPDATA"); }

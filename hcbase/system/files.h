@@ -15,6 +15,9 @@ constexpr char kSeparator = '/';
 inline bool IsSeparator(char character) { return character == '/'; }
 #endif
 
+/// The last separator in the path, null when there is none.
+const char* LastSeparator(const char* path);
+
 /// Seconds and nanoseconds since 1970-01-01 00:00 UTC.
 struct TimeStamp {
     std::int64_t seconds;

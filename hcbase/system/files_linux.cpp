@@ -1,6 +1,7 @@
 #include "hcbase/system/files.h"
 
 #include <cerrno>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
@@ -46,6 +47,8 @@ std::string ReasonOf(int error) { return std::generic_category().message(error);
 
 } // namespace
 
+const char* LastSeparator(const char* path) { return std::strrchr(path, kSeparator); }
+
 bool GetFileInfo(const char* path, FileInfo& info)
 {
     struct stat status {};
@@ -84,9 +87,18 @@ std::intptr_t OpenForAppending(const char* path, Opening opening)
 
 bool WriteLine(std::intptr_t file, const char* text, std::size_t length)
 {
-    char lineEnding = '\n';
-    const iovec pieces[] = {{const_cast<char*>(text), length}, {&lineEnding, 1}};
-    const auto written = Uninterrupted([&] { return writev(static_cast<int>(file), pieces, 2); });
+    const int descriptor = static_cast<int>(file);
+    char line[512];
+    ssize_t written = 0;
+    if (length < sizeof(line)) { // most lines: putting the pieces together costs less here than in the kernel
+        std::memcpy(line, text, length);
+        line[length] = '\n';
+        written = Uninterrupted([&] { return write(descriptor, line, length + 1); });
+    } else {
+        line[0] = '\n';
+        const iovec pieces[] = {{const_cast<char*>(text), length}, {line, 1}};
+        written = Uninterrupted([&] { return writev(descriptor, pieces, 2); });
+    }
     return written == static_cast<ssize_t>(length + 1);
 }
 

@@ -2,6 +2,9 @@
 
 #include "hcbase/system/windows.h"
 
+#include <algorithm>
+#include <cstring>
+#include <functional>
 #include <system_error>
 #include <vector>
 
@@ -42,6 +45,11 @@ TimeStamp ToTimeStamp(const FILETIME& time)
 std::string ReasonOf(DWORD error) { return std::system_category().message(static_cast<int>(error)); }
 
 } // namespace
+
+const char* LastSeparator(const char* path)
+{
+    return std::max(std::strrchr(path, '\\'), std::strrchr(path, '/'), std::less<>());
+}
 
 bool GetFileInfo(const char* path, FileInfo& info)
 {

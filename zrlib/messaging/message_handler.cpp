@@ -9,6 +9,8 @@
 #include "zrlib/platform/debugger_output.h"
 #include "zrlib/sync/sync_guard.h"
 
+#include <algorithm>
+#include <climits>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -32,12 +34,12 @@ bool IsBitSet(short word, short weight)
 /// Copied rather than formatted, which takes a tenth of the time.
 HCString Joined(const char* prefix, const HCString& text)
 {
-    const std::size_t prefixLength = std::strlen(prefix);
-    const int textLength = text.GetLength();
     HCString joined(prefix);
-    char* const buffer = joined.GetBuffer(static_cast<int>(prefixLength) + textLength);
-    std::memcpy(buffer + prefixLength, text, static_cast<std::size_t>(textLength));
-    joined.ReleaseBuffer(static_cast<int>(prefixLength) + textLength);
+    const auto prefixLength = static_cast<std::size_t>(joined.GetLength());
+    const auto textLength = static_cast<std::size_t>(text.GetLength());
+    const auto length = static_cast<int>(std::min<std::size_t>(prefixLength + textLength, INT_MAX)); // INT_MAX: refused
+    std::memcpy(joined.GetBuffer(length) + prefixLength, text, textLength);
+    joined.ReleaseBuffer(length);
     return joined;
 }
 
