@@ -71,7 +71,8 @@ const AddTarget outNowhere({"ZROut, no destination, to std::recursive_mutex: loc
 /// A home of the benchmark's own.
 class Home {
 public:
-    Home() : m_folder(std::filesystem::temp_directory_path() / ("zrlib_benchmark_" + std::to_string(getpid())))
+    Home()
+        : m_folder(std::filesystem::temp_directory_path() / ("zrlib_benchmark_" + std::to_string(getpid())))
     {
         std::filesystem::create_directories(m_folder);
         setenv("HCBASE_HOME", m_folder.c_str(), 1);

@@ -21,7 +21,10 @@ std::vector<report::Target>& Targets()
 /// Prints the medians and keeps the times of all repetitions.
 class KeepingReporter : public benchmark::ConsoleReporter {
 public:
-    KeepingReporter() : ConsoleReporter(OO_Tabular) {}
+    KeepingReporter()
+        : ConsoleReporter(OO_Tabular)
+    {
+    }
 
     void ReportRuns(const std::vector<Run>& runs) override
     {
@@ -82,7 +85,8 @@ int main(int argc, char** argv)
     KeepingReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
 
-    std::printf("\n%-62s %10s %10s %12s %9s\n", "least of the repetitions of this run", "ns", "reference", "value", "target");
+    std::printf(
+        "\n%-62s %10s %10s %12s %9s\n", "least of the repetitions of this run", "ns", "reference", "value", "target");
     for (const report::Target& target : Targets()) {
         PrintTarget(target, reporter);
     }

@@ -12,7 +12,8 @@ enum class Measure {
     kTime, // time of the subject, in nanoseconds
 };
 
-/// One row of the table: the names of two benchmarks (`reference` is not used with kTime) and the greatest value wanted.
+/// One row of the table: the names of two benchmarks (`reference` is not used with kTime) and the greatest value
+/// wanted.
 struct Target {
     std::string what;
     Measure measure;

@@ -21,7 +21,10 @@ struct ErrorHistory {
     ErrorHistory* next = nullptr;
     ErrorHistory* previous = nullptr;
 
-    HCError& FromNewest(int steps) { return records[static_cast<std::size_t>((newest - steps + kCapacity) % kCapacity)]; }
+    HCError& FromNewest(int steps)
+    {
+        return records[static_cast<std::size_t>((newest - steps + kCapacity) % kCapacity)];
+    }
 
     void Clear()
     {
@@ -45,14 +48,18 @@ namespace {
 
 constinit IntrusiveList<ErrorHistory> g_histories HC_GUARDED_BY(g_recordsLock);
 
-// Unloading must not release a history that its thread is using at this moment, nor wait for that thread. So a thread says
-// that it is inside before it asks whether the library is closed, and unloading closes before it asks whether one is inside.
+// Unloading must not release a history that its thread is using at this moment, nor wait for that thread. So a thread
+// says that it is inside before it asks whether the library is closed, and unloading closes before it asks whether one
+// is inside.
 constinit std::atomic<bool> g_closed{false};
 constinit std::atomic<int> g_inside{0};
 
 class Use {
 public:
-    Use() : m_isOpen((g_inside.fetch_add(1), !g_closed.load())) {}
+    Use()
+        : m_isOpen((g_inside.fetch_add(1), !g_closed.load()))
+    {
+    }
     ~Use() { g_inside.fetch_sub(1); }
     Use(const Use&) = delete;
     Use& operator=(const Use&) = delete;

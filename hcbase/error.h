@@ -14,17 +14,17 @@ struct HCError {
 
 extern "C" {
 
-/// Records an error as the calling thread's newest. With `chain` not 0 the records before it are kept, at most 16 in all,
-/// and the oldest goes first; with 0 they are dropped. Null texts count as empty; the texts are copied.
-/// Gives 1, or 0 when there is no memory for the record or the library is being unloaded.
+/// Records an error as the calling thread's newest. With `chain` not 0 the records before it are kept, at most 16 in
+/// all, and the oldest goes first; with 0 they are dropped. Null texts count as empty; the texts are copied. Gives 1,
+/// or 0 when there is no memory for the record or the library is being unloaded.
 HC_API char HFErrorSet(int code, const char* text, const char* location, char chain);
 
 /// Copies the calling thread's newest record into `error` and gives 1; without one gives 0 and leaves `error` as it is.
 /// Reading does not remove the record.
 HC_API char HFErrorGet(HCError& error);
 
-/// The same for the record `steps` before the newest: 1 is the one before it, 0 the newest itself. Gives 0 when there are
-/// not that many and for a negative `steps`.
+/// The same for the record `steps` before the newest: 1 is the one before it, 0 the newest itself. Gives 0 when there
+/// are not that many and for a negative `steps`.
 HC_API char HFErrorGetPrevious(int steps, HCError& error);
 
 /// Drops all records of the calling thread.

@@ -42,13 +42,10 @@ int HCFileSystem::GetFileStatus(const HCString& path, HCFileStatus& status)
 
 int HCFileSystem::DelFile(const HCString& path) const { return hcbase::system::RemoveFile(path) ? 1 : 0; }
 
-HCString HCFileSystem::GetCurDirectory(const HCString& /*path*/) const
-{
-    return hcbase::system::CurrentDirectory();
-}
+HCString HCFileSystem::GetCurDirectory(const HCString& /*path*/) const { return hcbase::system::CurrentDirectory(); }
 
-int HCFileSystem::GetDiskInfo(const char* path, std::uint64_t* availableBytes, std::uint64_t* totalBytes,
-    std::uint64_t* freeBytes) const
+int HCFileSystem::GetDiskInfo(
+    const char* path, std::uint64_t* availableBytes, std::uint64_t* totalBytes, std::uint64_t* freeBytes) const
 {
     hcbase::system::DiskSpace space{};
     if (path == nullptr || !hcbase::system::GetDiskSpace(path, space)) {

@@ -28,7 +28,8 @@ public:
     HCString GetCurDirectory(const HCString& path) const;
 
     /// Sizes in bytes of the disk that holds `path`: what the calling account may still write, the whole disk, and what
-    /// is free on it. Each pointer may be null. 1 on success; otherwise, and for a null `path`, 0 and nothing is stored.
-    int GetDiskInfo(const char* path, std::uint64_t* availableBytes, std::uint64_t* totalBytes,
-        std::uint64_t* freeBytes) const;
+    /// is free on it. Each pointer may be null. 1 on success; otherwise, and for a null `path`, 0 and nothing is
+    /// stored.
+    int GetDiskInfo(
+        const char* path, std::uint64_t* availableBytes, std::uint64_t* totalBytes, std::uint64_t* freeBytes) const;
 };

@@ -29,8 +29,9 @@ std::uint64_t NextRandom(std::uint64_t (&state)[4])
     return result;
 }
 
-/// Where the system has no random numbers to give: time, thread and place of the state, spread by splitmix64 (Guy Steele,
-/// Doug Lea, Christine Flood: "Fast splittable pseudorandom number generators", 2014). Weaker, but not the same twice.
+/// Where the system has no random numbers to give: time, thread and place of the state, spread by splitmix64 (Guy
+/// Steele, Doug Lea, Christine Flood: "Fast splittable pseudorandom number generators", 2014). Weaker, but not the same
+/// twice.
 void SeedFromClock(std::uint64_t (&state)[4])
 {
     auto seed = static_cast<std::uint64_t>(std::chrono::high_resolution_clock::now().time_since_epoch().count());

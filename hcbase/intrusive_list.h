@@ -3,8 +3,8 @@
 
 namespace hcbase {
 
-/// Constant-initialised, trivially destroyed, owns nothing. `Element` has the members `next` and `previous`, which belong
-/// to the list.
+/// Constant-initialised, trivially destroyed, owns nothing. `Element` has the members `next` and `previous`, which
+/// belong to the list.
 template <typename Element> struct IntrusiveList {
     Element* first = nullptr;
 

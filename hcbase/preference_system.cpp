@@ -111,7 +111,10 @@ struct HCPreferenceSystem::Store {
         }
     }
 
-    std::string Place(const toml::source_region& source) const { return std::string(path) + ":" + std::to_string(source.begin.line); }
+    std::string Place(const toml::source_region& source) const
+    {
+        return std::string(path) + ":" + std::to_string(source.begin.line);
+    }
 
     const toml::node* Find(std::string_view key) const
     {
@@ -128,7 +131,10 @@ struct HCPreferenceSystem::Store {
     }
 };
 
-HCPreferenceSystem::HCPreferenceSystem() noexcept : m_store(nullptr) {}
+HCPreferenceSystem::HCPreferenceSystem() noexcept
+    : m_store(nullptr)
+{
+}
 
 HCPreferenceSystem::~HCPreferenceSystem() { delete m_store; }
 

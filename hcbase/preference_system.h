@@ -3,12 +3,12 @@
 
 #include "hcbase/export.h"
 
-/// Access to the preferences of the account, one TOML file: the path in the environment variable HCBASE_PREFERENCES; else
-/// `hcbase/preferences.toml` under $XDG_CONFIG_HOME, else under ~/.config; on Windows under %APPDATA%.
+/// Access to the preferences of the account, one TOML file: the path in the environment variable HCBASE_PREFERENCES;
+/// else `hcbase/preferences.toml` under $XDG_CONFIG_HOME, else under ~/.config; on Windows under %APPDATA%.
 ///
 /// The file is read once, at the first question to the object, so an object answers from one state of the file. A file
-/// that is missing is an empty store. A file that cannot be read or parsed, or a value of another kind than asked for, is
-/// told on standard error in one line that names file, line and reason; the same line is not told twice.
+/// that is missing is an empty store. A file that cannot be read or parsed, or a value of another kind than asked for,
+/// is told on standard error in one line that names file, line and reason; the same line is not told twice.
 ///
 /// Threads: one object is used by one thread at a time.
 class HC_API HCPreferenceSystem {

@@ -5,7 +5,8 @@
 namespace hcbase {
 
 // The second mutex of Ulrich Drepper, "Futexes Are Tricky" (2011): a thread that has to wait marks the word as awaited
-// each time it tries, because it cannot know whether others still wait. So a wake-up may find nobody, but none is missed.
+// each time it tries, because it cannot know whether others still wait. So a wake-up may find nobody, but none is
+// missed.
 void ReentrantLock::Wait() noexcept
 {
     while (m_word.exchange(kHeldAndAwaited, std::memory_order_acquire) != kFree) {

@@ -50,8 +50,8 @@ public:
         return true;
     }
 
-    /// For a forked child, before it has a second thread: frees the lock unless the calling thread holds it. A holder that
-    /// did not come along will not unlock it.
+    /// For a forked child, before it has a second thread: frees the lock unless the calling thread holds it. A holder
+    /// that did not come along will not unlock it.
     void FreeUnlessOwn() noexcept;
 
 private:
@@ -93,7 +93,11 @@ private:
 /// Holds a lock for the length of a scope.
 class HC_SCOPED_CAPABILITY LockGuard {
 public:
-    explicit LockGuard(ReentrantLock& lock) noexcept HC_ACQUIRE(lock) : m_lock(lock) { m_lock.Lock(); }
+    explicit LockGuard(ReentrantLock& lock) noexcept HC_ACQUIRE(lock)
+        : m_lock(lock)
+    {
+        m_lock.Lock();
+    }
     ~LockGuard() HC_RELEASE() { m_lock.Unlock(); }
     LockGuard(const LockGuard&) = delete;
     LockGuard& operator=(const LockGuard&) = delete;

@@ -7,8 +7,8 @@
 
 namespace hcbase {
 
-/// A lock on the heap with the number of its owners. Where processes can fork, all of them are listed, so that a child can
-/// free those whose holders did not come along.
+/// A lock on the heap with the number of its owners. Where processes can fork, all of them are listed, so that a child
+/// can free those whose holders did not come along.
 class SharedLock : public ReentrantLock {
 public:
     /// With one owner. Null when there is no memory.

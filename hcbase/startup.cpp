@@ -1,5 +1,5 @@
-// The one file of hcbase with a dynamic initialiser. Everything else is constant-initialised and usable at any time; what
-// it has put on the heap goes here.
+// The one file of hcbase with a dynamic initialiser. Everything else is constant-initialised and usable at any time;
+// what it has put on the heap goes here.
 
 #include "hcbase/records.h"
 #include "hcbase/system/threads.h"

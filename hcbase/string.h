@@ -20,8 +20,8 @@
 /// object and need no heap. Null pointers count as the empty text wherever a text is taken.
 ///
 /// Threads: as for an int, one object may be read by several threads at once or used by one.
-/// Errors: std::bad_alloc when memory runs out, std::length_error for a text beyond 2,147,483,646 characters; the object
-/// then keeps the text that it had.
+/// Errors: std::bad_alloc when memory runs out, std::length_error for a text beyond 2,147,483,646 characters; the
+/// object then keeps the text that it had.
 class HC_API HCString {
 public:
     /// The empty text.
@@ -54,7 +54,8 @@ public:
     /// A null format, or one that printf refuses, gives the empty text.
     void Format(const char* format, ...) HC_PRINTF_FORMAT(2, 3);
 
-    /// Below, equal to or above 0 as this text comes before, is equal to or comes after `text` in the order of its bytes.
+    /// Below, equal to or above 0 as this text comes before, is equal to or comes after `text` in the order of its
+    /// bytes.
     int Compare(const char* text) const noexcept;
 
     /// As Compare, with the letters A to Z equal to a to z. The locale has no influence.
@@ -70,12 +71,12 @@ public:
     /// count beyond the length changes nothing.
     HCString Left(int count);
 
-    /// Writable text with room for at least `minimumLength` characters and the end mark; the text it has stays in place.
-    /// Whoever writes calls ReleaseBuffer before the next use of the string.
+    /// Writable text with room for at least `minimumLength` characters and the end mark; the text it has stays in
+    /// place. Whoever writes calls ReleaseBuffer before the next use of the string.
     char* GetBuffer(int minimumLength);
 
-    /// Ends GetBuffer: the text gets the length `newLength`, at most what there is room for; below 0 it ends at the first
-    /// zero byte.
+    /// Ends GetBuffer: the text gets the length `newLength`, at most what there is room for; below 0 it ends at the
+    /// first zero byte.
     void ReleaseBuffer(int newLength = -1) noexcept;
 
 private:
@@ -86,8 +87,8 @@ private:
             char local[kLocalSize];
             char* heap;
         };
-        // Characters without the end mark. Heap capacity: 0 while the text lies inside the object. One member, so that both
-        // are written in one piece; see SetLocal.
+        // Characters without the end mark. Heap capacity: 0 while the text lies inside the object. One member, so that
+        // both are written in one piece; see SetLocal.
         struct Sizes {
             std::int32_t length;
             std::int32_t heapCapacity;
@@ -111,11 +112,12 @@ private:
 
 static_assert(sizeof(HCString) == 48, "clients are compiled against this size");
 
-/// Fills the inside storage word by word, the last one padded with zeros. A copy of the string reads it back in words, and
-/// a processor hands a word on at once only if it was written in one piece.
+/// Fills the inside storage word by word, the last one padded with zeros. A copy of the string reads it back in words,
+/// and a processor hands a word on at once only if it was written in one piece.
 inline void HCString::SetLocal(const char* text, std::size_t length) noexcept
 {
-    static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the last characters are shifted to the front of their word");
+    static_assert(
+        __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the last characters are shifted to the front of their word");
     std::uint64_t word = 0;
     constexpr std::size_t kSize = sizeof(word);
     const std::size_t tail = length % kSize;
@@ -148,7 +150,8 @@ inline HCString::HCString(const char* text)
     }
 }
 
-inline HCString::HCString(const HCString& other) : m_storage(other.m_storage)
+inline HCString::HCString(const HCString& other)
+    : m_storage(other.m_storage)
 {
     if (IsOnHeap()) {
         SetEmpty();
@@ -156,7 +159,8 @@ inline HCString::HCString(const HCString& other) : m_storage(other.m_storage)
     }
 }
 
-inline HCString::HCString(HCString&& other) noexcept : m_storage(other.m_storage)
+inline HCString::HCString(HCString&& other) noexcept
+    : m_storage(other.m_storage)
 {
     other.SetEmpty();
 }

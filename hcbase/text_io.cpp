@@ -13,7 +13,11 @@ constexpr int kModeAppend = 5;
 
 } // namespace
 
-HCTextIo::HCTextIo(const HCString& path) : m_path(path), m_file(system::kNoFile) {}
+HCTextIo::HCTextIo(const HCString& path)
+    : m_path(path)
+    , m_file(system::kNoFile)
+{
+}
 
 HCTextIo::~HCTextIo() { HCTextIo::Close(); }
 

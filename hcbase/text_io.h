@@ -26,8 +26,8 @@ public:
     /// mode, and when the object's file is open already.
     virtual char Open(int mode);
 
-    /// Writes the text and one line ending in one call of the system. 1 when all of it was written; 0 otherwise, and when
-    /// the file is not open. Null counts as the empty text.
+    /// Writes the text and one line ending in one call of the system. 1 when all of it was written; 0 otherwise, and
+    /// when the file is not open. Null counts as the empty text.
     virtual char WriteString(const char* text);
 
     /// 1 on success, 0 when the file is not open or the system reports a failure; it is closed in any case.

@@ -18,7 +18,8 @@ namespace {
 /// rows cannot change, so it is built once and read without a lock.
 class TextTable {
 public:
-    TextTable(const char* name, const HCTextRow* rows) : m_name(name)
+    TextTable(const char* name, const HCTextRow* rows)
+        : m_name(name)
     {
         std::size_t count = 0;
         while (rows[count].text != nullptr) {
@@ -38,8 +39,8 @@ public:
     const char* Find(std::int32_t code) const { return m_index[PlaceOf(code)].text; }
 
 private:
-    /// Where the code stands, or the free place where it would stand. The multiplier is 2^32 divided by the golden ratio
-    /// (Knuth, The Art of Computer Programming, volume 3, section 6.4): it spreads runs of neighbouring codes.
+    /// Where the code stands, or the free place where it would stand. The multiplier is 2^32 divided by the golden
+    /// ratio (Knuth, The Art of Computer Programming, volume 3, section 6.4): it spreads runs of neighbouring codes.
     std::size_t PlaceOf(std::int32_t code) const
     {
         const std::size_t mask = m_index.size() - 1;

@@ -20,8 +20,8 @@ extern "C" {
 
 /// Registers the rows up to the first one whose text is null, under `name`, and gives the handle of the table. The rows
 /// are not copied: they and their texts stay in place until HFTextRelease. Of rows with the same code the first counts.
-/// The third argument is reserved, give 0. Gives 0 for a null name or table, when 1024 tables are registered already, or
-/// when there is no memory.
+/// The third argument is reserved, give 0. Gives 0 for a null name or table, when 1024 tables are registered already,
+/// or when there is no memory.
 HC_API HCTextHandle HFTextCreateEmbedded(const char* name, const HCTextRow* table, int reserved);
 
 /// Gives a table up. No other thread may be looking up in it. Gives 1, or 0 when `handle` names no table.

@@ -4,7 +4,13 @@
 
 using namespace hcbase;
 
-HCThread::HCThread() noexcept : m_thread(0), m_forkGeneration(0), m_exitCode(0), m_state(State::kNone) {}
+HCThread::HCThread() noexcept
+    : m_thread(0)
+    , m_forkGeneration(0)
+    , m_exitCode(0)
+    , m_state(State::kNone)
+{
+}
 
 HCThread::~HCThread()
 {

@@ -22,8 +22,8 @@ public:
     char CreateThread(unsigned int (*function)(void*), void* argument);
 
     /// Waits for the thread to end, stores its exit code and gives 1; may be asked again. Gives 0, and stores nothing,
-    /// when there is no thread, for a null `code`, when the thread asks for itself, and in a forked child for a thread of
-    /// the parent.
+    /// when there is no thread, for a null `code`, when the thread asks for itself, and in a forked child for a thread
+    /// of the parent.
     char GetExitCode(int* code);
 
     /// Ends the calling thread with that exit code.

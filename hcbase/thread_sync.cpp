@@ -2,9 +2,13 @@
 
 #include "hcbase/shared_lock.h"
 
-HCThreadSync::HCThreadSync() noexcept : m_lock(hcbase::SharedLock::Make()) {}
+HCThreadSync::HCThreadSync() noexcept
+    : m_lock(hcbase::SharedLock::Make())
+{
+}
 
-HCThreadSync::HCThreadSync(const HCThreadSync& other) noexcept : m_lock(other.m_lock)
+HCThreadSync::HCThreadSync(const HCThreadSync& other) noexcept
+    : m_lock(other.m_lock)
 {
     if (m_lock != nullptr) {
         m_lock->AddOwner();
@@ -31,10 +35,7 @@ HCThreadSync::~HCThreadSync()
 }
 
 // The hold outlives the call, which is the purpose of the two and more than clang's analysis can follow.
-char HCThreadSync::lock() noexcept HC_NO_THREAD_SAFETY_ANALYSIS
-{
-    return m_lock != nullptr && m_lock->Lock() ? 1 : 0;
-}
+char HCThreadSync::lock() noexcept HC_NO_THREAD_SAFETY_ANALYSIS { return m_lock != nullptr && m_lock->Lock() ? 1 : 0; }
 
 char HCThreadSync::unlock() noexcept HC_NO_THREAD_SAFETY_ANALYSIS
 {

@@ -9,11 +9,12 @@ class SharedLock;
 
 /// A lock that the thread which holds it may take again; it is free for others after as many unlocks as locks.
 ///
-/// Copies share one underlying lock, which goes with its last owner, as a pointer shared by both would. A lock must not be
-/// destroyed, by its last owner, while a thread holds it or waits for it.
+/// Copies share one underlying lock, which goes with its last owner, as a pointer shared by both would. A lock must not
+/// be destroyed, by its last owner, while a thread holds it or waits for it.
 ///
 /// fork: in the child every lock works at once. One that another thread of the parent held is free again, one that the
-/// forking thread held is still its own. Whether the data behind a freed lock are consistent is for their owner to judge.
+/// forking thread held is still its own. Whether the data behind a freed lock are consistent is for their owner to
+/// judge.
 ///
 /// Threads: lock and unlock from any thread; copying, assigning and destroying one object is the caller's to serialise.
 class HC_API HCThreadSync {
@@ -28,7 +29,8 @@ public:
     /// allocated or is already held as often as can be counted (4,294,967,295 times).
     char lock() noexcept;
 
-    /// Gives up one level of the calling thread's hold. Gives 1, or 0 and changes nothing when the thread does not hold it.
+    /// Gives up one level of the calling thread's hold. Gives 1, or 0 and changes nothing when the thread does not hold
+    /// it.
     char unlock() noexcept;
 
 private:

@@ -9,7 +9,11 @@
 class HC_API HCTime {
 public:
     HCTime() noexcept = default;
-    HCTime(std::int64_t seconds, std::int32_t nanoseconds) noexcept : m_seconds(seconds), m_nanoseconds(nanoseconds) {}
+    HCTime(std::int64_t seconds, std::int32_t nanoseconds) noexcept
+        : m_seconds(seconds)
+        , m_nanoseconds(nanoseconds)
+    {
+    }
     HCTime(const HCTime&) noexcept = default;
     HCTime& operator=(const HCTime&) noexcept = default;
     virtual ~HCTime();

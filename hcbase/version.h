@@ -15,8 +15,8 @@ struct HCVersion {
 
 extern "C" {
 
-/// Records the version of the library `name`; an earlier record of that name is replaced. Null for date or time counts as
-/// empty. Gives 1, or 0 for a null name or when there is no memory.
+/// Records the version of the library `name`; an earlier record of that name is replaced. Null for date or time counts
+/// as empty. Gives 1, or 0 for a null name or when there is no memory.
 HC_API char HFVersionLoad(const char* name, int major, int minor, int revision, const char* date, const char* time);
 
 /// Copies the record of `name` into `version` and gives 1; without one gives 0 and leaves `version` as it is.

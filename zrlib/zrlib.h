@@ -1,8 +1,8 @@
 /// Everything public of ZRLib, the common frame of a system's libraries and applications.
 ///
-/// Loading the library is all the set-up there is: no function initialises or ends it, and everything may be called from
-/// the moment it is loaded until it is unloaded. Messages that come later, from a thread or a static object that outlives
-/// the library's own objects, are dropped.
+/// Loading the library is all the set-up there is: no function initialises or ends it, and everything may be called
+/// from the moment it is loaded until it is unloaded. Messages that come later, from a thread or a static object that
+/// outlives the library's own objects, are dropped.
 #pragma once
 
 #include "zrlib/export.h"

@@ -64,7 +64,9 @@ HCString CurrentDirectory()
 void WriteErrorLine(const HCString& text)
 {
     char lineEnding = '\n';
-    const iovec pieces[] = {{const_cast<char*>(static_cast<const char*>(text)), static_cast<std::size_t>(text.GetLength())}, {&lineEnding, 1}};
+    const iovec pieces[] = {
+        {const_cast<char*>(static_cast<const char*>(text)), static_cast<std::size_t>(text.GetLength())},
+        {&lineEnding, 1}};
     // Where standard error is closed or full there is nobody left to tell.
     static_cast<void>(writev(STDERR_FILENO, pieces, 2) < 0);
 }

@@ -9,8 +9,8 @@ namespace hcbase::system {
 
 namespace {
 
-/// Calls `fill(buffer, size)` with growing buffers, as the functions of the system want it: they give the size that they
-/// need, or the length when it fitted.
+/// Calls `fill(buffer, size)` with growing buffers, as the functions of the system want it: they give the size that
+/// they need, or the length when it fitted.
 template <typename Fill> HCString FilledText(Fill fill)
 {
     std::wstring buffer(MAX_PATH, L'\0');

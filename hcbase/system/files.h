@@ -49,8 +49,8 @@ enum class Opening { kCreateIfMissing, kExistingOnly };
 
 constexpr std::intptr_t kNoFile = -1;
 
-/// Opens a file so that each write goes to the end it then has, whoever else writes. Never truncates. Child processes do
-/// not inherit it, and others may read, write, rename and delete the file meanwhile. Gives kNoFile on failure.
+/// Opens a file so that each write goes to the end it then has, whoever else writes. Never truncates. Child processes
+/// do not inherit it, and others may read, write, rename and delete the file meanwhile. Gives kNoFile on failure.
 std::intptr_t OpenForAppending(const char* path, Opening opening);
 
 /// Writes the text and a line ending in one call of the system. True when all of it was written.

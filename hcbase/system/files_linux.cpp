@@ -15,7 +15,10 @@ namespace {
 
 class Descriptor {
 public:
-    explicit Descriptor(int descriptor) : m_descriptor(descriptor) {}
+    explicit Descriptor(int descriptor)
+        : m_descriptor(descriptor)
+    {
+    }
     ~Descriptor()
     {
         if (m_descriptor >= 0) {
@@ -80,8 +83,7 @@ bool GetDiskSpace(const char* path, DiskSpace& space)
 
 std::intptr_t OpenForAppending(const char* path, Opening opening)
 {
-    const int flags
-        = O_WRONLY | O_APPEND | O_CLOEXEC | O_NOCTTY | (opening == Opening::kCreateIfMissing ? O_CREAT : 0);
+    const int flags = O_WRONLY | O_APPEND | O_CLOEXEC | O_NOCTTY | (opening == Opening::kCreateIfMissing ? O_CREAT : 0);
     return Uninterrupted([&] { return open(path, flags, 0666); });
 }
 

@@ -18,7 +18,10 @@ HANDLE ToHandle(std::intptr_t file) { return reinterpret_cast<HANDLE>(file); }
 
 class Handle {
 public:
-    explicit Handle(HANDLE handle) : m_handle(handle) {}
+    explicit Handle(HANDLE handle)
+        : m_handle(handle)
+    {
+    }
     ~Handle()
     {
         if (m_handle != INVALID_HANDLE_VALUE) {
@@ -112,8 +115,8 @@ Reading ReadFile(const char* path, std::size_t limit, std::string& content)
     std::vector<char> buffer(4096);
     for (;;) {
         DWORD count = 0;
-        const bool isRead
-            = ::ReadFile(file.Get(), buffer.data(), static_cast<DWORD>(buffer.size()), &count, nullptr) != 0;
+        const bool isRead =
+            ::ReadFile(file.Get(), buffer.data(), static_cast<DWORD>(buffer.size()), &count, nullptr) != 0;
         if (isRead && count == 0) {
             return Reading::kDone;
         }

@@ -1,5 +1,5 @@
-/// Marks for clang's thread safety analysis, empty for other compilers: what a lock is, which function takes or releases
-/// it, and which data it guards.
+/// Marks for clang's thread safety analysis, empty for other compilers: what a lock is, which function takes or
+/// releases it, and which data it guards.
 #pragma once
 
 #if defined(__clang__)

@@ -1,4 +1,5 @@
-/// Threads of the system: their IDs, starting and joining them, what is kept for each of them, and what fork leaves behind.
+/// Threads of the system: their IDs, starting and joining them, what is kept for each of them, and what fork leaves
+/// behind.
 #pragma once
 
 #include <cstdint>
@@ -25,15 +26,14 @@ ThreadMark CurrentThreadMark() noexcept;
 /// True when the process has certainly no other thread. Costs one load.
 bool IsSingleThreaded() noexcept;
 
-
 /// How many forks lie between this process and the one that loaded the library. Differs between parent and child.
 std::uint32_t ForkGeneration() noexcept;
 
 /// What the foundation keeps for one thread; only that thread touches it.
 struct PerThread {
     std::uint64_t generator[4]; // state of the GUID generator
-    std::uint32_t seededIn;     // ForkGeneration of its seeding plus 1, 0 before the first
-    ErrorHistory* errors;       // owned; null until the thread records an error
+    std::uint32_t seededIn; // ForkGeneration of its seeding plus 1, 0 before the first
+    ErrorHistory* errors; // owned; null until the thread records an error
 };
 
 /// The record of the calling thread, all zero at first. Null only when there is no memory for it.

@@ -112,6 +112,9 @@ bool JoinThread(std::uintptr_t handle, unsigned int& exitCode) noexcept
 
 void DetachThread(std::uintptr_t handle) noexcept { pthread_detach(static_cast<pthread_t>(handle)); }
 
-void ExitCurrentThread(unsigned int exitCode) { pthread_exit(reinterpret_cast<void*>(static_cast<std::uintptr_t>(exitCode))); }
+void ExitCurrentThread(unsigned int exitCode)
+{
+    pthread_exit(reinterpret_cast<void*>(static_cast<std::uintptr_t>(exitCode)));
+}
 
 } // namespace hcbase::system

@@ -14,7 +14,10 @@ namespace {
 /// A lock must not change errno under a caller that looks at it after unlocking.
 class KeepErrno {
 public:
-    KeepErrno() : m_value(errno) {}
+    KeepErrno()
+        : m_value(errno)
+    {
+    }
     ~KeepErrno() { errno = m_value; }
     KeepErrno(const KeepErrno&) = delete;
     KeepErrno& operator=(const KeepErrno&) = delete;

@@ -21,8 +21,8 @@ void SendWhenTheLibraryHasGone(int /*status*/, void* /*argument*/)
     std::printf("after the library: %s\n", ZRGetMessagesEnabled() ? "not silent" : "silent");
 }
 
-// Runs before any library is initialised, so that the handler is the last to run. Not atexit, which counts the handler as
-// the program's own and runs it with the program's static objects.
+// Runs before any library is initialised, so that the handler is the last to run. Not atexit, which counts the handler
+// as the program's own and runs it with the program's static objects.
 void RegisterLastHandler() { on_exit(SendWhenTheLibraryHasGone, nullptr); }
 __attribute__((section(".preinit_array"), used)) void (*const registerLastHandler)() = RegisterLastHandler;
 

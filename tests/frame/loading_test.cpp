@@ -43,7 +43,8 @@ void Cycle(short expectedFlags)
     void* const library = dlopen(ZRLIB_FILE, RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(library, nullptr) << dlerror();
     EXPECT_EQ(Call<short>(library, "ZRGetOutFlags"), expectedFlags);
-    const auto errorSet = reinterpret_cast<int (*)(int, const char*, const char*, char, short)>(dlsym(library, "ZRErrorSet"));
+    const auto errorSet =
+        reinterpret_cast<int (*)(int, const char*, const char*, char, short)>(dlsym(library, "ZRErrorSet"));
     errorSet(-1, "an error whose text is long enough to need the heap for its copies", "Cycle", 0, 1);
     ASSERT_EQ(dlclose(library), 0);
     ASSERT_FALSE(IsMapped("libzrlib.so"));
@@ -74,7 +75,8 @@ TEST(Loading, AThousandTimesLeavesNothingBehind)
         EXPECT_LT(HeapInUse(), heap + 4096) << "the least block in each of the 500 cycles would be three times that";
         EXPECT_EQ(EntriesIn("/proc/self/fd"), files);
         EXPECT_EQ(EntriesIn("/proc/self/task"), threads);
-    }).join();
+    })
+        .join();
     EXPECT_EQ(test::Lines(home.Log()).size(), 500U);
 }
 
@@ -95,7 +97,8 @@ TEST(Loading, ReleasesTheErrorsOfThreadsThatLiveOn)
 {
     void* const library = dlopen(ZRLIB_FILE, RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(library, nullptr);
-    const auto errorSet = reinterpret_cast<int (*)(int, const char*, const char*, char, short)>(dlsym(library, "ZRErrorSet"));
+    const auto errorSet =
+        reinterpret_cast<int (*)(int, const char*, const char*, char, short)>(dlsym(library, "ZRErrorSet"));
     std::atomic<int> step{0};
     std::thread other([&] {
         errorSet(-1, "recorded", "here", 0, 1);

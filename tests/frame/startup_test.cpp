@@ -1,6 +1,6 @@
+#include "hcbase/hcbase.h"
 #include "tests/support/process.h"
 #include "tests/support/surroundings.h"
-#include "hcbase/hcbase.h"
 #include "zrlib/zrlib.h"
 
 #include <gtest/gtest.h>

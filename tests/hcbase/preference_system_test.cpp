@@ -61,14 +61,10 @@ TEST_F(Preferences, TellsFaultsOnceWithFileLineAndReason)
         const char* reason;
     } rows[] = {
         {"[L]\nK = \"true\"\n", ":2: ", "/L/K is a text where true or false belongs"},
-        {"[L]\n\nK = 1\n", ":3: ", "an integer"},
-        {"[L]\nK = 1.5\n", ":2: ", "a floating-point number"},
-        {"[L]\nK = [true]\n", ":2: ", "an array"},
-        {"[L.K]\n", ":1: ", "a table"},
-        {"L.K = 2026-01-01\n", ":1: ", "a date or time"},
-        {"[L]\nK = yes\n", ":2: ", ""},
-        {"[L]\nK = true\n[L]\nK = false\n", ":", ""},
-        {"[L]\nK = true\n[unfinished\n", ":3", ""},
+        {"[L]\n\nK = 1\n", ":3: ", "an integer"}, {"[L]\nK = 1.5\n", ":2: ", "a floating-point number"},
+        {"[L]\nK = [true]\n", ":2: ", "an array"}, {"[L.K]\n", ":1: ", "a table"},
+        {"L.K = 2026-01-01\n", ":1: ", "a date or time"}, {"[L]\nK = yes\n", ":2: ", ""},
+        {"[L]\nK = true\n[L]\nK = false\n", ":", ""}, {"[L]\nK = true\n[unfinished\n", ":3", ""},
         {"[L]\nK = true\n\xFF\xFE\n", ":", "utf-8"}, // the line is that to which the parser has read ahead
     };
     for (const auto& row : rows) {

@@ -107,13 +107,8 @@ TEST(String, ComparesWithAndWithoutCase)
         int compared;
         int comparedNoCase;
     } rows[] = {
-        {"", "", 0, 0},
-        {"", "a", -1, -1},
-        {"abc", "abc", 0, 0},
-        {"abc", "ABC", 1, 0},
-        {"abc", "abd", -1, -1},
-        {"abcd", "ABC", 1, 1},
-        {"A_", "Aa", -1, -1}, // the underline lies between the capitals and the small letters
+        {"", "", 0, 0}, {"", "a", -1, -1}, {"abc", "abc", 0, 0}, {"abc", "ABC", 1, 0}, {"abc", "abd", -1, -1},
+        {"abcd", "ABC", 1, 1}, {"A_", "Aa", -1, -1}, // the underline lies between the capitals and the small letters
         {"\xC3\xA4", "\xC3\x84", 1, 1}, // letters beyond a to z are not folded
         {"z", "\xC3\xA4", -1, -1}, // bytes count as unsigned
     };

@@ -256,7 +256,8 @@ TEST(ThreadSync, WorksInAForkedChild)
     EXPECT_EQ(ExitCodeOfChild(check), 0);
     EXPECT_EQ(ExitCodeOfChild([&] { // a lock that the forking thread holds is not taken from it
         return IsFreeForOthers(own) ? 1 : 0;
-    }), 0);
+    }),
+        0);
     EXPECT_EQ(ExitCodeOfChild([&] { return ExitCodeOfChild(check); }), 0) << "in a child of the child";
     step = 2;
     holder.join();

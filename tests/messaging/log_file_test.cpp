@@ -59,7 +59,8 @@ TEST_F(LogFile, FollowsTheHomeFromMessageToMessage)
 TEST_F(LogFile, TakesTextsOfAnySizeAndContent)
 {
     std::string huge(1'000'000, 'x');
-    const std::string texts[] = {"", huge, "100% %s %n", "\xE2\x82\xAC\xC3\xBC", "\x01\x1B[0m\t", "two\nlines", "\xFF\xFE"};
+    const std::string texts[] = {
+        "", huge, "100% %s %n", "\xE2\x82\xAC\xC3\xBC", "\x01\x1B[0m\t", "two\nlines", "\xFF\xFE"};
     std::string expected;
     for (const std::string& text : texts) {
         SendToConsoleAtLeast(text.c_str());

@@ -107,8 +107,7 @@ TEST_F(MessageHandler, SetsAndClearsOneBitOfOneWord)
         {4, H::GetErrorFlags, {H::SetErrorMsgView, H::SetErrorConsole, H::SetErrorDebugger, H::SetErrorFile}},
         {8, H::GetTraceFlags, {H::SetTraceMsgView, H::SetTraceConsole, H::SetTraceDebugger, H::SetTraceFile}},
     };
-    char (*const queries[])(short)
-        = {H::IsMsgViewEnabled, H::IsConsoleEnabled, H::IsDebuggerEnabled, H::IsFileEnabled};
+    char (*const queries[])(short) = {H::IsMsgViewEnabled, H::IsConsoleEnabled, H::IsDebuggerEnabled, H::IsFileEnabled};
     const auto sumOfWords = [&] {
         int sum = 0;
         for (const auto& row : rows) {

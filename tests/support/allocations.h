@@ -3,8 +3,8 @@
 
 namespace test {
 
-/// How often operator new has been called, in the program and the libraries it uses. On Windows each library has its own
-/// operator new, so that only the program's own calls count there.
+/// How often operator new has been called, in the program and the libraries it uses. On Windows each library has its
+/// own operator new, so that only the program's own calls count there.
 long AllocationCount();
 
 } // namespace test

@@ -23,8 +23,8 @@ namespace {
 void PrintState()
 {
     std::printf("messages=%d enabled=%d%d%d%d flags=%d,%d,%d,%d\n", ZRGetMessagesEnabled(), ZRIsOutEnabled(),
-        ZRIsWarnEnabled(), ZRIsErrorEnabled(), ZRIsTraceEnabled(), ZRGetOutFlags(), ZRGetWarnFlags(),
-        ZRGetErrorFlags(), ZRGetTraceFlags());
+        ZRIsWarnEnabled(), ZRIsErrorEnabled(), ZRIsTraceEnabled(), ZRGetOutFlags(), ZRGetWarnFlags(), ZRGetErrorFlags(),
+        ZRGetTraceFlags());
 }
 
 void PrintModes()

@@ -13,7 +13,8 @@
 namespace test {
 
 Process::Process(const std::string& program, const std::vector<std::string>& arguments)
-    : m_folder(MakeTemporaryFolder()), m_process(-1)
+    : m_folder(MakeTemporaryFolder())
+    , m_process(-1)
 {
     std::vector<char*> argv{const_cast<char*>(program.c_str())};
     for (const std::string& argument : arguments) {

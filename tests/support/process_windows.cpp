@@ -13,7 +13,8 @@ namespace {
 HANDLE CreateOutput(const std::string& path)
 {
     SECURITY_ATTRIBUTES inherited{sizeof(inherited), nullptr, TRUE};
-    return CreateFileA(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    return CreateFileA(
+        path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
 constexpr UINT kKilled = 0xDEAD;
@@ -21,7 +22,8 @@ constexpr UINT kKilled = 0xDEAD;
 } // namespace
 
 Process::Process(const std::string& program, const std::vector<std::string>& arguments)
-    : m_folder(MakeTemporaryFolder()), m_process(0)
+    : m_folder(MakeTemporaryFolder())
+    , m_process(0)
 {
     std::string commandLine = '"' + program + '"'; // no argument of the tests holds a quotation mark
     for (const std::string& argument : arguments) {
@@ -33,8 +35,8 @@ Process::Process(const std::string& program, const std::vector<std::string>& arg
     start.hStdOutput = CreateOutput(m_folder + "/output");
     start.hStdError = CreateOutput(m_folder + "/errors");
     PROCESS_INFORMATION started{};
-    const bool isStarted = CreateProcessA(
-        nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &started) != 0;
+    const bool isStarted =
+        CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &started) != 0;
     CloseHandle(start.hStdOutput);
     CloseHandle(start.hStdError);
     if (!isStarted) {

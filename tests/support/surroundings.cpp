@@ -63,7 +63,9 @@ std::vector<std::string> Lines(const std::string& text)
     return lines;
 }
 
-EnvironmentGuard::EnvironmentGuard(const char* name, const std::string& value) : m_name(name), m_before(Environment(name))
+EnvironmentGuard::EnvironmentGuard(const char* name, const std::string& value)
+    : m_name(name)
+    , m_before(Environment(name))
 {
     SetEnvironment(name, value);
 }
@@ -71,7 +73,9 @@ EnvironmentGuard::EnvironmentGuard(const char* name, const std::string& value) :
 EnvironmentGuard::~EnvironmentGuard() { SetEnvironment(m_name, m_before); }
 
 Home::Home()
-    : m_folder(MakeTemporaryFolder()), m_home("HCBASE_HOME", m_folder), m_preferences("HCBASE_PREFERENCES", PreferencesPath())
+    : m_folder(MakeTemporaryFolder())
+    , m_home("HCBASE_HOME", m_folder)
+    , m_preferences("HCBASE_PREFERENCES", PreferencesPath())
 {
 }
 

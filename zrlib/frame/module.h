@@ -9,8 +9,8 @@
 class ZRMessageHandler;
 class ZRMode;
 
-/// There is one, in static storage (startup.cpp). Its fields are zero before it is built, do not change while the library
-/// is loaded, and keep their values when it is gone.
+/// There is one, in static storage (startup.cpp). Its fields are zero before it is built, do not change while the
+/// library is loaded, and keep their values when it is gone.
 class ZRModule {
 public:
     ZRModule();
@@ -33,8 +33,8 @@ inline ZRModule* ZRGetModule() { return &g_Module; }
 
 /// Keeps the module's handlers in place for the length of a scope in which a thread uses one of them.
 ///
-/// A thread or a static object may send a message while, or after, the library's own objects go. The module does not wait
-/// for anybody when it goes; it leaves a handler that is in use at that moment where it is.
+/// A thread or a static object may send a message while, or after, the library's own objects go. The module does not
+/// wait for anybody when it goes; it leaves a handler that is in use at that moment where it is.
 class ZRModuleUse {
 public:
     ZRModuleUse() noexcept
@@ -64,8 +64,8 @@ private:
         }
     }
 
-    // Two threads that each write one of these and then read the other must not both miss what the other wrote, hence the
-    // sequentially consistent order of those steps.
+    // Two threads that each write one of these and then read the other must not both miss what the other wrote, hence
+    // the sequentially consistent order of those steps.
     static std::atomic<bool> s_stands;
     static std::atomic<int> s_users;
 

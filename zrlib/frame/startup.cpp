@@ -1,7 +1,7 @@
-// Every object of the library that needs code to be built, in the order in which they are built while the library loads,
-// on the loading thread. They go in the reverse order when it is unloaded. No other file has such an object: flags and
-// counters elsewhere are constant-initialised, so that they are in place before the first line here runs and after the
-// last one has gone.
+// Every object of the library that needs code to be built, in the order in which they are built while the library
+// loads, on the loading thread. They go in the reverse order when it is unloaded. No other file has such an object:
+// flags and counters elsewhere are constant-initialised, so that they are in place before the first line here runs and
+// after the last one has gone.
 
 #include "hcbase/string.h"
 #include "hcbase/thread.h"

@@ -1,7 +1,7 @@
 /// Numbers of the library's fixed texts and its error codes.
 ///
-/// The texts stand in one table that is registered with the foundation: HFTextGet(HFTextFind("ZRLib"), code, &text) gives
-/// the text of each number and of each error code.
+/// The texts stand in one table that is registered with the foundation: HFTextGet(HFTextFind("ZRLib"), code, &text)
+/// gives the text of each number and of each error code.
 #pragma once
 
 #include <cstdint>

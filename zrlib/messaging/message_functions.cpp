@@ -16,10 +16,7 @@ bool IsLevel(short level)
 }
 
 /// Null before the module is built and once it is gone.
-ZRMessageHandler* StandingHandler()
-{
-    return ZRModuleUse::ModuleStands() ? ZRGetModule()->m_pMessageHandler : nullptr;
-}
+ZRMessageHandler* StandingHandler() { return ZRModuleUse::ModuleStands() ? ZRGetModule()->m_pMessageHandler : nullptr; }
 
 ZRMessageHandler* HandlerForLevel(short level) { return IsLevel(level) ? StandingHandler() : nullptr; }
 

@@ -11,8 +11,8 @@ ZR_API ZRMessageHandler* ZRGetMessageHandler();
 
 extern "C" {
 
-// Sending. While messages are on, each function sends `text` to console, debugger and log file, each if its bit is set in
-// the flag word of the type, and then text and particulars to the observers of the handler.
+// Sending. While messages are on, each function sends `text` to console, debugger and log file, each if its bit is set
+// in the flag word of the type, and then text and particulars to the observers of the handler.
 //
 // level: 1 to 7; with any other the call does nothing at all. It is carried to observers and has no other effect.
 // location: where the message is raised, usually "Class::Function"; may be null.
@@ -28,19 +28,19 @@ ZR_API void ZROutEx(const HCString& text, const HCString& textEx, const char* lo
 ZR_API void ZRWarnEx(const HCString& text, const HCString& textEx, const char* location, short level);
 ZR_API void ZRTraceEx(const HCString& text, const HCString& textEx, const char* location, short level);
 
-// The error functions also record the error as the calling thread's last one (HFErrorGet), after the message and whether
-// or not it was delivered: with code 1, the first text and the location "ZRError".
+// The error functions also record the error as the calling thread's last one (HFErrorGet), after the message and
+// whether or not it was delivered: with code 1, the first text and the location "ZRError".
 
 ZR_API void ZRError(const HCString& text, const char* location, short level);
 ZR_API void ZRErrorEx(const HCString& text, const HCString& textEx, const char* location, short level);
 
-/// Sends an error with a code (text_codes.h) and records it as the calling thread's last error with just that code, text,
-/// location and chain flag. chainToPrevious: not 0 when the error belongs to the one before it. level: carried as it is,
-/// whatever it is. Null texts count as empty. Gives 0.
+/// Sends an error with a code (text_codes.h) and records it as the calling thread's last error with just that code,
+/// text, location and chain flag. chainToPrevious: not 0 when the error belongs to the one before it. level: carried as
+/// it is, whatever it is. Null texts count as empty. Gives 0.
 ZR_API int ZRErrorSet(int code, const char* text, const char* location, char chainToPrevious, short level);
 
-// The flag words: for each type the sum of the ZR_DEST_ values to which its messages go. All are 0 unless the preferences
-// say otherwise.
+// The flag words: for each type the sum of the ZR_DEST_ values to which its messages go. All are 0 unless the
+// preferences say otherwise.
 
 ZR_API void ZRSetOutFlags(short flags);
 ZR_API void ZRSetWarnFlags(short flags);

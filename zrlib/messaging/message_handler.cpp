@@ -141,8 +141,7 @@ void ZRMessageHandler::TraceEx(const HCString& text, const HCString& textEx, con
     Send(ZR_MSG_TRACE, text, &textEx, {location, level});
 }
 
-void ZRMessageHandler::Send(
-    short type, const HCString& text, const HCString* textEx, const Particulars& particulars)
+void ZRMessageHandler::Send(short type, const HCString& text, const HCString* textEx, const Particulars& particulars)
 {
     if (m_bEnabled.load(kRelaxed) == 0) {
         return; // before anything is copied or locked: messages that nobody wants cost next to nothing

@@ -19,13 +19,14 @@ class ZRMsg;
 ///
 /// Each line is the word of the type and the text: "OUT - ", "WARNING - ", "ERROR - " or "TRACE - ". The console is not
 /// flushed. The log is the file zr_messages.txt in the directory of the logical name "home" (hcbase/filename.h); it is
-/// opened, written and closed for each message, grows without limit and is never truncated, and others may move or delete
-/// it at any time. A message that cannot be written to it is lost for the file only.
+/// opened, written and closed for each message, grows without limit and is never truncated, and others may move or
+/// delete it at any time. A message that cannot be written to it is lost for the file only.
 ///
 /// There is one handler for the process (ZRGetMessageHandler), and all switches belong to the process.
 /// Truth values: anything but 0 is true; results are 0 or 1.
-/// Threads: any. A lock is held while a message goes its way, so messages do not mix and all destinations see them in one
-/// order. The switches take effect at the next test of them, which may be in the middle of another thread's message.
+/// Threads: any. A lock is held while a message goes its way, so messages do not mix and all destinations see them in
+/// one order. The switches take effect at the next test of them, which may be in the middle of another thread's
+/// message.
 class ZR_API ZRMessageHandler {
 public:
     ZRMessageHandler();

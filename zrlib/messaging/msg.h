@@ -12,13 +12,16 @@ public:
     /// An Out message with empty texts and all numbers 0.
     ZRMsg() { Initialise(); }
 
-    ZRMsg(const HCString& text, short type) : m_csText(text)
+    ZRMsg(const HCString& text, short type)
+        : m_csText(text)
     {
         Initialise();
         m_nType = type;
     }
 
-    ZRMsg(const HCString& text, const HCString& textEx, short type) : m_csText(text), m_csTextEx(textEx)
+    ZRMsg(const HCString& text, const HCString& textEx, short type)
+        : m_csText(text)
+        , m_csTextEx(textEx)
     {
         Initialise();
         m_nType = type;
@@ -78,8 +81,14 @@ private:
     friend class ZRMessageHandler; // builds messages in one step and reads their text without copying it
 
     ZRMsg(const HCString& text, short type, const char* location, short level)
-        : m_csText(text), m_nType(type), m_nLevel(level), m_nThreadID(0), m_nDestination(0), m_csLocation(location),
-          m_bChainToPrevious(0), m_nCode(0)
+        : m_csText(text)
+        , m_nType(type)
+        , m_nLevel(level)
+        , m_nThreadID(0)
+        , m_nDestination(0)
+        , m_csLocation(location)
+        , m_bChainToPrevious(0)
+        , m_nCode(0)
     {
     }
 

@@ -7,8 +7,8 @@
 
 namespace zr {
 
-/// True when the process has certainly no other thread, so that steps which no other thread may divide need not be atomic.
-/// Costs one load.
+/// True when the process has certainly no other thread, so that steps which no other thread may divide need not be
+/// atomic. Costs one load.
 inline bool IsSingleThreaded() noexcept
 {
 #if defined(_WIN32)

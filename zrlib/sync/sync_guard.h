@@ -5,7 +5,11 @@
 
 class ZRSyncGuard {
 public:
-    explicit ZRSyncGuard(HCThreadSync& sync) noexcept : m_sync(sync) { m_sync.lock(); }
+    explicit ZRSyncGuard(HCThreadSync& sync) noexcept
+        : m_sync(sync)
+    {
+        m_sync.lock();
+    }
     ~ZRSyncGuard() { m_sync.unlock(); }
     ZRSyncGuard(const ZRSyncGuard&) = delete;
     ZRSyncGuard& operator=(const ZRSyncGuard&) = delete;

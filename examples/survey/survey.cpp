@@ -1,0 +1,128 @@
+#include "survey.h"
+
+#include <algorithm>
+#include <cctype>
+#include <system_error>
+#include <vector>
+#include <zrlib/zrlib.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// The path in UTF-8, which is what messages are in.
+std::string Text(const fs::path& path)
+{
+    const std::u8string text = path.generic_u8string();
+    return {text.begin(), text.end()};
+}
+
+/// The extension in small letters without its dot.
+std::string TypeOf(const fs::path& file)
+{
+    std::string type = Text(file.extension());
+    std::transform(type.begin(), type.end(), type.begin(),
+        [](unsigned char character) { return static_cast<char>(std::tolower(character)); });
+    return type.size() > 1 ? type.substr(1) : "(no type)";
+}
+
+HCString Describe(const std::string& what, const FileCount& count)
+{
+    HCString text;
+    text.Format("%s: %lld files, %lld lines, %lld bytes", what.c_str(), static_cast<long long>(count.files),
+        static_cast<long long>(count.lines), static_cast<long long>(count.bytes));
+    return text;
+}
+
+void WarnSkipped(const fs::path& path, const char* reason)
+{
+    HCString text;
+    text.Format("Skipped %s: %s", Text(path).c_str(), reason);
+    ZRWarn(text, "Survey", 1);
+}
+
+} // namespace
+
+bool Survey::Walk(const fs::path& path)
+{
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    if (!fs::exists(status)) {
+        HCString text;
+        text.Format("%s does not exist", Text(path).c_str());
+        ZRError(text, "Survey::Walk", 1);
+        return false;
+    }
+    if (fs::is_directory(status)) {
+        WalkFolder(path);
+    } else {
+        FileCount alone;
+        Take(path, alone);
+    }
+    return true;
+}
+
+void Survey::WalkFolder(const fs::path& folder)
+{
+    std::error_code error;
+    std::vector<fs::directory_entry> entries;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+        entries.push_back(*entry);
+    }
+    if (error) {
+        WarnSkipped(folder, error.message().c_str());
+        return;
+    }
+    std::sort(entries.begin(), entries.end()); // the same report for the same tree
+
+    FileCount ofFolder;
+    std::vector<fs::path> folders;
+    for (const fs::directory_entry& entry : entries) {
+        const fs::file_status status = entry.status(error);
+        if (!fs::is_directory(status)) {
+            Take(entry.path(), ofFolder);
+        } else if (entry.is_symlink(error)) {
+            WarnSkipped(entry.path(), "link to a folder");
+        } else {
+            folders.push_back(entry.path());
+        }
+    }
+    ZROut(Describe("Folder " + Text(folder), ofFolder), "Survey::WalkFolder", 1);
+    for (const fs::path& below : folders) {
+        WalkFolder(below);
+    }
+}
+
+void Survey::Take(const fs::path& file, FileCount& ofFolder)
+{
+    std::error_code error;
+    const fs::file_status status = fs::status(file, error);
+    if (!fs::is_regular_file(status)) {
+        WarnSkipped(file, fs::exists(status) ? "not a file with a content" : "dangling link");
+        return;
+    }
+    FileCount count;
+    switch (CountTextFile(file, count)) {
+    case ReadResult::kText:
+        ZRTrace(Describe("File " + Text(file), count), "Survey::Take", 1);
+        ofFolder += count;
+        m_byType[TypeOf(file)] += count;
+        break;
+    case ReadResult::kBinary:
+        WarnSkipped(file, "binary");
+        break;
+    case ReadResult::kUnreadable:
+        WarnSkipped(file, "cannot be read");
+        break;
+    }
+}
+
+void Survey::ReportTotals() const
+{
+    FileCount all;
+    for (const auto& [type, count] : m_byType) {
+        ZROut(Describe("Type " + type, count), "Survey::ReportTotals", 1);
+        all += count;
+    }
+    ZROut(Describe("Total", all), "Survey::ReportTotals", 1);
+}

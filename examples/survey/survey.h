@@ -1,0 +1,26 @@
+/// Walking a folder tree and adding up its text files by type.
+#pragma once
+
+#include "text_file.h"
+
+#include <filesystem>
+#include <map>
+#include <string>
+
+/// Everything it reports is a message: Out for folders and totals, Trace for each file, Warn for what is skipped, Error
+/// for a path that does not exist.
+class Survey {
+public:
+    /// Walks a folder with all that lies below it, or takes a single file. Links to folders are not followed, because
+    /// they may lead back. False when there is no such path.
+    bool Walk(const std::filesystem::path& path);
+
+    /// Reports files, lines and bytes of each type and of all.
+    void ReportTotals() const;
+
+private:
+    void WalkFolder(const std::filesystem::path& folder);
+    void Take(const std::filesystem::path& file, FileCount& ofFolder);
+
+    std::map<std::string, FileCount> m_byType;
+};
