@@ -13,12 +13,12 @@ if(ZRLIB_WARNINGS_AS_ERRORS)
     target_compile_options(zrlib_compile_options INTERFACE -Werror)
 endif()
 
-# zrlib_add_shared_library(name version soversion headers... SOURCES sources...)
+# zrlib_add_shared_library(name version soversion prefix HEADERS headers... SOURCES sources...)
 #
-# A shared library with hidden visibility, the alias <name>::<name>, and the given public headers, by their path from the
-# root of the project.
-function(zrlib_add_shared_library name version soversion)
-    cmake_parse_arguments(PARSE_ARGV 3 library "" "" "HEADERS;SOURCES")
+# A shared library with hidden visibility, the alias <name>::<name>, and the given public headers, which are included by
+# their path from the root of the project. prefix: how its exported names begin, as a pattern of the linker.
+function(zrlib_add_shared_library name version soversion prefix)
+    cmake_parse_arguments(PARSE_ARGV 4 library "" "" "HEADERS;SOURCES")
     add_library(${name} SHARED)
     add_library(${name}::${name} ALIAS ${name})
     target_sources(${name} PRIVATE ${library_SOURCES})
@@ -36,7 +36,10 @@ function(zrlib_add_shared_library name version soversion)
     else()
         # Unique symbols would keep an unloaded library mapped. Calls inside the library go straight to their function.
         target_compile_options(${name} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique> -fno-semantic-interposition)
-        target_link_options(${name} PRIVATE -Wl,-Bsymbolic-functions)
+        set(exports "${CMAKE_CURRENT_BINARY_DIR}/exports.map")
+        configure_file("${PROJECT_SOURCE_DIR}/cmake/exports.map.in" "${exports}" @ONLY)
+        target_link_options(${name} PRIVATE -Wl,-Bsymbolic-functions "-Wl,--version-script=${exports}")
+        set_target_properties(${name} PROPERTIES LINK_DEPENDS "${exports}")
         if(NOT ZRLIB_SANITIZE)
             target_link_options(${name} PRIVATE -Wl,-z,defs)
         endif()

@@ -7,6 +7,7 @@
 #include <array>
 #include <atomic>
 #include <new>
+#include <utility>
 
 namespace hcbase {
 
@@ -114,9 +115,8 @@ void ReleaseAllErrors() noexcept HC_NO_THREAD_SAFETY_ANALYSIS
     if (g_inside != 0) {
         return; // the process ends with a thread in the middle of a record: the memory goes with the process
     }
-    while (ErrorHistory* const history = g_histories.first) {
-        g_histories.Remove(*history);
-        delete history;
+    for (ErrorHistory* history = std::exchange(g_histories.first, nullptr); history != nullptr;) {
+        delete std::exchange(history, history->next);
     }
 }
 

@@ -19,7 +19,7 @@ namespace hcbase {
 
 namespace {
 
-constexpr std::size_t kLargestFile = 16 * 1024 * 1024;
+constexpr std::size_t kLargestFile = std::size_t{16} * 1024 * 1024;
 
 using Complaints = std::set<std::string>;
 

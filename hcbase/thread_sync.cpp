@@ -2,6 +2,8 @@
 
 #include "hcbase/shared_lock.h"
 
+#include <utility>
+
 HCThreadSync::HCThreadSync() noexcept
     : m_lock(hcbase::SharedLock::Make())
 {
@@ -17,13 +19,8 @@ HCThreadSync::HCThreadSync(const HCThreadSync& other) noexcept
 
 HCThreadSync& HCThreadSync::operator=(const HCThreadSync& other) noexcept
 {
-    if (other.m_lock != nullptr) {
-        other.m_lock->AddOwner(); // before the own one is given up: they may be the same
-    }
-    if (m_lock != nullptr) {
-        m_lock->RemoveOwner();
-    }
-    m_lock = other.m_lock;
+    HCThreadSync copy(other);
+    std::swap(m_lock, copy.m_lock);
     return *this;
 }
 

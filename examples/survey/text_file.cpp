@@ -14,7 +14,7 @@ FileCount& FileCount::operator+=(const FileCount& other)
 
 ReadResult CountTextFile(const std::filesystem::path& path, FileCount& count)
 {
-    constexpr std::size_t kBufferSize = 64 * 1024;
+    constexpr std::size_t kBufferSize = std::size_t{64} * 1024;
     std::ifstream file(path, std::ios::binary);
     if (!file) {
         return ReadResult::kUnreadable;

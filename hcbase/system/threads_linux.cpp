@@ -44,6 +44,12 @@ void AfterForkInChild() HC_NO_THREAD_SAFETY_ANALYSIS
 
 void OnThreadExit(void* perThread) { ReleaseErrors(static_cast<PerThread*>(perThread)->errors); }
 
+/// Exit codes travel through the system as pointers.
+void* ToExitPointer(unsigned int exitCode)
+{
+    return reinterpret_cast<void*>(static_cast<std::uintptr_t>(exitCode)); // NOLINT(performance-no-int-to-ptr)
+}
+
 struct ThreadStart {
     ThreadFunction function;
     void* argument;
@@ -52,7 +58,7 @@ struct ThreadStart {
 void* RunThread(void* heapStart)
 {
     const ThreadStart start = *std::unique_ptr<ThreadStart>(static_cast<ThreadStart*>(heapStart));
-    return reinterpret_cast<void*>(static_cast<std::uintptr_t>(start.function(start.argument)));
+    return ToExitPointer(start.function(start.argument));
 }
 
 static_assert(sizeof(pthread_t) <= sizeof(std::uintptr_t));
@@ -102,8 +108,9 @@ bool StartThread(ThreadFunction function, void* argument, std::uintptr_t& handle
 
 bool JoinThread(std::uintptr_t handle, unsigned int& exitCode) noexcept
 {
+    const auto thread = static_cast<pthread_t>(handle);
     void* result = nullptr;
-    if (pthread_join(static_cast<pthread_t>(handle), &result) != 0) {
+    if (pthread_equal(thread, pthread_self()) != 0 || pthread_join(thread, &result) != 0) {
         return false;
     }
     exitCode = static_cast<unsigned int>(reinterpret_cast<std::uintptr_t>(result));
@@ -112,9 +119,6 @@ bool JoinThread(std::uintptr_t handle, unsigned int& exitCode) noexcept
 
 void DetachThread(std::uintptr_t handle) noexcept { pthread_detach(static_cast<pthread_t>(handle)); }
 
-void ExitCurrentThread(unsigned int exitCode)
-{
-    pthread_exit(reinterpret_cast<void*>(static_cast<std::uintptr_t>(exitCode)));
-}
+void ExitCurrentThread(unsigned int exitCode) { pthread_exit(ToExitPointer(exitCode)); }
 
 } // namespace hcbase::system

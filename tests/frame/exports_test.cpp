@@ -66,7 +66,7 @@ void AddMembers(const std::string& className, std::string body, Names& names)
     for (std::size_t start = 0, end = 0; (end = body.find(';', start)) != std::string::npos; start = end + 1) {
         const std::string name = NameOf(body.substr(start, end - start));
         if (!name.empty()) {
-            names.insert(className + "::" + name);
+            names.insert(std::string(className).append("::").append(name));
         }
     }
 }

@@ -18,7 +18,7 @@ void SendWhenTheLibraryHasGone(int /*status*/, void* /*argument*/)
     ZRErrorSet(-1, "too late", "late_client", 0, 1);
     ZRSetMessagesEnabled(1);
     ZROut("too late", "late_client", 1);
-    std::printf("after the library: %s\n", ZRGetMessagesEnabled() ? "not silent" : "silent");
+    std::puts("after the library");
 }
 
 // Runs before any library is initialised, so that the handler is the last to run. Not atexit, which counts the handler

@@ -6,6 +6,26 @@
 
 #include <cstdint>
 
+/// The process's message handler, kept in place while this object lives; null before the module is built and once it
+/// has gone.
+class ZRHandlerUse {
+public:
+    ZRHandlerUse() noexcept
+        : m_handler(m_module.Stands() ? ZRGetModule()->m_pMessageHandler : nullptr)
+    {
+    }
+
+    explicit operator bool() const { return m_handler != nullptr; }
+    ZRMessageHandler* operator->() const { return m_handler; }
+
+    /// The master switch. It belongs to the process, so that asking it needs no handler.
+    static char GetMessagesEnabled() { return ZRMessageHandler::m_bEnabled.load(std::memory_order_relaxed); }
+
+private:
+    const ZRModuleUse m_module;
+    ZRMessageHandler* const m_handler; // not owned
+};
+
 namespace {
 
 bool IsLevel(short level)
@@ -15,13 +35,29 @@ bool IsLevel(short level)
     return static_cast<std::uint16_t>(level - kLowest) <= kHighest - kLowest;
 }
 
-/// Null before the module is built and once it is gone.
-ZRMessageHandler* StandingHandler() { return ZRModuleUse::ModuleStands() ? ZRGetModule()->m_pMessageHandler : nullptr; }
+/// Calls `send` with the handler unless the level or the master switch says that nothing is to be sent. That is found
+/// out before anything is copied, counted or locked: messages that nobody wants cost next to nothing.
+template <typename Send> void SendAtLevel(short level, Send send)
+{
+    if (!IsLevel(level) || ZRHandlerUse::GetMessagesEnabled() == 0) {
+        return;
+    }
+    if (const ZRHandlerUse handler; handler) {
+        send(handler);
+    }
+}
 
-ZRMessageHandler* HandlerForLevel(short level) { return IsLevel(level) ? StandingHandler() : nullptr; }
-
-/// An error that has no code of its own.
-void RecordPlainError(const HCString& text) { HFErrorSet(1, text, "ZRError", 0); }
+/// Calls `send` with the handler and then records an error that has no code of its own, delivered or not.
+template <typename Send> void SendErrorAtLevel(short level, const HCString& text, Send send)
+{
+    if (!IsLevel(level)) {
+        return;
+    }
+    if (const ZRHandlerUse handler; handler) {
+        send(handler);
+        HFErrorSet(1, text, "ZRError", 0);
+    }
+}
 
 } // namespace
 
@@ -29,65 +65,48 @@ ZRMessageHandler* ZRGetMessageHandler() { return ZRGetModule()->m_pMessageHandle
 
 void ZROut(const HCString& text, const char* location, short level)
 {
-    if (ZRMessageHandler* const handler = HandlerForLevel(level)) {
-        handler->Out(text, location, level);
-    }
+    SendAtLevel(level, [&](const ZRHandlerUse& handler) { handler->Out(text, location, level); });
 }
 
 void ZRWarn(const HCString& text, const char* location, short level)
 {
-    if (ZRMessageHandler* const handler = HandlerForLevel(level)) {
-        handler->Warn(text, location, level);
-    }
+    SendAtLevel(level, [&](const ZRHandlerUse& handler) { handler->Warn(text, location, level); });
 }
 
 void ZRError(const HCString& text, const char* location, short level)
 {
-    if (ZRMessageHandler* const handler = HandlerForLevel(level)) {
-        handler->Error(text, location, 0, 0, level);
-        RecordPlainError(text);
-    }
+    SendErrorAtLevel(level, text, [&](const ZRHandlerUse& handler) { handler->Error(text, location, 0, 0, level); });
 }
 
 void ZRTrace(const HCString& text, const char* location, short level)
 {
-    if (ZRMessageHandler* const handler = HandlerForLevel(level)) {
-        handler->Trace(text, location, level);
-    }
+    SendAtLevel(level, [&](const ZRHandlerUse& handler) { handler->Trace(text, location, level); });
 }
 
 void ZROutEx(const HCString& text, const HCString& textEx, const char* location, short level)
 {
-    if (ZRMessageHandler* const handler = HandlerForLevel(level)) {
-        handler->OutEx(text, textEx, location, level);
-    }
+    SendAtLevel(level, [&](const ZRHandlerUse& handler) { handler->OutEx(text, textEx, location, level); });
 }
 
 void ZRWarnEx(const HCString& text, const HCString& textEx, const char* location, short level)
 {
-    if (ZRMessageHandler* const handler = HandlerForLevel(level)) {
-        handler->WarnEx(text, textEx, location, level);
-    }
+    SendAtLevel(level, [&](const ZRHandlerUse& handler) { handler->WarnEx(text, textEx, location, level); });
 }
 
 void ZRErrorEx(const HCString& text, const HCString& textEx, const char* location, short level)
 {
-    if (ZRMessageHandler* const handler = HandlerForLevel(level)) {
-        handler->ErrorEx(text, textEx, location, 0, 0, level);
-        RecordPlainError(text);
-    }
+    SendErrorAtLevel(
+        level, text, [&](const ZRHandlerUse& handler) { handler->ErrorEx(text, textEx, location, 0, 0, level); });
 }
 
 void ZRTraceEx(const HCString& text, const HCString& textEx, const char* location, short level)
 {
-    if (ZRMessageHandler* const handler = HandlerForLevel(level)) {
-        handler->TraceEx(text, textEx, location, level);
-    }
+    SendAtLevel(level, [&](const ZRHandlerUse& handler) { handler->TraceEx(text, textEx, location, level); });
 }
 
 int ZRErrorSet(int code, const char* text, const char* location, char chainToPrevious, short level)
 {
-    if (ZRMessageHandler* const handler = StandingHandler()) {
+    if (const ZRHandlerUse handler; handler) {
         handler->Error(text, location, code, chainToPrevious, level);
         HFErrorSet(code, text, location, chainToPrevious);
     }
@@ -116,13 +135,9 @@ char ZRIsTraceEnabled() { return ZRMessageHandler::IsTraceEnabled(); }
 
 void ZRSetMessagesEnabled(char enabled)
 {
-    if (ZRMessageHandler* const handler = StandingHandler()) {
+    if (const ZRHandlerUse handler; handler) {
         handler->SetEnabled(enabled);
     }
 }
 
-char ZRGetMessagesEnabled()
-{
-    const ZRMessageHandler* const handler = StandingHandler();
-    return handler != nullptr ? handler->GetEnabled() : char{0};
-}
+char ZRGetMessagesEnabled() { return ZRHandlerUse::GetMessagesEnabled(); }

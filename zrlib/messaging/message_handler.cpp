@@ -144,7 +144,7 @@ void ZRMessageHandler::TraceEx(const HCString& text, const HCString& textEx, con
 void ZRMessageHandler::Send(short type, const HCString& text, const HCString* textEx, const Particulars& particulars)
 {
     if (m_bEnabled.load(kRelaxed) == 0) {
-        return; // before anything is copied or locked: messages that nobody wants cost next to nothing
+        return;
     }
     ZRMsg message(text, type, particulars.location, particulars.level);
     if (textEx != nullptr) {
@@ -157,11 +157,7 @@ void ZRMessageHandler::Send(short type, const HCString& text, const HCString* te
 
 void ZRMessageHandler::BroadcastMessage(ZRMsg& message)
 {
-    if (m_bEnabled.load(kRelaxed) == 0) {
-        return;
-    }
-    const ZRModuleUse module;
-    if (!module.Stands()) {
+    if (m_bEnabled.load(kRelaxed) == 0 || !ZRModuleUse::ModuleStands()) {
         return;
     }
     const ZRSyncGuard guard(m_sync);

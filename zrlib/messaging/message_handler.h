@@ -125,6 +125,8 @@ protected:
     static const HCString m_csFileName; // base name of the log
 
 private:
+    friend class ZRHandlerUse; // asks the master switch before it has a handler
+
     struct MessageType;
     struct Particulars;
 
