@@ -113,7 +113,9 @@ void ReleaseAllErrors() noexcept HC_NO_THREAD_SAFETY_ANALYSIS
 {
     g_closed = true;
     if (g_inside != 0) {
-        return; // the process ends with a thread in the middle of a record: the memory goes with the process
+        // The process ends with a thread in the middle of a record, or it is a child that was forked in the middle of
+        // another thread's: the memory goes with the process.
+        return;
     }
     for (ErrorHistory* history = std::exchange(g_histories.first, nullptr); history != nullptr;) {
         delete std::exchange(history, history->next);

@@ -9,7 +9,7 @@ struct HCError {
     int code = 0;
     HCString text;
     HCString location;
-    char chain = 0; // 1: the record before it belongs to it
+    char chain = 0; // as it was given; not 0: the record before it belongs to it
 };
 
 extern "C" {

@@ -20,7 +20,7 @@ HCFileSystem::HCFileSystem() noexcept = default;
 
 HCFileSystem::~HCFileSystem() = default;
 
-HCString HCFileSystem::GetFileName(const HCString& path) const
+HCString HCFileSystem::GetFileName(const HCString& path)
 {
     const char* const separator = hcbase::system::LastSeparator(path);
     return separator != nullptr ? HCString(separator + 1) : path;
@@ -40,12 +40,12 @@ int HCFileSystem::GetFileStatus(const HCString& path, HCFileStatus& status)
     return 1;
 }
 
-int HCFileSystem::DelFile(const HCString& path) const { return hcbase::system::RemoveFile(path) ? 1 : 0; }
+int HCFileSystem::DelFile(const HCString& path) { return hcbase::system::RemoveFile(path) ? 1 : 0; }
 
-HCString HCFileSystem::GetCurDirectory(const HCString& /*path*/) const { return hcbase::system::CurrentDirectory(); }
+HCString HCFileSystem::GetCurDirectory(const HCString& /*path*/) { return hcbase::system::CurrentDirectory(); }
 
 int HCFileSystem::GetDiskInfo(
-    const char* path, std::uint64_t* availableBytes, std::uint64_t* totalBytes, std::uint64_t* freeBytes) const
+    const char* path, std::uint64_t* availableBytes, std::uint64_t* totalBytes, std::uint64_t* freeBytes)
 {
     hcbase::system::DiskSpace space{};
     if (path == nullptr || !hcbase::system::GetDiskSpace(path, space)) {

@@ -15,21 +15,21 @@ public:
     virtual ~HCFileSystem();
 
     /// The part of `path` behind the last separator of directories; the whole of it when there is none.
-    HCString GetFileName(const HCString& path) const;
+    HCString GetFileName(const HCString& path);
 
     /// 1 when the file, or the directory, exists; `status` is then filled, otherwise left as it is. Follows links, so a
     /// dangling one does not exist.
     static int GetFileStatus(const HCString& path, HCFileStatus& status);
 
     /// Deletes a file, not a directory. 1 on success.
-    int DelFile(const HCString& path) const;
+    int DelFile(const HCString& path);
 
     /// The current directory of the process. `path` is reserved, give an empty text.
-    HCString GetCurDirectory(const HCString& path) const;
+    HCString GetCurDirectory(const HCString& path);
 
     /// Sizes in bytes of the disk that holds `path`: what the calling account may still write, the whole disk, and what
     /// is free on it. Each pointer may be null. 1 on success; otherwise, and for a null `path`, 0 and nothing is
     /// stored.
     int GetDiskInfo(
-        const char* path, std::uint64_t* availableBytes, std::uint64_t* totalBytes, std::uint64_t* freeBytes) const;
+        const char* path, std::uint64_t* availableBytes, std::uint64_t* totalBytes, std::uint64_t* freeBytes);
 };

@@ -29,13 +29,14 @@ std::uint64_t NextRandom(std::uint64_t (&state)[4])
     return result;
 }
 
-/// Where the system has no random numbers to give: time, thread and place of the state, spread by splitmix64 (Guy
+/// Where the system has no random numbers to give: time, thread, fork and place of the state, spread by splitmix64 (Guy
 /// Steele, Doug Lea, Christine Flood: "Fast splittable pseudorandom number generators", 2014). Weaker, but not the same
 /// twice.
 void SeedFromClock(std::uint64_t (&state)[4])
 {
     auto seed = static_cast<std::uint64_t>(std::chrono::high_resolution_clock::now().time_since_epoch().count());
     seed ^= static_cast<std::uint64_t>(system::CurrentThreadId()) << 40U;
+    seed ^= static_cast<std::uint64_t>(system::ForkGeneration()) << 24U;
     seed ^= static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(&state));
     for (std::uint64_t& word : state) {
         seed += 0x9E3779B97F4A7C15U;

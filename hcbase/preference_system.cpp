@@ -10,6 +10,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #define TOML_EXCEPTIONS 0
 #define TOML_ENABLE_FORMATTERS 0
@@ -28,6 +29,9 @@ constinit Complaints* g_complaints HC_PT_GUARDED_BY(g_recordsLock) = nullptr; //
 bool IsNews(const std::string& complaint)
 {
     const LockGuard guard(g_recordsLock);
+    if (g_recordsClosed) {
+        return true;
+    }
     if (g_complaints == nullptr) {
         g_complaints = new Complaints;
     }
@@ -57,6 +61,36 @@ HCString PathOfPreferences()
                                      : directory;
 }
 
+/// Place of the first byte that is not UTF-8 (RFC 3629); the length of the text when all of it is.
+std::size_t EndOfUtf8(std::string_view text)
+{
+    const auto byteAt = [text](std::size_t place) {
+        return place < text.size() ? static_cast<unsigned char>(text[place]) : 0U;
+    };
+    std::size_t place = 0;
+    while (place < text.size()) {
+        const unsigned lead = byteAt(place);
+        const std::size_t length = lead < 0x80 ? 1
+            : lead < 0xC2                      ? 0
+            : lead < 0xE0                      ? 2
+            : lead < 0xF0                      ? 3
+            : lead < 0xF5                      ? 4
+                                               : 0;
+        // The second byte also rules out overlong forms, surrogates and what lies beyond U+10FFFF.
+        const unsigned least = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
+        const unsigned most = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
+        bool isGood = length == 1 || (length > 1 && byteAt(place + 1) >= least && byteAt(place + 1) <= most);
+        for (std::size_t follower = 2; isGood && follower < length; ++follower) {
+            isGood = (byteAt(place + follower) & 0xC0U) == 0x80;
+        }
+        if (!isGood) {
+            break;
+        }
+        place += length;
+    }
+    return place;
+}
+
 std::string_view NameOf(toml::node_type type)
 {
     switch (type) {
@@ -79,11 +113,7 @@ std::string_view NameOf(toml::node_type type)
 
 } // namespace
 
-void ReleaseComplaints() noexcept
-{
-    delete g_complaints;
-    g_complaints = nullptr;
-}
+void ReleaseComplaints() noexcept { delete std::exchange(g_complaints, nullptr); }
 
 } // namespace hcbase
 
@@ -103,18 +133,21 @@ struct HCPreferenceSystem::Store {
         if (reading != system::Reading::kDone) {
             return;
         }
+        const std::size_t good = EndOfUtf8(content);
+        if (good < content.size()) { // the parser would name the line to which it has read ahead
+            const auto end = content.begin() + static_cast<std::ptrdiff_t>(good);
+            Complain(PlaceAt(1 + std::count(content.begin(), end, '\n')), "not UTF-8");
+            return;
+        }
         toml::parse_result parsed = toml::parse(content);
         if (parsed) {
             root = std::move(parsed).table();
         } else {
-            Complain(Place(parsed.error().source()), parsed.error().description());
+            Complain(PlaceAt(parsed.error().source().begin.line), parsed.error().description());
         }
     }
 
-    std::string Place(const toml::source_region& source) const
-    {
-        return std::string(path) + ":" + std::to_string(source.begin.line);
-    }
+    std::string PlaceAt(std::int64_t line) const { return std::string(path) + ":" + std::to_string(line); }
 
     const toml::node* Find(std::string_view key) const
     {
@@ -154,7 +187,7 @@ char HCPreferenceSystem::GetBooleanValue(const char* key, char defaultValue)
     if (value == nullptr) {
         std::string reason(key);
         reason.append(" is ").append(NameOf(node->type())).append(" where true or false belongs");
-        Complain(m_store->Place(node->source()), reason);
+        Complain(m_store->PlaceAt(node->source().begin.line), reason);
         return defaultValue;
     }
     return value->get() ? 1 : 0;

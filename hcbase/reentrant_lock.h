@@ -35,6 +35,16 @@ public:
         return true;
     }
 
+    /// Takes the lock if nobody holds it; otherwise gives false at once.
+    bool TryLock() noexcept HC_TRY_ACQUIRE(true)
+    {
+        const bool isTaken = TryTake();
+        if (isTaken) {
+            m_holder.store(system::CurrentThreadMark(), std::memory_order_relaxed);
+        }
+        return isTaken;
+    }
+
     /// False when the calling thread does not hold the lock.
     bool Unlock() noexcept HC_RELEASE()
     {

@@ -7,8 +7,22 @@
 namespace hcbase {
 
 constinit ReentrantLock g_recordsLock;
+constinit bool g_recordsClosed = false;
 
 namespace {
+
+/// Other threads may still run when a process ends. None of them is waited for: on Windows it may be gone already, and
+/// the lock that it held with it. What cannot be released then goes with the process.
+void ReleaseRecords() HC_NO_THREAD_SAFETY_ANALYSIS
+{
+    if (g_recordsLock.TryLock()) {
+        g_recordsClosed = true;
+        ReleaseComplaints();
+        ReleaseTextTables();
+        ReleaseVersions();
+        g_recordsLock.Unlock();
+    }
+}
 
 class Startup {
 public:
@@ -16,12 +30,9 @@ public:
 
     ~Startup()
     {
-        // First the errors: from then on none is recorded, so that no thread that still runs finds its history gone.
         ReleaseAllErrors();
         system::RemoveHooks();
-        ReleaseComplaints();
-        ReleaseTextTables();
-        ReleaseVersions();
+        ReleaseRecords();
     }
 
     Startup(const Startup&) = delete;

@@ -1,6 +1,7 @@
 #include "hcbase/string.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <limits>
@@ -28,17 +29,6 @@ char* AllocateText(std::size_t capacity)
     }
     return new char[capacity + 1];
 }
-
-/// A va_list that is ended on every way out.
-class ArgumentsCopy {
-public:
-    explicit ArgumentsCopy(va_list source) { va_copy(arguments, source); }
-    ~ArgumentsCopy() { va_end(arguments); }
-    ArgumentsCopy(const ArgumentsCopy&) = delete;
-    ArgumentsCopy& operator=(const ArgumentsCopy&) = delete;
-
-    va_list arguments; // NOLINT(misc-non-private-member-variables-in-classes)
-};
 
 } // namespace
 
@@ -91,14 +81,16 @@ const HCString& HCString::operator=(const HCString& other)
 
 void HCString::Format(const char* format, ...)
 {
+    char buffer[kFormatBufferSize];
     std::va_list arguments;
     va_start(arguments, format);
-    ArgumentsCopy first(arguments);
-    ArgumentsCopy second(arguments);
+    errno = 0;
+    const int length = format != nullptr ? std::vsnprintf(buffer, sizeof(buffer), format, arguments) : -1;
     va_end(arguments);
 
-    char buffer[kFormatBufferSize];
-    const int length = format != nullptr ? std::vsnprintf(buffer, sizeof(buffer), format, first.arguments) : -1;
+    if (length < 0 && errno == EOVERFLOW) {
+        throw std::length_error("HCString: text too long");
+    }
     if (length < 0) {
         Assign("", 0);
     } else if (static_cast<std::size_t>(length) < sizeof(buffer)) {
@@ -107,7 +99,9 @@ void HCString::Format(const char* format, ...)
         // Formatted beside the text that the string has, because that may be one of the arguments.
         HCString formatted;
         formatted.Reserve(static_cast<std::size_t>(length));
-        std::vsnprintf(formatted.Text(), static_cast<std::size_t>(length) + 1, format, second.arguments);
+        va_start(arguments, format);
+        std::vsnprintf(formatted.Text(), static_cast<std::size_t>(length) + 1, format, arguments);
+        va_end(arguments);
         formatted.m_storage.sizes.length = length;
         *this = static_cast<HCString&&>(formatted);
     }

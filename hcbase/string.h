@@ -112,8 +112,8 @@ private:
 
 static_assert(sizeof(HCString) == 48, "clients are compiled against this size");
 
-/// Fills the inside storage word by word, the last one padded with zeros. A copy of the string reads it back in words,
-/// and a processor hands a word on at once only if it was written in one piece.
+/// Fills the inside storage word by word, the last one padded with zeros. A copy that follows at once reads whole words
+/// back, and a processor can forward a store to a load only if one store wrote all that the load reads.
 inline void HCString::SetLocal(const char* text, std::size_t length) noexcept
 {
     static_assert(

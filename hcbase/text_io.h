@@ -7,7 +7,8 @@
 #include <cstdint>
 
 /// A text file on one path. Lines always go to the end that the file has at that moment, so that several processes can
-/// write one file and no line is torn or lost. Child processes do not inherit the open file.
+/// write one file and no line is torn or lost, unless the disk is full: then a line may be cut short. Child processes
+/// do not inherit the open file.
 ///
 /// Threads: one object is used by one thread at a time.
 class HC_API HCTextIo {

@@ -7,7 +7,7 @@
 #include <atomic>
 #include <bit>
 #include <memory>
-#include <new>
+#include <utility>
 #include <vector>
 
 namespace hcbase {
@@ -25,7 +25,8 @@ public:
         while (rows[count].text != nullptr) {
             ++count;
         }
-        m_index.resize(std::bit_ceil(2 * count + 1), HCTextRow{0, nullptr});
+        m_index.resize(std::bit_ceil(2 * count + 2), HCTextRow{0, nullptr});
+        m_shift = 64U - static_cast<unsigned>(std::countr_zero(m_index.size()));
         for (std::size_t row = 0; row < count; ++row) {
             HCTextRow& place = m_index[PlaceOf(rows[row].code)];
             if (place.text == nullptr) {
@@ -39,27 +40,30 @@ public:
     const char* Find(std::int32_t code) const { return m_index[PlaceOf(code)].text; }
 
 private:
-    /// Where the code stands, or the free place where it would stand. The multiplier is 2^32 divided by the golden
-    /// ratio (Knuth, The Art of Computer Programming, volume 3, section 6.4): it spreads runs of neighbouring codes.
+    /// Where the code stands, or the free place where it would stand. The multiplier is 2^64 divided by the golden
+    /// ratio, and the highest bits of the product count (Knuth, The Art of Computer Programming, volume 3,
+    /// section 6.4): that spreads runs of neighbouring codes.
     std::size_t PlaceOf(std::int32_t code) const
     {
-        const std::size_t mask = m_index.size() - 1;
-        const std::uint32_t hash = static_cast<std::uint32_t>(code) * 2654435769U;
-        std::size_t place = (hash >> 16U) & mask;
+        const std::uint64_t hash = static_cast<std::uint32_t>(code) * 0x9E3779B97F4A7C15U;
+        std::size_t place = hash >> m_shift;
         while (m_index[place].text != nullptr && m_index[place].code != code) {
-            place = (place + 1) & mask;
+            place = (place + 1) & (m_index.size() - 1);
         }
         return place;
     }
 
     HCString m_name;
-    std::vector<HCTextRow> m_index;
+    std::vector<HCTextRow> m_index; // a power of two of places
+    unsigned m_shift;
 };
 
 /// A handle is the number of its slot in the low bits and above them the number of the registration, which starts at 1.
+/// The index of a released table stays until its slot is used again or the library is unloaded, for the sake of a
+/// thread that has just looked up its handle.
 struct Slot {
-    std::atomic<HCTextHandle> handle{0};
-    const TextTable* table = nullptr; // owned; valid while handle is not 0
+    std::atomic<HCTextHandle> handle{0}; // 0: released, or never used
+    const TextTable* table = nullptr; // owned
 };
 
 constexpr unsigned kSlotBits = 10;
@@ -69,19 +73,14 @@ constinit HCTextHandle g_registrations HC_GUARDED_BY(g_recordsLock) = 0;
 
 Slot& SlotOf(HCTextHandle handle) { return g_slots[handle % g_slots.size()]; }
 
-void Release(Slot& slot)
-{
-    slot.handle.store(0, std::memory_order_relaxed);
-    delete slot.table;
-    slot.table = nullptr;
-}
-
 } // namespace
 
 void ReleaseTextTables() noexcept
 {
     for (Slot& slot : g_slots) {
-        Release(slot);
+        if (slot.handle.load(std::memory_order_relaxed) == 0) { // the others are still their client's
+            delete std::exchange(slot.table, nullptr);
+        }
     }
 }
 
@@ -95,11 +94,11 @@ HCTextHandle HFTextCreateEmbedded(const char* name, const HCTextRow* table, int 
     try {
         auto registered = std::make_unique<const hcbase::TextTable>(name, table);
         const hcbase::LockGuard guard(hcbase::g_recordsLock);
-        for (std::size_t number = 0; number < hcbase::g_slots.size(); ++number) {
+        for (std::size_t number = 0; number < hcbase::g_slots.size() && !hcbase::g_recordsClosed; ++number) {
             hcbase::Slot& slot = hcbase::g_slots[number];
-            if (slot.table == nullptr) {
+            if (slot.handle.load(std::memory_order_relaxed) == 0) {
                 const HCTextHandle handle = (++hcbase::g_registrations << hcbase::kSlotBits) | number;
-                slot.table = registered.release();
+                delete std::exchange(slot.table, registered.release());
                 slot.handle.store(handle, std::memory_order_release);
                 return handle;
             }
@@ -117,7 +116,7 @@ char HFTextRelease(HCTextHandle handle)
     if (handle == 0 || slot.handle.load(std::memory_order_relaxed) != handle) {
         return 0;
     }
-    hcbase::Release(slot);
+    slot.handle.store(0, std::memory_order_relaxed);
     return 1;
 }
 

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-/// Names one registered table; 0 is null. The handle of a released table is not given out again soon.
+/// Names one registered table; 0 is null. No handle is given out twice.
 typedef std::uint64_t HCTextHandle;
 
 /// One row of a table.

@@ -14,15 +14,20 @@ HCThread::HCThread() noexcept
 
 HCThread::~HCThread()
 {
-    // In a forked child the threads of the parent do not exist.
-    if (m_state == State::kStarted && m_forkGeneration == system::ForkGeneration()) {
+    if (HasThread()) {
         system::DetachThread(m_thread);
     }
 }
 
+bool HCThread::HasThread() const noexcept
+{
+    // In a forked child the threads of the parent do not exist.
+    return m_state == State::kStarted && m_forkGeneration == system::ForkGeneration();
+}
+
 char HCThread::CreateThread(unsigned int (*function)(void*), void* argument)
 {
-    if (function == nullptr || m_state == State::kStarted || !system::StartThread(function, argument, m_thread)) {
+    if (function == nullptr || HasThread() || !system::StartThread(function, argument, m_thread)) {
         return 0;
     }
     m_state = State::kStarted;
@@ -37,7 +42,7 @@ char HCThread::GetExitCode(int* code)
     }
     if (m_state == State::kStarted) {
         unsigned int exitCode = 0;
-        if (m_forkGeneration != system::ForkGeneration() || !system::JoinThread(m_thread, exitCode)) {
+        if (!HasThread() || !system::JoinThread(m_thread, exitCode)) {
             return 0;
         }
         m_exitCode = static_cast<int>(exitCode);

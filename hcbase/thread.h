@@ -11,14 +11,16 @@ public:
     /// A handle on no thread.
     HCThread() noexcept;
 
-    /// A thread that still runs goes on by itself.
+    /// A thread that still runs goes on by itself. It needs this library until it ends, so the library must stay
+    /// loaded.
     virtual ~HCThread();
 
     HCThread(const HCThread&) = delete;
     HCThread& operator=(const HCThread&) = delete;
 
-    /// Starts a thread that runs function(argument) and ends with its result as exit code. 1 on success; 0 for a null
-    /// function, when the system refuses, and while this handle has a thread whose exit code was not asked for yet.
+    /// Starts a thread that runs function(argument) and ends with its result as exit code. `argument` stays the
+    /// caller's; an exception that leaves `function` ends the process. 1 on success; 0 for a null function, when the
+    /// system refuses, and while this handle has a thread whose exit code was not asked for yet.
     char CreateThread(unsigned int (*function)(void*), void* argument);
 
     /// Waits for the thread to end, stores its exit code and gives 1; may be asked again. Gives 0, and stores nothing,
@@ -26,7 +28,9 @@ public:
     /// of the parent.
     char GetExitCode(int* code);
 
-    /// Ends the calling thread with that exit code.
+    /// Ends the calling thread with that exit code. Locks that it holds stay held. On Linux the objects of its
+    /// functions are destroyed, and one of them that is noexcept, or that catches everything and does not throw on,
+    /// ends the process; on Windows they are not destroyed.
     [[noreturn]] static void ExitThread(unsigned int code);
 
     /// ID of the calling thread: the same for its whole life and never 0. No two threads that run at the same time have
@@ -37,6 +41,8 @@ public:
     static char AreSameThread(unsigned int first, unsigned int second) noexcept;
 
 private:
+    bool HasThread() const noexcept;
+
     enum class State : std::uint8_t { kNone, kStarted, kEnded };
 
     std::uintptr_t m_thread;

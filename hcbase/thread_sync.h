@@ -16,6 +16,8 @@ class SharedLock;
 /// forking thread held is still its own. Whether the data behind a freed lock are consistent is for their owner to
 /// judge.
 ///
+/// A thread must not end while it holds a lock: nobody unlocks it then, and a later thread may be taken for the holder.
+///
 /// Threads: lock and unlock from any thread; copying, assigning and destroying one object is the caller's to serialise.
 class HC_API HCThreadSync {
 public:

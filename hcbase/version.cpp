@@ -6,6 +6,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace hcbase {
 
@@ -17,11 +18,7 @@ constinit Versions* g_versions HC_PT_GUARDED_BY(g_recordsLock) = nullptr; // mad
 
 } // namespace
 
-void ReleaseVersions() noexcept
-{
-    delete g_versions;
-    g_versions = nullptr;
-}
+void ReleaseVersions() noexcept { delete std::exchange(g_versions, nullptr); }
 
 } // namespace hcbase
 
@@ -33,6 +30,9 @@ char HFVersionLoad(const char* name, int major, int minor, int revision, const c
     try {
         const HCVersion version{major, minor, revision, date, time};
         const hcbase::LockGuard guard(hcbase::g_recordsLock);
+        if (hcbase::g_recordsClosed) {
+            return 0;
+        }
         if (hcbase::g_versions == nullptr) {
             hcbase::g_versions = new hcbase::Versions;
         }

@@ -16,7 +16,7 @@ struct HCVersion {
 extern "C" {
 
 /// Records the version of the library `name`; an earlier record of that name is replaced. Null for date or time counts
-/// as empty. Gives 1, or 0 for a null name or when there is no memory.
+/// as empty. Gives 1, or 0 for a null name, when there is no memory, or when the library is being unloaded.
 HC_API char HFVersionLoad(const char* name, int major, int minor, int revision, const char* date, const char* time);
 
 /// Copies the record of `name` into `version` and gives 1; without one gives 0 and leaves `version` as it is.

@@ -33,7 +33,10 @@ HCString AccountHome()
         return {};
     }
     HCString home = FilledText([token](wchar_t* buffer, DWORD size) -> DWORD {
-        return GetUserProfileDirectoryW(token, buffer, &size) != 0 ? size - 1 : size;
+        if (GetUserProfileDirectoryW(token, buffer, &size) != 0) {
+            return size - 1;
+        }
+        return GetLastError() == ERROR_INSUFFICIENT_BUFFER ? size : 0;
     });
     CloseHandle(token);
     return home;

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstring>
 #include <functional>
-#include <system_error>
 #include <vector>
 
 namespace hcbase::system {
@@ -45,7 +44,13 @@ TimeStamp ToTimeStamp(const FILETIME& time)
     return {units / unitsPerSecond - 11'644'473'600, static_cast<std::int32_t>(units % unitsPerSecond) * 100};
 }
 
-std::string ReasonOf(DWORD error) { return std::system_category().message(static_cast<int>(error)); }
+std::string ReasonOf(DWORD error)
+{
+    wchar_t buffer[512];
+    const DWORD length = FormatMessageW(
+        FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error, 0, buffer, 512, nullptr);
+    return length != 0 ? Utf8(buffer) : "error " + std::to_string(error);
+}
 
 } // namespace
 
@@ -56,8 +61,11 @@ const char* LastSeparator(const char* path)
 
 bool GetFileInfo(const char* path, FileInfo& info)
 {
-    WIN32_FILE_ATTRIBUTE_DATA status{};
-    if (GetFileAttributesExW(Wide(path).c_str(), GetFileExInfoStandard, &status) == 0) {
+    // Opened, because asking by name tells of a link itself. The flag lets folders be opened.
+    const Handle file(
+        CreateFileW(Wide(path).c_str(), 0, kShareAll, nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    BY_HANDLE_FILE_INFORMATION status{};
+    if (file.Get() == INVALID_HANDLE_VALUE || GetFileInformationByHandle(file.Get(), &status) == 0) {
         return false;
     }
     info.created = ToTimeStamp(status.ftCreationTime);

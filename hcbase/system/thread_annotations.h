@@ -14,5 +14,6 @@
 #define HC_PT_GUARDED_BY(lock) HC_THREAD_ANNOTATION(pt_guarded_by(lock))
 #define HC_REQUIRES(...) HC_THREAD_ANNOTATION(requires_capability(__VA_ARGS__))
 #define HC_ACQUIRE(...) HC_THREAD_ANNOTATION(acquire_capability(__VA_ARGS__))
+#define HC_TRY_ACQUIRE(...) HC_THREAD_ANNOTATION(try_acquire_capability(__VA_ARGS__))
 #define HC_RELEASE(...) HC_THREAD_ANNOTATION(release_capability(__VA_ARGS__))
 #define HC_NO_THREAD_SAFETY_ANALYSIS HC_THREAD_ANNOTATION(no_thread_safety_analysis)

@@ -33,7 +33,9 @@ PerThread* CurrentPerThread() noexcept
     if (g_slot == FLS_OUT_OF_INDEXES) {
         return nullptr;
     }
+    const DWORD lastError = GetLastError(); // the caller's; a successful FlsGetValue clears it
     auto* thread = static_cast<PerThread*>(FlsGetValue(g_slot));
+    SetLastError(lastError);
     if (thread == nullptr) {
         thread = new (std::nothrow) PerThread{};
         if (thread != nullptr && FlsSetValue(g_slot, thread) == 0) {

@@ -1,7 +1,8 @@
-// A client whose static objects send messages when they are built and when they go, with a thread that goes on sending
-// until the process is gone and a handler that sends after the library's own objects have gone. Plain output tells what
-// arrived; a test compares it.
+// A client whose static objects send messages when they are built and when they go, with threads that go on
+// using the library until the process has ended and a handler that sends after the library's own objects have gone. The
+// output tells what arrived; a test compares it.
 
+#include "hcbase/hcbase.h"
 #include "zrlib/zrlib.h"
 
 #include <chrono>
@@ -45,11 +46,21 @@ const Client client;
 
 int main()
 {
-    std::thread([] {
-        for (;;) {
-            ZRTrace("of a thread that does not end, in a text that is long enough to need the heap", nullptr, 1);
-        }
-    }).detach();
+    const auto runForEver = [](void (*step)()) {
+        std::thread([step] {
+            for (;;) {
+                step();
+            }
+        }).detach();
+    };
+    runForEver([] { ZRTrace("a text that is long enough to need the heap for each of its copies", nullptr, 1); });
+    runForEver([] { ZRErrorSet(-1, "a text that is long enough to need the heap", "late_client", 1, 1); });
+    runForEver([] {
+        HCVersion version;
+        HFVersionGet("ZRLIB", version);
+        const char* text = nullptr;
+        HFTextGet(HFTextFind("ZRLib"), ZR_TEXT_UNTITLED, &text);
+    });
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     return 0;
 }

@@ -57,6 +57,9 @@ TEST(Guid, IsUniqueAcrossThreads)
 
 TEST(Guid, NeedsNoHeap)
 {
+#if defined(_WIN32)
+    GTEST_SKIP() << "allocations inside a library cannot be counted there";
+#endif
     HFGenerateGuid(); // seeds the thread's generator
     const long before = test::AllocationCount();
     HFGenerateGuid();

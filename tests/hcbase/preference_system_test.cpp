@@ -60,12 +60,22 @@ TEST_F(Preferences, TellsFaultsOnceWithFileLineAndReason)
         const char* place;
         const char* reason;
     } rows[] = {
+        // clang-format off
         {"[L]\nK = \"true\"\n", ":2: ", "/L/K is a text where true or false belongs"},
-        {"[L]\n\nK = 1\n", ":3: ", "an integer"}, {"[L]\nK = 1.5\n", ":2: ", "a floating-point number"},
-        {"[L]\nK = [true]\n", ":2: ", "an array"}, {"[L.K]\n", ":1: ", "a table"},
-        {"L.K = 2026-01-01\n", ":1: ", "a date or time"}, {"[L]\nK = yes\n", ":2: ", ""},
-        {"[L]\nK = true\n[L]\nK = false\n", ":", ""}, {"[L]\nK = true\n[unfinished\n", ":3", ""},
-        {"[L]\nK = true\n\xFF\xFE\n", ":", "utf-8"}, // the line is that to which the parser has read ahead
+        {"[L]\n\nK = 1\n", ":3: ", "an integer"},
+        {"[L]\nK = 1.5\n", ":2: ", "a floating-point number"},
+        {"[L]\nK = [true]\n", ":2: ", "an array"},
+        {"[L.K]\n", ":1: ", "a table"},
+        {"L.K = 2026-01-01\n", ":1: ", "a date or time"},
+        {"[L]\nK = yes\n", ":2: ", "could not determine value type"},
+        {"[L]\nK = true\n[L]\nK = false\n", ":3: ", "cannot redefine"},
+        {"[L]\nK = true\n[unfinished\n", ":3: ", "expected ']'"},
+        {"[L]\nK = true\n\xFF\xFE\n", ":3: ", "not UTF-8"},
+        {"# \xC3\xBC \xE2\x82\xAC \xF0\x9F\x98\x80\n# \xC0\xAF\n", ":2: ", "not UTF-8"}, // overlong
+        {"# \xED\xA0\x80\n", ":1: ", "not UTF-8"}, // half of a pair of surrogates
+        {"\n\n\n# \xF4\x90\x80\x80\n", ":4: ", "not UTF-8"}, // beyond the last character
+        {"\n\n\n\n# \xE2\x82", ":5: ", "not UTF-8"}, // cut off
+        // clang-format on
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.content);
@@ -87,7 +97,7 @@ TEST_F(Preferences, TellsWhenTheFileCannotBeRead)
     EXPECT_EQ(Ask("/L/K"), "01");
     const auto lines = test::Lines(testing::internal::GetCapturedStderr());
     ASSERT_EQ(lines.size(), 1U);
-    EXPECT_NE(lines[0].find(m_home.PreferencesPath()), std::string::npos) << lines[0];
+    EXPECT_NE(lines[0].find(m_home.PreferencesPath() + ": cannot be read: "), std::string::npos) << lines[0];
 }
 
 TEST_F(Preferences, LieWhereTheEnvironmentSays)

@@ -1,7 +1,7 @@
 #include "hcbase/string.h"
 #include "tests/support/allocations.h"
 
-#include <clocale>
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <string>
 #include <utility>
@@ -39,6 +39,9 @@ TEST(String, KeepsTextsOfEveryLengthThroughCopiesMovesAndAssignments)
 
 TEST(String, ShortTextsNeedNoHeap)
 {
+#if defined(_WIN32)
+    GTEST_SKIP() << "allocations inside a library cannot be counted there";
+#endif
     const std::string text = Filled(39);
     const long before = test::AllocationCount();
     {

@@ -19,22 +19,23 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// Whether another thread gets the lock at once. The thread lets it go again.
+/// Whether another thread gets the lock while this one holds on to what it has. The thread lets it go again.
 bool IsFreeForOthers(HCThreadSync& sync)
 {
+    std::atomic<bool> isTrying{false};
     std::atomic<bool> isHeld{false};
     std::thread other([&] {
+        isTrying = true;
         sync.lock();
         isHeld = true;
         sync.unlock();
     });
-    for (int turn = 0; turn < 100 && !isHeld; ++turn) {
-        std::this_thread::sleep_for(1ms);
+    while (!isTrying) {
+        std::this_thread::yield();
     }
+    std::this_thread::sleep_for(50ms); // a thread that need not wait takes longer only on a machine that stands still
     const bool wasFree = isHeld;
-    if (!wasFree) {
-        while (sync.unlock()) { // lets the other thread end
-        }
+    while (!isHeld && sync.unlock()) { // lets the other thread end
     }
     other.join();
     return wasFree;

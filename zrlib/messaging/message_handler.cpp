@@ -190,7 +190,7 @@ void ZRMessageHandler::Deliver(const HCString& text, const MessageType& type)
 
 char ZRMessageHandler::AppendToFile(const HCString& text)
 {
-    const HCFileSystem fileSystem;
+    HCFileSystem fileSystem;
     const HCString path = HFBuildFilename(HFTranslateName("home"), fileSystem.GetFileName(m_csFileName), "txt");
     constexpr int kModeCreate = 3;
     constexpr int kModeAppend = 5;
