@@ -55,15 +55,15 @@ constinit IntrusiveList<ErrorHistory> g_histories HC_GUARDED_BY(g_recordsLock);
 constinit std::atomic<bool> g_closed{false};
 constinit std::atomic<int> g_inside{0};
 
-class Use {
+class CallUnderWay {
 public:
-    Use()
+    CallUnderWay()
         : m_isOpen((g_inside.fetch_add(1), !g_closed.load()))
     {
     }
-    ~Use() { g_inside.fetch_sub(1); }
-    Use(const Use&) = delete;
-    Use& operator=(const Use&) = delete;
+    ~CallUnderWay() { g_inside.fetch_sub(1); }
+    CallUnderWay(const CallUnderWay&) = delete;
+    CallUnderWay& operator=(const CallUnderWay&) = delete;
 
     bool IsOpen() const { return m_isOpen; }
 
@@ -71,15 +71,15 @@ private:
     bool m_isOpen;
 };
 
-ErrorHistory* FindHistory(const Use& use)
+ErrorHistory* FindHistory(const CallUnderWay& call)
 {
-    const system::PerThread* const thread = use.IsOpen() ? system::CurrentPerThread() : nullptr;
+    const system::PerThread* const thread = call.IsOpen() ? system::CurrentPerThread() : nullptr;
     return thread != nullptr ? thread->errors : nullptr;
 }
 
-ErrorHistory* FindOrMakeHistory(const Use& use)
+ErrorHistory* FindOrMakeHistory(const CallUnderWay& call)
 {
-    system::PerThread* const thread = use.IsOpen() ? system::CurrentPerThread() : nullptr;
+    system::PerThread* const thread = call.IsOpen() ? system::CurrentPerThread() : nullptr;
     if (thread == nullptr || thread->errors != nullptr) {
         return thread != nullptr ? thread->errors : nullptr;
     }
@@ -97,8 +97,8 @@ ErrorHistory* FindOrMakeHistory(const Use& use)
 
 void ReleaseErrors(ErrorHistory*& errors) noexcept
 {
-    const Use use;
-    if (errors == nullptr || !use.IsOpen()) {
+    const CallUnderWay call;
+    if (errors == nullptr || !call.IsOpen()) {
         return; // once closed, unloading releases what is to be released
     }
     {
@@ -126,8 +126,8 @@ void ReleaseAllErrors() noexcept HC_NO_THREAD_SAFETY_ANALYSIS
 
 char HFErrorSet(int code, const char* text, const char* location, char chain)
 {
-    const hcbase::Use use;
-    hcbase::ErrorHistory* const history = hcbase::FindOrMakeHistory(use);
+    const hcbase::CallUnderWay call;
+    hcbase::ErrorHistory* const history = hcbase::FindOrMakeHistory(call);
     if (history == nullptr) {
         return 0;
     }
@@ -143,8 +143,8 @@ char HFErrorGet(HCError& error) { return HFErrorGetPrevious(0, error); }
 
 char HFErrorGetPrevious(int steps, HCError& error)
 {
-    const hcbase::Use use;
-    hcbase::ErrorHistory* const history = hcbase::FindHistory(use);
+    const hcbase::CallUnderWay call;
+    hcbase::ErrorHistory* const history = hcbase::FindHistory(call);
     if (history == nullptr || steps < 0 || steps >= history->count) {
         return 0;
     }
@@ -154,8 +154,8 @@ char HFErrorGetPrevious(int steps, HCError& error)
 
 void HFErrorClear()
 {
-    const hcbase::Use use;
-    hcbase::ErrorHistory* const history = hcbase::FindHistory(use);
+    const hcbase::CallUnderWay call;
+    hcbase::ErrorHistory* const history = hcbase::FindHistory(call);
     if (history != nullptr) {
         history->Clear();
     }

@@ -6,11 +6,12 @@
 /// Access to the preferences of the account, one TOML file: the path in the environment variable HCBASE_PREFERENCES;
 /// else `hcbase/preferences.toml` under $XDG_CONFIG_HOME, else under ~/.config; on Windows under %APPDATA%.
 ///
-/// The file is read once, at the first question to the object, so an object answers from one state of the file. A file
-/// that is missing is an empty store. A file that cannot be read or parsed, or a value of another kind than asked for,
-/// is told on standard error in one line that names file, line and reason; the same line is not told twice.
+/// The file, of at most 16 MiB, is read once, at the first question to the object, so an object answers from one state
+/// of the file. A file that is missing is an empty store. A file that cannot be read or parsed, or a value of another
+/// kind than asked for, is told on standard error in one line that names file, line and reason; the same line is not
+/// told twice.
 ///
-/// Threads: one object is used by one thread at a time.
+/// Threads: one object is used by one thread at a time, while none changes the environment.
 class HC_API HCPreferenceSystem {
 public:
     HCPreferenceSystem() noexcept;
@@ -21,7 +22,7 @@ public:
 
     /// The boolean under a slash-separated key: "/Libraries/zrlib/Threading" is the entry `Threading` of the table
     /// `[Libraries.zrlib]`. 1 or 0; `defaultValue` when the key does not exist, its value is no boolean, or the file
-    /// cannot be read or parsed. A null key does not exist.
+    /// cannot be read or parsed. A null key does not exist, nor can an entry be reached that has a slash in its name.
     char GetBooleanValue(const char* key, char defaultValue);
 
 private:
