@@ -47,9 +47,10 @@ bool Survey::Walk(const fs::path& path)
 {
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
-    if (!fs::exists(status)) {
+    if (status.type() == fs::file_type::not_found || status.type() == fs::file_type::none) {
+        const bool isMissing = status.type() == fs::file_type::not_found;
         HCString text;
-        text.Format("%s does not exist", Text(path).c_str());
+        text.Format("%s %s", Text(path).c_str(), isMissing ? "does not exist" : error.message().c_str());
         ZRError(text, "Survey::Walk", 1);
         return false;
     }
@@ -97,8 +98,17 @@ void Survey::Take(const fs::path& file, FileCount& ofFolder)
 {
     std::error_code error;
     const fs::file_status status = fs::status(file, error);
-    if (!fs::is_regular_file(status)) {
-        WarnSkipped(file, fs::exists(status) ? "not a file with a content" : "dangling link");
+    switch (status.type()) {
+    case fs::file_type::regular:
+        break;
+    case fs::file_type::not_found:
+        WarnSkipped(file, fs::is_symlink(fs::symlink_status(file, error)) ? "dangling link" : "gone meanwhile");
+        return;
+    case fs::file_type::none: // the system does not say what it is
+        WarnSkipped(file, error.message().c_str());
+        return;
+    default:
+        WarnSkipped(file, "not a file with a content");
         return;
     }
     FileCount count;

@@ -12,7 +12,7 @@
 class Survey {
 public:
     /// Walks a folder with all that lies below it, or takes a single file. Links to folders are not followed, because
-    /// they may lead back. False when there is no such path.
+    /// they may lead back. False when there is no such path or it cannot be reached.
     bool Walk(const std::filesystem::path& path);
 
     /// Reports files, lines and bytes of each type and of all.

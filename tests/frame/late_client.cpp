@@ -12,13 +12,14 @@
 
 namespace {
 
+#if !defined(_WIN32) // there nothing of the program runs after its libraries have gone
 void SendWhenTheLibraryHasGone(int /*status*/, void* /*argument*/)
 {
-    ZROut("too late", "late_client", 1);
+    ZRWarn("too late", "late_client", 1);
     ZRError("too late", "late_client", 1);
     ZRErrorSet(-1, "too late", "late_client", 0, 1);
     ZRSetMessagesEnabled(1);
-    ZROut("too late", "late_client", 1);
+    ZRWarn("too late", "late_client", 1);
     std::puts("after the library");
 }
 
@@ -26,16 +27,17 @@ void SendWhenTheLibraryHasGone(int /*status*/, void* /*argument*/)
 // as the program's own and runs it with the program's static objects.
 void RegisterLastHandler() { on_exit(SendWhenTheLibraryHasGone, nullptr); }
 __attribute__((section(".preinit_array"), used)) void (*const registerLastHandler)() = RegisterLastHandler;
+#endif
 
 class Client {
 public:
     Client()
     {
         ZRSetMessagesEnabled(1);
-        ZRSetOutFlags(ZR_DEST_CONSOLE);
-        ZROut("built", "late_client", 1);
+        ZRSetWarnFlags(ZR_DEST_CONSOLE);
+        ZRWarn("built", "late_client", 1);
     }
-    ~Client() { ZROut("going", "late_client", 1); }
+    ~Client() { ZRWarn("going", "late_client", 1); }
     Client(const Client&) = delete;
     Client& operator=(const Client&) = delete;
 };
@@ -54,6 +56,7 @@ int main()
         }).detach();
     };
     runForEver([] { ZRTrace("a text that is long enough to need the heap for each of its copies", nullptr, 1); });
+    runForEver([] { ZRGetMessageHandler()->OutEx("", "a text that is long enough to need the heap", nullptr, 1); });
     runForEver([] { ZRErrorSet(-1, "a text that is long enough to need the heap", "late_client", 1, 1); });
     runForEver([] {
         HCVersion version;

@@ -32,22 +32,37 @@ TEST(TextTable, HasARowForEveryCodeOfEveryFamily)
     EXPECT_EQ(rows, 78);
 }
 
-TEST(TextTable, HasTheRightTextsAtTheEndsOfEachFamily)
+TEST(TextTable, HasTheTextsThatClientsSee)
 {
     const struct {
         int code;
         const char* text;
     } rows[] = {
+        // clang-format off
         {ZR_TEXT_UNTITLED, "Untitled"},
         {ZR_TEXT_UNKNOWN_FORMAT_CODE, "Unknown format code"},
         {100, "RSX"},
+        {101, "Vax"},
+        {102, "Dos"},
+        {111, "Generic Unix"},
+        {112, "Windows"},
         {113, "Unidentified operating system"},
         {200, "Windows"},
         {209, "Unidentified platform"},
         {-65636, "Error in shared memory assignment"},
         {-65647, "Error unlocking shared memory field"},
         {-65836, "Library nibble was zero"},
+        {-65837, "Object code high word was not 0xA04F"},
+        {-65838, "The library was already registered"},
+        {-65839, "The specified library is not registered"},
+        {-65840, "The specified library code was invalid"},
+        {-65841, "The specified library was not found"},
+        {-65842, "The object was already registered"},
+        {-65843, "The specified object code was invalid"},
+        {-65844, "The specified object was not found"},
+        {-65845, "The specified class ID was badly formatted"},
         {-65846, "The specified class ID is already being used by another class"},
+        // clang-format on
     };
     for (const auto& row : rows) {
         EXPECT_STREQ(TextOf(row.code), row.text);

@@ -1,8 +1,14 @@
 #include "tests/messaging/message_fixture.h"
 
+#include <fstream>
 #include <functional>
+#include <new>
 #include <string>
 #include <thread>
+
+#if !defined(_WIN32)
+#include <sys/resource.h>
+#endif
 
 namespace {
 

@@ -7,8 +7,9 @@
 
 class ZRThreadSync;
 
-/// Sixteen switches, read once while the library loads. Each is the boolean under "/Libraries/zrlib/" and its name in
-/// the preference store; a key that is not there gives the default.
+/// Sixteen switches, read while the library loads and again by each object of this class that a client builds. Each is
+/// the boolean under "/Libraries/zrlib/" and its name in the preference store; a key that is not there gives the
+/// default.
 ///
 /// | Switch | Default | Effect |
 /// |---|---|---|

@@ -31,7 +31,8 @@ extern ZRModule g_Module;
 /// Never null, and valid before the module is built.
 inline ZRModule* ZRGetModule() { return &g_Module; }
 
-/// Keeps the module's handlers in place for the length of a scope in which a thread uses one of them.
+/// Keeps the module's handlers, though not its text table, in place for the length of a scope in which a thread uses
+/// one of them.
 ///
 /// A thread or a static object may send a message while, or after, the library's own objects go. The module does not
 /// wait for anybody when it goes; it leaves a handler that is in use at that moment where it is.
@@ -46,11 +47,11 @@ public:
     ZRModuleUse(const ZRModuleUse&) = delete;
     ZRModuleUse& operator=(const ZRModuleUse&) = delete;
 
-    /// Whether the module stands, and will until this object goes.
+    /// Whether the module stood when this object was made. If so, its handlers stay until this object goes.
     bool Stands() const { return m_stands; }
 
-    /// Whether the module stands at this moment.
-    static bool ModuleStands() noexcept { return s_stands.load(std::memory_order_relaxed); }
+    /// Whether the module stands as far as this thread has heard. Keeps nothing in place.
+    static bool ModuleSeemsToStand() noexcept { return s_stands.load(std::memory_order_relaxed); }
 
 private:
     friend class ZRModule;
@@ -63,6 +64,9 @@ private:
             s_users.fetch_add(count);
         }
     }
+
+    // A forked child inherits the uses of its parent's other threads. It then leaves its handlers where they are when
+    // it unloads the library, since they may be half changed.
 
     // Two threads that each write one of these and then read the other must not both miss what the other wrote, hence
     // the sequentially consistent order of those steps.

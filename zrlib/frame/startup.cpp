@@ -12,6 +12,8 @@
 // Sends no message while it is built, so that it does not matter that the log file has no name yet.
 ZRModule g_Module;
 
+// Goes before the module does, so that a thread in the middle of a message may still read it. The text is short enough
+// to lie inside the string, whose storage stays.
 const HCString ZRMessageHandler::m_csFileName("zr_messages");
 
 namespace {

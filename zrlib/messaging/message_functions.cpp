@@ -3,28 +3,9 @@
 #include "hcbase/error.h"
 #include "zrlib/frame/module.h"
 #include "zrlib/messaging/message_handler.h"
+#include "zrlib/messaging/message_route.h"
 
 #include <cstdint>
-
-/// The process's message handler, kept in place while this object lives; null before the module is built and once it
-/// has gone.
-class ZRHandlerUse {
-public:
-    ZRHandlerUse() noexcept
-        : m_handler(m_module.Stands() ? ZRGetModule()->m_pMessageHandler : nullptr)
-    {
-    }
-
-    explicit operator bool() const { return m_handler != nullptr; }
-    ZRMessageHandler* operator->() const { return m_handler; }
-
-    /// The master switch. It belongs to the process, so that asking it needs no handler.
-    static char GetMessagesEnabled() { return ZRMessageHandler::m_bEnabled.load(std::memory_order_relaxed); }
-
-private:
-    const ZRModuleUse m_module;
-    ZRMessageHandler* const m_handler; // not owned
-};
 
 namespace {
 
@@ -35,27 +16,51 @@ bool IsLevel(short level)
     return static_cast<std::uint16_t>(level - kLowest) <= kHighest - kLowest;
 }
 
-/// Calls `send` with the handler unless the level or the master switch says that nothing is to be sent. That is found
-/// out before anything is copied, counted or locked: messages that nobody wants cost next to nothing.
-template <typename Send> void SendAtLevel(short level, Send send)
+void Send(short type, const HCString& text, const HCString* textEx, const ZRMessageRoute::Particulars& particulars)
 {
-    if (!IsLevel(level) || ZRHandlerUse::GetMessagesEnabled() == 0) {
-        return;
-    }
-    if (const ZRHandlerUse handler; handler) {
-        send(handler);
+    ZRMessageRoute::Send(ZRGetMessageHandler(), type, text, textEx, particulars);
+}
+
+void SendAtLevel(short type, const HCString& text, const HCString* textEx, const char* location, short level)
+{
+    if (IsLevel(level)) {
+        Send(type, text, textEx, {location, level});
     }
 }
 
-/// Calls `send` with the handler and then records an error that has no code of its own, delivered or not.
-template <typename Send> void SendErrorAtLevel(short level, const HCString& text, Send send)
-{
-    if (!IsLevel(level)) {
-        return;
+/// Records an error with the foundation when it goes: after the message, and also when the message failed with an
+/// exception. Does nothing unless the module stands.
+class ErrorRecord {
+public:
+    ErrorRecord(int code, const char* text, const char* location, char chain)
+        : m_code(code)
+        , m_text(text)
+        , m_location(location)
+        , m_chain(chain)
+    {
     }
-    if (const ZRHandlerUse handler; handler) {
-        send(handler);
-        HFErrorSet(1, text, "ZRError", 0);
+    ~ErrorRecord()
+    {
+        if (ZRModuleUse::ModuleSeemsToStand()) {
+            HFErrorSet(m_code, m_text, m_location, m_chain);
+        }
+    }
+    ErrorRecord(const ErrorRecord&) = delete;
+    ErrorRecord& operator=(const ErrorRecord&) = delete;
+
+private:
+    int m_code;
+    const char* m_text; // not owned
+    const char* m_location; // not owned
+    char m_chain;
+};
+
+/// An error without a code of its own.
+void SendErrorAtLevel(const HCString& text, const HCString* textEx, const char* location, short level)
+{
+    if (IsLevel(level)) {
+        const ErrorRecord record(1, text, "ZRError", 0);
+        Send(ZR_MSG_ERROR, text, textEx, {location, level});
     }
 }
 
@@ -65,51 +70,48 @@ ZRMessageHandler* ZRGetMessageHandler() { return ZRGetModule()->m_pMessageHandle
 
 void ZROut(const HCString& text, const char* location, short level)
 {
-    SendAtLevel(level, [&](const ZRHandlerUse& handler) { handler->Out(text, location, level); });
+    SendAtLevel(ZR_MSG_OUT, text, nullptr, location, level);
 }
 
 void ZRWarn(const HCString& text, const char* location, short level)
 {
-    SendAtLevel(level, [&](const ZRHandlerUse& handler) { handler->Warn(text, location, level); });
+    SendAtLevel(ZR_MSG_WARN, text, nullptr, location, level);
 }
 
 void ZRError(const HCString& text, const char* location, short level)
 {
-    SendErrorAtLevel(level, text, [&](const ZRHandlerUse& handler) { handler->Error(text, location, 0, 0, level); });
+    SendErrorAtLevel(text, nullptr, location, level);
 }
 
 void ZRTrace(const HCString& text, const char* location, short level)
 {
-    SendAtLevel(level, [&](const ZRHandlerUse& handler) { handler->Trace(text, location, level); });
+    SendAtLevel(ZR_MSG_TRACE, text, nullptr, location, level);
 }
 
 void ZROutEx(const HCString& text, const HCString& textEx, const char* location, short level)
 {
-    SendAtLevel(level, [&](const ZRHandlerUse& handler) { handler->OutEx(text, textEx, location, level); });
+    SendAtLevel(ZR_MSG_OUT, text, &textEx, location, level);
 }
 
 void ZRWarnEx(const HCString& text, const HCString& textEx, const char* location, short level)
 {
-    SendAtLevel(level, [&](const ZRHandlerUse& handler) { handler->WarnEx(text, textEx, location, level); });
+    SendAtLevel(ZR_MSG_WARN, text, &textEx, location, level);
 }
 
 void ZRErrorEx(const HCString& text, const HCString& textEx, const char* location, short level)
 {
-    SendErrorAtLevel(
-        level, text, [&](const ZRHandlerUse& handler) { handler->ErrorEx(text, textEx, location, 0, 0, level); });
+    SendErrorAtLevel(text, &textEx, location, level);
 }
 
 void ZRTraceEx(const HCString& text, const HCString& textEx, const char* location, short level)
 {
-    SendAtLevel(level, [&](const ZRHandlerUse& handler) { handler->TraceEx(text, textEx, location, level); });
+    SendAtLevel(ZR_MSG_TRACE, text, &textEx, location, level);
 }
 
 int ZRErrorSet(int code, const char* text, const char* location, char chainToPrevious, short level)
 {
-    if (const ZRHandlerUse handler; handler) {
-        handler->Error(text, location, code, chainToPrevious, level);
-        HFErrorSet(code, text, location, chainToPrevious);
-    }
+    const ErrorRecord record(code, text, location, chainToPrevious);
+    Send(ZR_MSG_ERROR, text, nullptr, {location, level, code, chainToPrevious});
     return 0;
 }
 
@@ -135,9 +137,11 @@ char ZRIsTraceEnabled() { return ZRMessageHandler::IsTraceEnabled(); }
 
 void ZRSetMessagesEnabled(char enabled)
 {
-    if (const ZRHandlerUse handler; handler) {
+    const ZRModuleUse module;
+    ZRMessageHandler* const handler = module.Stands() ? ZRGetMessageHandler() : nullptr;
+    if (handler != nullptr) {
         handler->SetEnabled(enabled);
     }
 }
 
-char ZRGetMessagesEnabled() { return ZRHandlerUse::GetMessagesEnabled(); }
+char ZRGetMessagesEnabled() { return ZRMessageRoute::GetEnabled(); }

@@ -5,6 +5,7 @@
 #include "hcbase/text_io.h"
 #include "hcbase/thread.h"
 #include "zrlib/frame/module.h"
+#include "zrlib/messaging/message_route.h"
 #include "zrlib/messaging/msg.h"
 #include "zrlib/platform/debugger_output.h"
 #include "zrlib/sync/sync_guard.h"
@@ -14,6 +15,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <exception>
 
 namespace {
 
@@ -22,7 +24,7 @@ constexpr auto kRelaxed = std::memory_order_relaxed;
 constexpr short kAllTypes = ZR_MSG_OUT | ZR_MSG_WARN | ZR_MSG_ERROR | ZR_MSG_TRACE;
 
 /// The destinations to which a line of text goes.
-constexpr short kDelivered = ZR_DEST_CONSOLE | ZR_DEST_DEBUGGER | ZR_DEST_FILE;
+constexpr short kLineDestinations = ZR_DEST_CONSOLE | ZR_DEST_DEBUGGER | ZR_DEST_FILE;
 
 /// False unless `weight` is a single bit, so that a combination of bits is never "set".
 bool IsBitSet(short word, short weight)
@@ -32,13 +34,17 @@ bool IsBitSet(short word, short weight)
 }
 
 /// Copied rather than formatted, which takes a tenth of the time.
-HCString Joined(const char* prefix, const HCString& text)
+HCString Joined(const char* prefix, const HCString& text, const char* ending)
 {
     HCString joined(prefix);
-    const auto prefixLength = static_cast<std::size_t>(joined.GetLength());
+    const auto start = static_cast<std::size_t>(joined.GetLength());
     const auto textLength = static_cast<std::size_t>(text.GetLength());
-    const auto length = static_cast<int>(std::min<std::size_t>(prefixLength + textLength, INT_MAX)); // INT_MAX: refused
-    std::memcpy(joined.GetBuffer(length) + prefixLength, text, textLength);
+    const std::size_t endingLength = std::strlen(ending);
+    const auto length // INT_MAX: refused
+        = static_cast<int>(std::min<std::size_t>(start + textLength + endingLength, INT_MAX));
+    char* const buffer = joined.GetBuffer(length);
+    std::memcpy(buffer + start, text, textLength);
+    std::memcpy(buffer + start + textLength, ending, endingLength);
     joined.ReleaseBuffer(length);
     return joined;
 }
@@ -68,14 +74,6 @@ struct ZRMessageHandler::MessageType {
     std::atomic<short>* flags;
 };
 
-/// What a message carries to the observers beside its texts.
-struct ZRMessageHandler::Particulars {
-    const char* location;
-    short level;
-    int code = 0;
-    char chainToPrevious = 0;
-};
-
 const ZRMessageHandler::MessageType* ZRMessageHandler::FindType(short type)
 {
     static constexpr MessageType kTypes[] = {
@@ -102,72 +100,87 @@ ZRMessageHandler::~ZRMessageHandler() = default;
 
 void ZRMessageHandler::Out(const HCString& text, const char* location, short level)
 {
-    Send(ZR_MSG_OUT, text, nullptr, {location, level});
+    ZRMessageRoute::Send(this, ZR_MSG_OUT, text, nullptr, {location, level});
 }
 
 void ZRMessageHandler::Warn(const HCString& text, const char* location, short level)
 {
-    Send(ZR_MSG_WARN, text, nullptr, {location, level});
+    ZRMessageRoute::Send(this, ZR_MSG_WARN, text, nullptr, {location, level});
 }
 
 void ZRMessageHandler::Error(const HCString& text, const char* location, int code, char chainToPrevious, short level)
 {
-    Send(ZR_MSG_ERROR, text, nullptr, {location, level, code, chainToPrevious});
+    ZRMessageRoute::Send(this, ZR_MSG_ERROR, text, nullptr, {location, level, code, chainToPrevious});
 }
 
 void ZRMessageHandler::Trace(const HCString& text, const char* location, short level)
 {
-    Send(ZR_MSG_TRACE, text, nullptr, {location, level});
+    ZRMessageRoute::Send(this, ZR_MSG_TRACE, text, nullptr, {location, level});
 }
 
 void ZRMessageHandler::OutEx(const HCString& text, const HCString& textEx, const char* location, short level)
 {
-    Send(ZR_MSG_OUT, text, &textEx, {location, level});
+    ZRMessageRoute::Send(this, ZR_MSG_OUT, text, &textEx, {location, level});
 }
 
 void ZRMessageHandler::WarnEx(const HCString& text, const HCString& textEx, const char* location, short level)
 {
-    Send(ZR_MSG_WARN, text, &textEx, {location, level});
+    ZRMessageRoute::Send(this, ZR_MSG_WARN, text, &textEx, {location, level});
 }
 
 void ZRMessageHandler::ErrorEx(
     const HCString& text, const HCString& textEx, const char* location, int code, char chainToPrevious, short level)
 {
-    Send(ZR_MSG_ERROR, text, &textEx, {location, level, code, chainToPrevious});
+    ZRMessageRoute::Send(this, ZR_MSG_ERROR, text, &textEx, {location, level, code, chainToPrevious});
 }
 
 void ZRMessageHandler::TraceEx(const HCString& text, const HCString& textEx, const char* location, short level)
 {
-    Send(ZR_MSG_TRACE, text, &textEx, {location, level});
+    ZRMessageRoute::Send(this, ZR_MSG_TRACE, text, &textEx, {location, level});
 }
 
-void ZRMessageHandler::Send(short type, const HCString& text, const HCString* textEx, const Particulars& particulars)
+char ZRMessageRoute::GetEnabled() { return ZRMessageHandler::m_bEnabled.load(kRelaxed); }
+
+void ZRMessageRoute::Send(
+    ZRMessageHandler* handler, short type, const HCString& text, const HCString* textEx, const Particulars& particulars)
 {
-    if (m_bEnabled.load(kRelaxed) == 0) {
+    if (GetEnabled() == 0) {
+        return; // before anything is copied, counted or locked: messages that nobody wants cost next to nothing
+    }
+    const ZRModuleUse module;
+    if (!module.Stands() || handler == nullptr) {
         return;
     }
     ZRMsg message(text, type, particulars.location, particulars.level);
     if (textEx != nullptr) {
-        message.SetTextEx(*textEx);
+        message.m_csTextEx = *textEx;
     }
-    message.SetCode(particulars.code);
-    message.SetChainToPrevious(particulars.chainToPrevious);
-    BroadcastMessage(message);
+    message.m_nCode = particulars.code;
+    message.m_bChainToPrevious = particulars.chainToPrevious;
+    handler->Route(message);
 }
 
 void ZRMessageHandler::BroadcastMessage(ZRMsg& message)
 {
-    if (m_bEnabled.load(kRelaxed) == 0 || !ZRModuleUse::ModuleStands()) {
+    if (m_bEnabled.load(kRelaxed) == 0) {
         return;
     }
+    const ZRModuleUse module;
+    if (module.Stands()) {
+        Route(message);
+    }
+}
+
+void ZRMessageHandler::Route(ZRMsg& message)
+{
     const ZRSyncGuard guard(m_sync);
     if (m_bEnabled.load(kRelaxed) == 0) {
         return; // switched off while this thread waited for its turn
     }
-    message.SetThreadID(HCThread::GetCurrentThreadId());
+    message.m_nThreadID = HCThread::GetCurrentThreadId();
 
     const MessageType* const type = FindType(message.m_nType);
-    if (type != nullptr && (type->flags->load(kRelaxed) & kDelivered) != 0) {
+    if (type != nullptr && (type->flags->load(kRelaxed) & kLineDestinations) != 0) {
         Deliver(message.m_csText, *type);
     }
 }
@@ -178,13 +191,18 @@ void ZRMessageHandler::Deliver(const HCString& text, const MessageType& type)
     if (goesTo(ZR_DEST_CONSOLE)) {
         std::printf("%s%s\n", type.prefix, static_cast<const char*>(text));
     }
+    // A line for which there is no memory is lost for its destination only.
     if (goesTo(ZR_DEST_DEBUGGER)) {
-        HCString line;
-        line.Format("%s%s\n", type.prefix, static_cast<const char*>(text));
-        zr::WriteToDebugger(line);
+        try {
+            zr::WriteToDebugger(Joined(type.prefix, text, "\n"));
+        } catch (const std::exception&) {
+        }
     }
     if (goesTo(ZR_DEST_FILE)) {
-        AppendToFile(Joined(type.prefix, text)); // the file ends the line itself
+        try {
+            AppendToFile(Joined(type.prefix, text, "")); // the file ends the line itself
+        } catch (const std::exception&) {
+        }
     }
 }
 

@@ -36,8 +36,8 @@ public:
     ZRMessageHandler& operator=(const ZRMessageHandler& other);
     virtual ~ZRMessageHandler();
 
-    // Each builds a message and sends it. text: for all destinations; textEx: for observers only. location: where the
-    // message is raised, may be null. level: carried as it is. code, chainToPrevious: carried to observers.
+    // Each builds a message and sends it. text: for all destinations; textEx: carried, not printed. location: where the
+    // message is raised, may be null. level: carried as it is. code, chainToPrevious: carried.
     void Out(const HCString& text, const char* location, short level);
     void Warn(const HCString& text, const char* location, short level);
     void Error(const HCString& text, const char* location, int code, char chainToPrevious, short level);
@@ -48,7 +48,8 @@ public:
         short level);
     void TraceEx(const HCString& text, const HCString& textEx, const char* location, short level);
 
-    /// Sends a message that the caller has built. One of an unknown type passes no flag word.
+    /// Sends a message that the caller has built, and writes the ID of the calling thread into it. While messages are
+    /// off nothing happens. A message of an unknown type goes to no destination.
     void BroadcastMessage(ZRMsg& message);
 
     /// The master switch, as it was set.
@@ -125,14 +126,13 @@ protected:
     static const HCString m_csFileName; // base name of the log
 
 private:
-    friend class ZRHandlerUse; // asks the master switch before it has a handler
+    friend class ZRMessageRoute;
 
     struct MessageType;
-    struct Particulars;
 
     static const MessageType* FindType(short type);
+    void Route(ZRMsg& message);
     void Deliver(const HCString& text, const MessageType& type);
-    void Send(short type, const HCString& text, const HCString* textEx, const Particulars& particulars);
 
     HCThreadSync m_sync;
 };

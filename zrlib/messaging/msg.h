@@ -5,7 +5,7 @@
 #include "zrlib/export.h"
 #include "zrlib/messaging/message_types.h"
 
-/// A value that carries one message from its sender through the destinations to the observers.
+/// A value that carries one message from its sender to its destinations.
 /// Threads: one object is used by one thread at a time.
 class ZR_API ZRMsg {
 public:
@@ -39,11 +39,11 @@ public:
     HCString GetText() const { return m_csText; }
     void SetText(const HCString& text) { m_csText = text; }
 
-    /// A second, extended text that only observers get.
+    /// A second, extended text that no line shows.
     HCString GetTextEx() const { return m_csTextEx; }
     void SetTextEx(const HCString& textEx) { m_csTextEx = textEx; }
 
-    /// One of the ZR_MSG_ values. A message of any other type goes to observers only.
+    /// One of the ZR_MSG_ values. A message of any other type is shown nowhere.
     short GetType() const { return m_nType; }
     void SetType(short type) { m_nType = type; }
 
@@ -55,7 +55,7 @@ public:
     unsigned int GetThreadID() const { return m_nThreadID; }
     void SetThreadID(unsigned int threadID) { m_nThreadID = threadID; }
 
-    /// A word for observers; the library neither fills nor reads it.
+    /// A word for clients; the library neither fills nor reads it.
     short GetDestination() const { return m_nDestination; }
     void SetDestination(short destination) { m_nDestination = destination; }
 
@@ -78,7 +78,9 @@ public:
     char IsTrace() const { return m_nType == ZR_MSG_TRACE ? 1 : 0; }
 
 private:
-    friend class ZRMessageHandler; // builds messages in one step and reads their text without copying it
+    // Build messages in one step and read their texts without copying them.
+    friend class ZRMessageHandler;
+    friend class ZRMessageRoute;
 
     ZRMsg(const HCString& text, short type, const char* location, short level)
         : m_csText(text)
