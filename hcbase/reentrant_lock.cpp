@@ -10,6 +10,10 @@ namespace hcbase {
 void ReentrantLock::Wait() noexcept
 {
     while (m_word.exchange(kHeldAndAwaited, std::memory_order_acquire) != kFree) {
+        if (system::OtherThreadsAreGone()) {
+            m_depth = 0; // the holder went without unlocking, and nobody else is left to hold it
+            return;
+        }
         system::WaitWhileEqual(m_word, kHeldAndAwaited);
     }
 }

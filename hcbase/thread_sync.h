@@ -18,6 +18,9 @@ class SharedLock;
 ///
 /// A thread must not end while it holds a lock: nobody unlocks it then, and a later thread may be taken for the holder.
 ///
+/// Windows: when a process ends, its threads go before the static objects of its libraries do. A lock that one of them
+/// held is then free.
+///
 /// Threads: lock and unlock from any thread; copying, assigning and destroying one object is the caller's to serialise.
 class HC_API HCThreadSync {
 public:

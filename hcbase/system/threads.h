@@ -46,6 +46,9 @@ void ReleaseErrorsAtThreadExit(PerThread& thread) noexcept;
 void InstallHooks() noexcept;
 void RemoveHooks() noexcept;
 
+/// True when the process is ending and the system has ended all threads but the calling one, whatever locks they held.
+bool OtherThreadsAreGone() noexcept;
+
 #if defined(_WIN32)
 constexpr bool kHasFork = false;
 inline ThreadMark CurrentThreadMark() noexcept { return CurrentThreadId(); }

@@ -67,6 +67,8 @@ static_assert(sizeof(pthread_t) <= sizeof(std::uintptr_t));
 
 std::uint32_t CurrentThreadId() noexcept { return t_id != 0 ? t_id : TakeId(); }
 
+bool OtherThreadsAreGone() noexcept { return false; } // they run to the very end
+
 std::uint32_t ForkGeneration() noexcept { return g_forkGeneration.load(std::memory_order_relaxed); }
 
 PerThread* CurrentPerThread() noexcept { return &t_perThread; }

@@ -6,6 +6,9 @@
 #include <new>
 #include <process.h>
 
+// Exported by ntdll.dll; the headers that declare it come with the driver kit.
+extern "C" __declspec(dllimport) BOOLEAN NTAPI RtlDllShutdownInProgress();
+
 namespace hcbase::system {
 
 namespace {
@@ -25,6 +28,8 @@ void CALLBACK OnThreadExit(void* perThread)
 } // namespace
 
 std::uint32_t CurrentThreadId() noexcept { return GetCurrentThreadId(); }
+
+bool OtherThreadsAreGone() noexcept { return RtlDllShutdownInProgress() != 0; }
 
 std::uint32_t ForkGeneration() noexcept { return 0; }
 

@@ -44,7 +44,7 @@ HCString Joined(const char* prefix, const HCString& text, const char* ending)
         = static_cast<int>(std::min<std::size_t>(start + textLength + endingLength, INT_MAX));
     char* const buffer = joined.GetBuffer(length);
     std::memcpy(buffer + start, text, textLength);
-    std::memcpy(buffer + start + textLength, ending, endingLength);
+    std::copy_n(ending, endingLength, buffer + start + textLength);
     joined.ReleaseBuffer(length);
     return joined;
 }
