@@ -12,3 +12,8 @@
 #include "zrlib/messaging/message_handler.h"
 #include "zrlib/messaging/message_types.h"
 #include "zrlib/messaging/msg.h"
+#include "zrlib/registry/class_id.h"
+#include "zrlib/registry/code_map.h"
+#include "zrlib/registry/object_entry.h"
+#include "zrlib/registry/object_registry.h"
+#include "zrlib/registry/registry_functions.h"

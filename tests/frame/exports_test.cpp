@@ -85,7 +85,9 @@ Names DeclaredNames()
             const auto open = static_cast<std::size_t>(match.position() + match.length() - 1);
             const std::size_t close = EndOfBlock(code, open);
             AddMembers(match.str(1), code.substr(open + 1, close - open - 2), names);
-            names.insert("class " + match.str(1));
+            if (std::regex_search(code.substr(open, close - open), std::regex(R"(\bvirtual\b)"))) {
+                names.insert("class " + match.str(1)); // its table of virtual operations
+            }
             code.erase(static_cast<std::size_t>(match.position()), close - static_cast<std::size_t>(match.position()));
         }
         for (std::sregex_iterator found(code.begin(), code.end(), function); found != end; ++found) {

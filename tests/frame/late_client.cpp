@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 #include <thread>
 
 namespace {
@@ -20,7 +21,10 @@ void SendWhenTheLibraryHasGone(int /*status*/, void* /*argument*/)
     ZRErrorSet(-1, "too late", "late_client", 0, 1);
     ZRSetMessagesEnabled(1);
     ZRWarn("too late", "late_client", 1);
-    std::puts("after the library");
+    const bool findsNothing = ZRRegisterLibrary(0x1000, "too late") == 0 && ZRObjectIsKnown(0x1001) == 0
+        && ZRGetObjectName(0x1001, nullptr) == std::string("?") && ZRGetRegisteredObjectID(0) == -1;
+    ZRDumpRegistry();
+    std::puts(findsNothing ? "after the library" : "the registry is still there");
 }
 
 // Runs before any library is initialised, so that the handler is the last to run. Not atexit, which counts the handler
@@ -35,9 +39,10 @@ public:
     {
         ZRSetMessagesEnabled(1);
         ZRSetWarnFlags(ZR_DEST_CONSOLE);
-        ZRWarn("built", "late_client", 1);
+        ZRWarn(ZRGetObjectName(0x1001, nullptr), "late_client", 1);
+        ZRRegisterObject(0x1001, "left registered");
     }
-    ~Client() { ZRWarn("going", "late_client", 1); }
+    ~Client() { ZRWarn(ZRGetObjectName(0x1001, nullptr), "late_client", 1); }
     Client(const Client&) = delete;
     Client& operator=(const Client&) = delete;
 };

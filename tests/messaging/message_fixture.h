@@ -11,6 +11,18 @@
 
 namespace test {
 
+/// Code, text, location and chain flag of the last error; "none" when there is none. Forgets it.
+inline std::string TakeError()
+{
+    HCError error;
+    if (HFErrorGet(error) == 0) {
+        return "none";
+    }
+    HFErrorClear();
+    return std::to_string(error.code) + " " + static_cast<const char*>(error.text) + " "
+        + static_cast<const char*>(error.location) + " " + std::to_string(error.chain);
+}
+
 /// A home of its own; messages are on and go nowhere. Everything is off again afterwards.
 class Messages : public testing::Test {
 protected:

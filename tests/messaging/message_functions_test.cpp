@@ -12,19 +12,8 @@
 
 namespace {
 
+using test::TakeError;
 using MessageFunctions = test::Messages;
-
-/// Code, text and location of the last error; "none" when there is none. Forgets it.
-std::string TakeError()
-{
-    HCError error;
-    const char isThere = HFErrorGet(error);
-    HFErrorClear();
-    HCString text;
-    text.Format("%d %s %s %d", error.code, static_cast<const char*>(error.text),
-        static_cast<const char*>(error.location), error.chain);
-    return isThere ? static_cast<const char*>(text) : "none";
-}
 
 TEST_F(MessageFunctions, RejectALevelOutsideOneToSeven)
 {

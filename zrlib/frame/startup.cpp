@@ -8,6 +8,8 @@
 #include "zrlib/frame/mode.h"
 #include "zrlib/frame/module.h"
 #include "zrlib/messaging/message_handler.h"
+#include "zrlib/registry/object_registry.h"
+#include "zrlib/registry/process_registry.h"
 
 // Sends no message while it is built, so that it does not matter that the log file has no name yet.
 ZRModule g_Module;
@@ -24,3 +26,6 @@ const ZRMode g_Mode;
 } // namespace
 
 unsigned int ZRMode::m_main_thread = HCThread::GetCurrentThreadId();
+
+// Empty. When it goes it releases what clients left registered, while messages can still be sent.
+ZRObjectRegistry g_ObjectRegistry;

@@ -1,0 +1,48 @@
+/// ZRClassID: texts in the dashed form of a GUID that carry an object code.
+#pragma once
+
+#include "hcbase/string.h"
+#include "zrlib/export.h"
+
+/// A class ID is a text of 36 characters, hexadecimal digits in groups of 8, 4, 4, 4 and 12 with dashes between. One
+/// that is made here is a prefix of 28 characters, Internal or External, and the code of an object in eight upper-case
+/// digits, for example "E30077A1-1C01-4472-9D8E-7EFFA04F3006" for the code 0xA04F3006. Which of the two prefixes to use
+/// is the client's choice; the library attaches no meaning to them.
+///
+/// Truth values are 1 and 0. Threads: any.
+class ZR_API ZRClassID {
+public:
+    static constexpr const char* Null = "00000000-0000-0000-0000-000000000000";
+    static constexpr const char* Internal = "E30077A1-1C01-4472-9D8E-7EFF";
+    static constexpr const char* External = "E3015212-3C02-4498-9D8E-7EFF";
+    static constexpr int Size = 36; // characters of a class ID
+    static constexpr int InternalSize = 28; // characters of the prefixes
+    static constexpr int ExternalSize = 28;
+    static constexpr int CodeSize = 8; // digits behind the prefix
+
+    // Each looks at the beginning of the text only, so that a class ID may be followed by anything. Upper-case and
+    // lower-case digits differ, except for IsFormat. A null pointer gives 0.
+
+    /// Whether the first 36 characters are those of Null.
+    static char IsNull(const char* id);
+
+    /// Whether the first 36 characters have the form of a class ID.
+    static char IsFormat(const char* id);
+
+    /// Whether the first 28 characters are the prefix.
+    static char IsInternal(const char* id);
+    static char IsExternal(const char* id);
+
+    /// The prefix and the code, whatever it is.
+    static HCString MakeInternalID(int code);
+    static HCString MakeExternalID(int code);
+
+    /// The object code that a class ID carries: the hexadecimal number that begins at position 32, in the high word
+    /// 0xA04F. The high word in the text is not read, so the ID of a short code gives a full object code. Digits that
+    /// follow the 36 characters belong to the number; one beyond 0x7FFFFFFF counts as 0x7FFFFFFF.
+    ///
+    /// check: not 0 to get 0 for a text that is no class ID or has another prefix; with 0 only a null pointer and a
+    /// text of fewer than 32 characters give 0.
+    static int GetInternalID(const char* id, char check);
+    static int GetExternalID(const char* id, char check);
+};

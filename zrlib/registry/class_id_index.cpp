@@ -1,0 +1,121 @@
+#include "zrlib/registry/class_id_index.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace zr {
+
+namespace {
+
+constexpr std::size_t kLeastSize = 16;
+
+/// Equal for texts that differ in case only.
+std::uint32_t HashOf(const char* text)
+{
+    // Multiplicative hashing (Knuth, The Art of Computer Programming, volume 3, 6.4), eight characters at a time. The
+    // bit that tells small letters from capitals is set in every character.
+    constexpr std::uint64_t kGoldenRatio = 0x9E3779B97F4A7C15; // of 2 to the power 64
+    constexpr std::uint64_t kCaseBits = 0x2020202020202020;
+    std::uint64_t hash = 0;
+    const auto add = [&hash](std::uint64_t word) {
+        hash = (hash ^ (word | kCaseBits)) * kGoldenRatio;
+        hash ^= hash >> 32; // a product carries differences upwards only
+    };
+    std::uint64_t word = 0;
+    std::size_t rest = std::strlen(text);
+    for (; rest >= sizeof(word); rest -= sizeof(word), text += sizeof(word)) {
+        std::memcpy(&word, text, sizeof(word));
+        add(word);
+    }
+    if (rest > 0) {
+        word = 0;
+        std::memcpy(&word, text, rest);
+        add(word);
+    }
+    return static_cast<std::uint32_t>((hash * kGoldenRatio) >> 32);
+}
+
+} // namespace
+
+ClassIDIndex::ClassIDIndex()
+    : ClassIDIndex(kLeastSize)
+{
+}
+
+ClassIDIndex::ClassIDIndex(std::size_t size)
+    : m_slots(size)
+{
+}
+
+const ZRObjectEntry* ClassIDIndex::Find(const char* classID, const CodeIndex& objects) const
+{
+    const std::uint32_t hash = HashOf(classID);
+    for (std::size_t place = HomeOf(hash); m_slots[place].code != 0; place = Following(place)) {
+        if (m_slots[place].hash == hash) {
+            const ZRObjectEntry* const entry = objects.Find(m_slots[place].code);
+            if (entry != nullptr && entry->m_bHasClassID != 0 && entry->m_csClassID.CompareNoCase(classID) == 0) {
+                return entry;
+            }
+        }
+    }
+    return nullptr;
+}
+
+void ClassIDIndex::ReserveOne()
+{
+    if (2 * (m_count + 1) <= m_slots.size()) {
+        return;
+    }
+    ClassIDIndex larger(2 * m_slots.size());
+    for (const Slot& slot : m_slots) {
+        if (slot.code != 0) {
+            larger.Insert(slot);
+        }
+    }
+    *this = std::move(larger);
+}
+
+void ClassIDIndex::Insert(const char* classID, int code) noexcept { Insert(Slot{code, HashOf(classID)}); }
+
+void ClassIDIndex::Insert(const Slot& slot) noexcept
+{
+    std::size_t place = HomeOf(slot.hash);
+    while (m_slots[place].code != 0) {
+        place = Following(place);
+    }
+    m_slots[place] = slot;
+    ++m_count;
+}
+
+void ClassIDIndex::Erase(const char* classID, int code) noexcept
+{
+    std::size_t gap = HomeOf(HashOf(classID));
+    while (m_slots[gap].code != code) {
+        if (m_slots[gap].code == 0) {
+            return;
+        }
+        gap = Following(gap);
+    }
+    // Entries behind move up, unless that would put them before their home.
+    const std::size_t mask = m_slots.size() - 1;
+    for (std::size_t place = Following(gap); m_slots[place].code != 0; place = Following(place)) {
+        const std::size_t distanceFromHome = (place - HomeOf(m_slots[place].hash)) & mask;
+        if (distanceFromHome >= ((place - gap) & mask)) {
+            m_slots[gap] = m_slots[place];
+            gap = place;
+        }
+    }
+    m_slots[gap] = {};
+    --m_count;
+}
+
+void ClassIDIndex::Clear() noexcept
+{
+    m_slots.resize(kLeastSize); // there are never fewer, so that nothing is allocated
+    m_slots.shrink_to_fit();
+    std::fill(m_slots.begin(), m_slots.end(), Slot{});
+    m_count = 0;
+}
+
+} // namespace zr

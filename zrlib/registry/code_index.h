@@ -1,0 +1,97 @@
+/// CodeIndex: finds the objects of a registry by their codes. Not exported.
+#pragma once
+
+#include "zrlib/registry/code_map.h"
+#include "zrlib/registry/object_entry.h"
+
+#include <array>
+#include <cstddef>
+
+namespace zr {
+
+/// A radix tree over the codes that a registry accepts: full object codes and short codes, in the order of the codes.
+///
+/// A code leads through three tables of pointers to its slot. Where there is nothing, shared empty tables take the
+/// place of the missing ones, so that a lookup has no branches, and a registry with few objects stays small.
+class CodeIndex {
+public:
+    using Place = ZRCodeMap<ZRObjectEntry*>::Iterator;
+
+    /// What is kept for a code.
+    struct Slot {
+        ZRObjectEntry* entry = nullptr; // not owned; null in a free slot
+        Place place; // in the ring of objects
+    };
+
+    CodeIndex() noexcept { m_tables.fill(&s_noTables); }
+    ~CodeIndex() { Clear(); }
+    CodeIndex(const CodeIndex&) = delete;
+    CodeIndex& operator=(const CodeIndex&) = delete;
+
+    /// Null for any code that is not in the index.
+    ZRObjectEntry* Find(int code) const { return IsInRange(code) ? FindInRange(code) : nullptr; }
+
+    /// As Find, for a code that has the high word 0xA04F or 0.
+    ZRObjectEntry* FindInRange(int code) const { return SlotAt(PositionOf(code)).entry; }
+
+    /// The place of the least code above `code`, which is in the range; `otherwise` when there is none.
+    Place Next(int code, Place otherwise) const;
+
+    /// The place of a code that is in the index.
+    Place PlaceOf(int code) const { return SlotAt(PositionOf(code)).place; }
+
+    /// Adds a code that is in the range and not in the index. Throws std::bad_alloc; the code is not added then.
+    void Insert(int code, const Slot& slot);
+
+    /// Removes a code that is in the index.
+    void Erase(int code) noexcept;
+
+    void Clear() noexcept;
+
+private:
+    static constexpr unsigned int kBits = 4; // of a position, for each level but the uppermost
+    static constexpr std::size_t kSize = std::size_t{1} << kBits;
+    static constexpr unsigned int kPositions = 0x20000; // codes with the high word 0xA04F, then those with 0
+
+    struct Leaf {
+        std::array<Slot, kSize> slots;
+        int used = 0; // slots that are not free
+    };
+    template <typename Below> struct Table {
+        std::array<Below*, kSize> below;
+        int used = 0; // pointers to tables that are not the empty one
+    };
+    using Leaves = Table<Leaf>;
+    using Tables = Table<Leaves>;
+
+    static bool IsInRange(int code)
+    {
+        const int highWord = code & ZRObjectEntry::BASEMASK;
+        return highWord == ZRObjectEntry::OBJECTBASE || highWord == 0;
+    }
+    static unsigned int PositionOf(int code)
+    {
+        return static_cast<unsigned int>(code & 0xFFFF) + (code >= 0 ? kPositions / 2 : 0);
+    }
+    /// Place of the pointer or slot for a position at a level: 0 for the leaves.
+    static std::size_t At(unsigned int position, unsigned int level)
+    {
+        return position >> (level * kBits) & (kSize - 1);
+    }
+
+    Tables* TablesAt(unsigned int position) const { return m_tables[position >> (3 * kBits)]; }
+    const Slot& SlotAt(unsigned int position) const
+    {
+        return TablesAt(position)->below[At(position, 2)]->below[At(position, 1)]->slots[At(position, 0)];
+    }
+
+    // Never written to.
+    static Leaf s_noSlots;
+    static Leaves s_noLeaves;
+    static Tables s_noTables;
+
+    std::array<Tables*, (kPositions >> (3 * kBits))> m_tables;
+    int m_used = 0; // tables that are not the empty one
+};
+
+} // namespace zr

@@ -1,0 +1,105 @@
+/// ZRObjectEntry: what a registry knows about one object, and the layout of object codes.
+#pragma once
+
+#include "hcbase/string.h"
+#include "zrlib/export.h"
+#include "zrlib/registry/class_id.h"
+
+namespace zr {
+class ClassIDIndex;
+}
+
+/// One object: its code, name, class ID and mirror ID. The entry tests nothing of what it is given; the registry does
+/// before it makes one.
+///
+/// A full object code is 0xA04FLnnn: the high word of all object codes, the nibble L of the library (1 to 15) and the
+/// number of the object within its library. A short code has the high word 0. Codes are compared as signed numbers, so
+/// full codes come before short ones.
+///
+/// Threads: one object is used by one thread at a time.
+class ZR_API ZRObjectEntry {
+public:
+    static constexpr int OBJECTBASE = -0x5FB10000; // 0xA04F0000, the high word of full object codes
+    static constexpr int BASEMASK = -0x10000; // 0xFFFF0000, selects the high word
+    static constexpr int SHORTMASK = 0xFFFF; // selects the short ID: library and number
+    static constexpr int LIBRARYMASK = 0xF000; // selects the library code
+
+    /// All numbers 0, all texts empty.
+    ZRObjectEntry() { Initialise(); }
+
+    /// Without a class ID. The mirror ID is the code. The last argument has no effect.
+    ZRObjectEntry(int code, const HCString& name, int /*unused*/)
+        : m_nID(code)
+        , m_csName(name)
+        , m_bHasClassID(0)
+        , m_nMirrorID(code)
+    {
+    }
+
+    /// With a class ID, which may be any text.
+    ZRObjectEntry(int code, const HCString& name, const HCString& classID, int /*unused*/)
+        : m_nID(code)
+        , m_csName(name)
+        , m_bHasClassID(1)
+        , m_csClassID(classID)
+        , m_nMirrorID(code)
+    {
+    }
+
+    ZRObjectEntry(const ZRObjectEntry& other) = default;
+    ZRObjectEntry& operator=(const ZRObjectEntry& other) = default;
+    ~ZRObjectEntry() = default;
+
+    /// 1 when everything is equal, texts by case; otherwise 0.
+    char operator==(const ZRObjectEntry& other) const
+    {
+        return m_nID == other.m_nID && m_csName == other.m_csName && m_bHasClassID == other.m_bHasClassID
+                && m_csClassID == other.m_csClassID && m_nMirrorID == other.m_nMirrorID
+            ? 1
+            : 0;
+    }
+    char operator!=(const ZRObjectEntry& other) const { return *this == other ? 0 : 1; }
+
+    /// The object code.
+    int GetID() const { return m_nID; }
+
+    /// The library nibble and the object number together.
+    int GetShortID() const { return m_nID & SHORTMASK; }
+
+    /// The library code: the nibble in its place, 0x1000 to 0xF000 for a full object code.
+    int GetLibrary() const { return m_nID & LIBRARYMASK; }
+
+    HCString GetName() const { return m_csName; }
+
+    /// 1 when the object was registered with a class ID.
+    char HasClassID() const { return m_bHasClassID; }
+
+    /// The class ID; ZRClassID::Null when there is none.
+    HCString GetClassID() const { return m_bHasClassID != 0 ? m_csClassID : HCString(ZRClassID::Null); }
+
+    /// A number for clients, the object code until it is set.
+    int GetMirrorID() const { return m_nMirrorID; }
+    void SetMirrorID(int mirror) { m_nMirrorID = mirror; }
+
+protected:
+    /// Back to what the default constructor makes.
+    void Initialise()
+    {
+        m_nID = 0;
+        m_csName.Empty();
+        m_bHasClassID = 0;
+        m_csClassID.Empty();
+        m_nMirrorID = 0;
+    }
+
+private:
+    // Read the texts without copying them.
+    friend class ZRObjectRegistry;
+    friend class zr::ClassIDIndex;
+
+    int m_nID;
+    HCString m_csName;
+    char m_bHasClassID;
+    HCString m_csClassID;
+    int m_nMirrorID;
+};

@@ -1,0 +1,134 @@
+/// ZRObjectRegistry: which libraries are present, and which objects they contribute.
+#pragma once
+
+#include "hcbase/string.h"
+#include "zrlib/export.h"
+#include "zrlib/registry/code_map.h"
+#include "zrlib/registry/object_entry.h"
+
+#include <initializer_list>
+#include <memory>
+
+/// Libraries and objects by their codes (object_entry.h). An object has a name and, if its client wants, a class ID
+/// that no other object has.
+///
+/// The process has one registry, which is reached through the functions in registry_functions.h; a client may have
+/// others of its own.
+///
+/// A code or class ID that is not accepted is reported with ZRErrorSet, with one of the ZR_ERROR_REGISTRY_ codes and
+/// the operation as location, and changes nothing. `char` results are 1 for success or truth, otherwise 0. Codes may be
+/// any numbers, texts any texts.
+///
+/// Threads: no operation takes a lock. Whoever shares a registry serialises all calls, queries too.
+class ZR_API ZRObjectRegistry {
+public:
+    /// A code that counts as valid but names no object: lookups do not find it, whatever is registered.
+    static constexpr int ALL_PASS = 0x1234;
+
+    /// Throws std::bad_alloc, as do all operations that add something, unless they say otherwise; nothing is added
+    /// then.
+    ZRObjectRegistry();
+
+    /// Copies the entries too: each registry owns its own.
+    ZRObjectRegistry(const ZRObjectRegistry& other);
+    ZRObjectRegistry& operator=(const ZRObjectRegistry& other);
+    virtual ~ZRObjectRegistry();
+
+    /// Adds a library. Its code is one of 0x1000, 0x2000 to 0xF000 that is free; names may be alike and empty.
+    char RegisterLibrary(int code, const HCString& name);
+
+    /// Removes a library. Its objects stay; new ones are not accepted until it is registered again.
+    char UnregisterLibrary(int code);
+
+    /// Adds an object without a class ID. A code with the high word 0 needs no library; any other has to be a full code
+    /// of a registered library. Gives 0 without a report when there is no memory.
+    char RegisterObject(int code, const HCString& name);
+
+    /// Adds an object with a class ID of the right form (ZRClassID::IsFormat) that no other object has; letters count
+    /// as the same in either case. The code has to be a full code, or ALL_PASS, of a registered library. Gives 0
+    /// without a report when there is no memory.
+    char RegisterObject(int code, const HCString& name, const HCString& classID);
+
+    /// Removes an object. Not for short codes: their objects stay until Release.
+    char UnregisterObject(int code);
+
+    /// Removes everything. The registry may be used further.
+    void Release();
+
+    /// Whether the code is one of 0x1000, 0x2000 to 0xF000.
+    static char IsValidLibraryCode(int code);
+
+    /// Whether the high word is 0xA04F.
+    static char IsValidHighWord(int code);
+
+    /// Whether the code is a full object code, of a library registered or not, or ALL_PASS. report: not 0 to report
+    /// what is wrong; 0 is never reported.
+    static char IsValidObjectCode(int code, char report);
+
+    /// The entry of an object; null when there is none, and for ALL_PASS. Only a malformed code is reported, and only
+    /// when `report` is not 0. The entry is the registry's and stays until the object is unregistered; its client may
+    /// set the mirror ID and must not change anything else.
+    ZRObjectEntry* GetObjectEntry(int code, char report) const;
+
+    /// The entry at a position, from 0 in rising order of the codes; null beyond the last one and for negative numbers.
+    /// Positions change when objects come and go. Walking through all positions, up or down, is fast.
+    ZRObjectEntry* GetObjectEntryAt(int index) const;
+
+    // Texts for a code. A name or class ID of an entry is the entry's own: it is valid while the object is registered.
+    // `known` and `found` may be null.
+
+    /// The name of an object. Without one "object with ID 0x..." in a buffer that the next call on any registry
+    /// overwrites; a malformed code is reported. known: set to 1 when there is such an object, otherwise to 0. ALL_PASS
+    /// gives "?" and leaves `known` alone.
+    const char* GetObjectName(int code, char* known) const;
+
+    /// As GetObjectName, but a text that tells more, in a buffer of its own, and no report.
+    const char* GetObjectNameEx(int code, char* known) const;
+
+    /// The class ID of an object; ZRClassID::Null without one. A malformed code is reported. found: set to 1 when the
+    /// object was registered with a class ID, otherwise to 0.
+    const char* GetObjectClassID(int code, char* found) const;
+
+    // The same by position.
+
+    /// Null when there is none.
+    const char* GetObjectNameAt(int index) const;
+
+    /// ZRClassID::Null when there is none.
+    const char* GetObjectClassIDAt(int index) const;
+
+    /// -1 when there is none.
+    int GetObjectIDAt(int index) const;
+
+    /// The mirror ID of an object; 0 without one. A malformed code is reported.
+    int GetObjectMirror(int code) const;
+
+    /// 1 when the object is there and has its new mirror ID. A malformed code is reported.
+    char SetObjectMirror(int code, int mirror);
+
+    /// Whether an object is registered under just this code, ALL_PASS included. No report.
+    char ObjectIsKnown(int code) const;
+
+    int GetObjectCount() const;
+    int GetLibraryCount() const;
+
+    /// Prints the registry as Out messages.
+    void DumpOut() const;
+
+protected:
+    ZRCodeMap<HCString> m_Libraries;
+    ZRCodeMap<ZRObjectEntry*> m_Objects; // the entries are owned
+
+private:
+    struct Index;
+    struct Request;
+    enum class Rule;
+
+    bool Allows(const Request& request, std::initializer_list<Rule> rules) const;
+    bool Holds(Rule rule, const Request& request) const;
+    bool TryAdd(int code, const HCString& name, const HCString* classID);
+    void Add(int code, std::unique_ptr<ZRObjectEntry> entry);
+    static const char* ClassIDOf(const ZRObjectEntry* entry);
+
+    std::unique_ptr<Index> m_index; // what makes lookups fast
+};

@@ -1,0 +1,6 @@
+/// The registry of the process. Not exported: clients reach it through the functions only.
+#pragma once
+
+class ZRObjectRegistry;
+
+extern ZRObjectRegistry g_ObjectRegistry;

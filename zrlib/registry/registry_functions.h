@@ -1,0 +1,41 @@
+/// The functions that reach the registry of the process.
+#pragma once
+
+#include "hcbase/string.h"
+#include "zrlib/export.h"
+
+// There is one registry for the process. It is empty when the library is loaded; only clients fill it. It goes, with
+// what is left in it, when the library is unloaded or the process ends; from then on the functions do nothing and find
+// nothing.
+//
+// Each function is the operation of ZRObjectRegistry (object_registry.h) in its comment, which tells what is accepted,
+// reported and given back.
+//
+// Threads: no function takes a lock. Whoever uses the registry on several threads serialises all calls.
+
+extern "C" {
+
+ZR_API char ZRRegisterLibrary(int code, const HCString& name); // RegisterLibrary
+ZR_API char ZRUnregisterLibrary(int code); // UnregisterLibrary
+ZR_API char ZRRegisterObject(int code, const HCString& name); // RegisterObject without a class ID
+
+/// RegisterObject with a class ID. By convention the class ID is for whoever makes such objects; the registry keeps no
+/// function for it.
+ZR_API char ZRRegisterFactoryObject(int code, const HCString& name, const HCString& classID);
+
+ZR_API char ZRUnregisterObject(int code); // UnregisterObject
+
+ZR_API char ZRObjectIsKnown(int code); // ObjectIsKnown
+ZR_API const char* ZRGetObjectName(int code, char* known); // GetObjectName
+ZR_API const char* ZRGetObjectNameEx(int code, char* known); // GetObjectNameEx
+ZR_API const char* ZRGetObjectClassID(int code, char* found); // GetObjectClassID
+ZR_API int ZRGetObjectMirror(int code); // GetObjectMirror
+ZR_API char ZRSetObjectMirror(int code, int mirror); // SetObjectMirror
+
+ZR_API int ZRGetRegisteredObjectCount(); // GetObjectCount
+ZR_API const char* ZRGetRegisteredObjectName(int index); // GetObjectNameAt
+ZR_API int ZRGetRegisteredObjectID(int index); // GetObjectIDAt
+ZR_API const char* ZRGetRegisteredObjectClassID(int index); // GetObjectClassIDAt
+
+ZR_API void ZRDumpRegistry(); // DumpOut
+}
