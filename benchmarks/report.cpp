@@ -18,6 +18,12 @@ std::vector<report::Target>& Targets()
     return targets;
 }
 
+std::vector<report::Figure>& Figures()
+{
+    static std::vector<report::Figure> figures;
+    return figures;
+}
+
 /// Prints the medians and keeps the times of all repetitions.
 class KeepingReporter : public benchmark::ConsoleReporter {
 public:
@@ -30,7 +36,8 @@ public:
     {
         for (const Run& run : runs) {
             if (run.run_type == Run::RT_Iteration && !run.error_occurred) {
-                m_times[run.run_name.function_name].push_back(
+                const benchmark::BenchmarkName& name = run.run_name;
+                m_times[name.args.empty() ? name.function_name : name.function_name + "/" + name.args].push_back(
                     run.real_accumulated_time * 1e9 / static_cast<double>(run.iterations));
             }
         }
@@ -64,7 +71,16 @@ void PrintTarget(const report::Target& target, const KeepingReporter& reporter)
         isRatio ? "x" : "ns", target.target, value <= target.target ? "met" : "MISSED");
 }
 
+void PrintFigure(const report::Figure& figure)
+{
+    const double value = figure.measure();
+    std::printf("%-62s %10s %10s %9.0f %-2s %9.0f  %s\n", figure.what.c_str(), "", "", value, figure.unit,
+        figure.target, value <= figure.target ? "met" : "MISSED");
+}
+
 } // namespace
+
+report::AddFigure::AddFigure(Figure figure) { Figures().push_back(std::move(figure)); }
 
 report::AddTarget::AddTarget(Target target) { Targets().push_back(std::move(target)); }
 
@@ -89,6 +105,9 @@ int main(int argc, char** argv)
         "\n%-62s %10s %10s %12s %9s\n", "least of the repetitions of this run", "ns", "reference", "value", "target");
     for (const report::Target& target : Targets()) {
         PrintTarget(target, reporter);
+    }
+    for (const report::Figure& figure : Figures()) {
+        PrintFigure(figure);
     }
     return 0;
 }

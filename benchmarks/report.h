@@ -12,8 +12,8 @@ enum class Measure {
     kTime, // time of the subject, in nanoseconds
 };
 
-/// One row of the table: the names of two benchmarks (`reference` is not used with kTime) and the greatest value
-/// wanted.
+/// One row of the table: the names of two benchmarks, with "/" and its argument when it has one (`reference` is not
+/// used with kTime), and the greatest value wanted.
 struct Target {
     std::string what;
     Measure measure;
@@ -26,6 +26,20 @@ struct Target {
 class AddTarget {
 public:
     explicit AddTarget(Target target);
+};
+
+/// A row for something other than time.
+struct Figure {
+    std::string what;
+    const char* unit;
+    double (*measure)();
+    double target; // the greatest value wanted
+};
+
+/// Adds a row. To be used for static objects.
+class AddFigure {
+public:
+    explicit AddFigure(Figure figure);
 };
 
 } // namespace report

@@ -1,15 +1,40 @@
-// survey [PATH]: counts files, lines and bytes of a folder tree for each type of file.
+// survey [--registry] [PATH]: counts files, lines and bytes of a folder tree for each type of file.
+//
+// --registry: ends with a dump of the object registry, which then holds the types of file.
 //
 // Shows a whole application on the library: it reports by messages only, and where they go is the user's choice.
 // Without preferences it turns them on itself, for the console. Ends with status 2 when PATH does not exist.
 
 #include "survey.h"
 
+#include <string>
 #include <zrlib/zrlib.h>
 
 namespace {
 
 constexpr int kBadArguments = 2;
+
+struct Arguments {
+    Arguments(int count, char** values)
+    {
+        bool hasPath = false;
+        for (int place = 1; place < count; ++place) {
+            const std::string value = values[place];
+            if (value == "--registry") {
+                dumpsRegistry = true;
+            } else if (value.rfind("--", 0) == 0 || hasPath) {
+                areGood = false;
+            } else {
+                path = value;
+                hasPath = true;
+            }
+        }
+    }
+
+    std::string path = ".";
+    bool dumpsRegistry = false;
+    bool areGood = true;
+};
 
 /// An application has its say only where the user's preferences are silent.
 void ShowMessagesUnlessPreferencesDo()
@@ -27,14 +52,18 @@ void ShowMessagesUnlessPreferencesDo()
 int main(int argc, char** argv)
 {
     ShowMessagesUnlessPreferencesDo();
-    if (argc > 2) {
-        ZRError("Usage: survey [PATH]", "main", 1);
+    const Arguments arguments(argc, argv);
+    if (!arguments.areGood) {
+        ZRError("Usage: survey [--registry] [PATH]", "main", 1);
         return kBadArguments;
     }
     Survey survey;
-    if (!survey.Walk(argc == 2 ? argv[1] : ".")) {
+    if (!survey.Walk(arguments.path)) {
         return kBadArguments;
     }
     survey.ReportTotals();
+    if (arguments.dumpsRegistry) {
+        ZRDumpRegistry();
+    }
     return 0;
 }

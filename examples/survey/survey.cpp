@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cctype>
+#include <map>
+#include <string>
 #include <system_error>
 #include <vector>
 #include <zrlib/zrlib.h>
@@ -114,9 +116,8 @@ void Survey::Take(const fs::path& file, FileCount& ofFolder)
     FileCount count;
     switch (CountTextFile(file, count)) {
     case ReadResult::kText:
-        ZRTrace(Describe("File " + Text(file), count), "Survey::Take", 1);
+        TakeText(file, count);
         ofFolder += count;
-        m_byType[TypeOf(file)] += count;
         break;
     case ReadResult::kBinary:
         WarnSkipped(file, "binary");
@@ -127,12 +128,23 @@ void Survey::Take(const fs::path& file, FileCount& ofFolder)
     }
 }
 
+void Survey::TakeText(const fs::path& file, const FileCount& count)
+{
+    const int type = m_types.CodeOf(TypeOf(file));
+    ZRTrace(Describe("File " + Text(file) + ", type " + FileTypes::NameOf(type), count), "Survey::TakeText", 1);
+    m_byType[type] += count;
+}
+
 void Survey::ReportTotals() const
 {
     FileCount all;
+    std::map<std::string, FileCount> byName;
     for (const auto& [type, count] : m_byType) {
-        ZROut(Describe("Type " + type, count), "Survey::ReportTotals", 1);
+        byName.emplace(FileTypes::NameOf(type), count);
         all += count;
+    }
+    for (const auto& [name, count] : byName) {
+        ZROut(Describe("Type " + name, count), "Survey::ReportTotals", 1);
     }
     ZROut(Describe("Total", all), "Survey::ReportTotals", 1);
 }

@@ -1,11 +1,11 @@
 /// Walking a folder tree and adding up its text files by type.
 #pragma once
 
+#include "file_types.h"
 #include "text_file.h"
 
 #include <filesystem>
 #include <map>
-#include <string>
 
 /// Everything it reports is a message: Out for folders and totals, Trace for each file, Warn for what is skipped, Error
 /// for a path that does not exist.
@@ -21,6 +21,8 @@ public:
 private:
     void WalkFolder(const std::filesystem::path& folder);
     void Take(const std::filesystem::path& file, FileCount& ofFolder);
+    void TakeText(const std::filesystem::path& file, const FileCount& count);
 
-    std::map<std::string, FileCount> m_byType;
+    FileTypes m_types;
+    std::map<int, FileCount> m_byType; // by the object code of the type
 };
