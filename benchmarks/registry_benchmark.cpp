@@ -28,6 +28,7 @@ constexpr int kMostObjects = 15 * kObjectsOfLibrary;
 std::vector<int> Codes(int count)
 {
     std::vector<int> codes;
+    codes.reserve(static_cast<std::size_t>(count));
     for (int number = 0; number < count; ++number) {
         codes.push_back(ZRObjectEntry::OBJECTBASE + 0x1000 + number);
     }
@@ -68,6 +69,7 @@ void RegisterAll(ZRObjectRegistry& registry, const std::vector<int>& codes, cons
 std::vector<HCString> ClassIDs(const std::vector<int>& codes)
 {
     std::vector<HCString> classIDs;
+    classIDs.reserve(codes.size());
     for (const int code : codes) {
         classIDs.push_back(ZRClassID::MakeExternalID(code));
     }

@@ -269,11 +269,11 @@ void ZRObjectRegistry::Add(int code, std::unique_ptr<ZRObjectEntry> entry)
         m_Objects.Erase(place);
         throw;
     }
+    const ZRObjectEntry* const added = entry.release();
     m_index->lastPlace = {};
-    if (entry->m_bHasClassID != 0) {
-        m_index->byClassID.Insert(entry->m_csClassID, code);
+    if (added->m_bHasClassID != 0) {
+        m_index->byClassID.Insert(added->m_csClassID, code);
     }
-    entry.release();
 }
 
 char ZRObjectRegistry::IsValidLibraryCode(int code)
