@@ -35,12 +35,12 @@ std::vector<int> Codes(int count)
     return codes;
 }
 
-/// As many codes of which none is registered.
+/// As many codes of which none is registered: those behind the registered ones, short codes where there are no more.
 std::vector<int> UnknownCodes(int count)
 {
     std::vector<int> codes = Codes(count);
     for (int& code : codes) {
-        code = (code & ZRObjectEntry::SHORTMASK) == ZRObjectRegistry::ALL_PASS ? 1 : code & ZRObjectEntry::SHORTMASK;
+        code = count < kMostObjects ? code + count : (code & ZRObjectEntry::SHORTMASK) ^ 1;
     }
     return codes;
 }

@@ -7,17 +7,23 @@ namespace {
 constexpr int kLibrary = 0x5000;
 constexpr int kFirstCode = ZRObjectEntry::OBJECTBASE | kLibrary;
 constexpr int kLastCode = kFirstCode | 0xFFF;
+constexpr const char* kFurtherTypes = "(further types)";
 
 } // namespace
 
-FileTypes::FileTypes() { ZRRegisterLibrary(kLibrary, "survey"); }
+FileTypes::FileTypes()
+    : m_isRegistered(ZRRegisterLibrary(kLibrary, "survey") != 0)
+{
+}
 
 FileTypes::~FileTypes()
 {
-    for (int code = kFirstCode; code <= kLastCode && ZRObjectIsKnown(code) != 0; ++code) {
-        ZRUnregisterObject(code);
+    if (m_isRegistered) {
+        for (const auto& [type, code] : m_codes) {
+            ZRUnregisterObject(code);
+        }
+        ZRUnregisterLibrary(kLibrary);
     }
-    ZRUnregisterLibrary(kLibrary);
 }
 
 int FileTypes::CodeOf(const std::string& type)
@@ -27,12 +33,10 @@ int FileTypes::CodeOf(const std::string& type)
         return found->second;
     }
     const int code = kFirstCode + static_cast<int>(m_codes.size());
-    if (code >= kLastCode) {
-        if (ZRObjectIsKnown(kLastCode) == 0) {
-            ZRRegisterFactoryObject(kLastCode, "(further types)", ZRClassID::MakeExternalID(kLastCode));
-        }
-        return kLastCode;
+    if (code >= kLastCode && type != kFurtherTypes) {
+        return CodeOf(kFurtherTypes);
     }
+    // A refusal has been reported; the type then has a code without a name.
     ZRRegisterFactoryObject(code, type.c_str(), ZRClassID::MakeExternalID(code));
     m_codes.emplace(type, code);
     return code;

@@ -20,5 +20,6 @@ public:
     static std::string NameOf(int code);
 
 private:
+    bool m_isRegistered; // the library code was free
     std::map<std::string, int> m_codes;
 };

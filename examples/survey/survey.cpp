@@ -140,7 +140,7 @@ void Survey::ReportTotals() const
     FileCount all;
     std::map<std::string, FileCount> byName;
     for (const auto& [type, count] : m_byType) {
-        byName.emplace(FileTypes::NameOf(type), count);
+        byName[FileTypes::NameOf(type)] += count;
         all += count;
     }
     for (const auto& [name, count] : byName) {

@@ -21,8 +21,9 @@ void SendWhenTheLibraryHasGone(int /*status*/, void* /*argument*/)
     ZRErrorSet(-1, "too late", "late_client", 0, 1);
     ZRSetMessagesEnabled(1);
     ZRWarn("too late", "late_client", 1);
+    char known = 1;
     const bool findsNothing = ZRRegisterLibrary(0x1000, "too late") == 0 && ZRObjectIsKnown(0x1001) == 0
-        && ZRGetObjectName(0x1001, nullptr) == std::string("?") && ZRGetRegisteredObjectID(0) == -1;
+        && ZRGetObjectNameEx(0x1001, &known) == std::string("?") && known == 0 && ZRGetRegisteredObjectID(0) == -1;
     ZRDumpRegistry();
     std::puts(findsNothing ? "after the library" : "the registry is still there");
 }
@@ -42,12 +43,20 @@ public:
         ZRWarn(ZRGetObjectName(0x1001, nullptr), "late_client", 1);
         ZRRegisterObject(0x1001, "left registered");
     }
-    ~Client() { ZRWarn(ZRGetObjectName(0x1001, nullptr), "late_client", 1); }
+    ~Client()
+    {
+        ZRWarn(ZRGetObjectName(0x1001, nullptr), "late_client", 1);
+        ZRWarn(m_text, "late_client", 1);
+    }
+    void Keep(const char* text) { m_text = text; }
     Client(const Client&) = delete;
     Client& operator=(const Client&) = delete;
+
+private:
+    const char* m_text = "";
 };
 
-const Client client;
+Client client;
 
 } // namespace
 
@@ -71,6 +80,7 @@ int main()
         HFVersionGet("ZRLIB", version);
         HFTextFind("ZRLib");
     });
+    client.Keep(ZRGetObjectNameEx(0x1002, nullptr)); // asked for after the object was built, read when it goes
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     return 0;
 }

@@ -1,4 +1,5 @@
 #include "tests/messaging/message_fixture.h"
+#include "tests/support/allocations.h"
 
 #include <algorithm>
 #include <climits>
@@ -312,7 +313,9 @@ TEST_F(ObjectRegistry, CopiesOwnTheirEntries)
     EXPECT_EQ(Dump(), before);
     EXPECT_EQ(m_registry.GetObjectMirror(Code(0xA04F1001)), 42);
     EXPECT_STREQ(m_registry.GetObjectClassID(Code(0xA04F1001), nullptr), kIDOne);
-    EXPECT_EQ(m_registry.RegisterObject(Code(0xA04F2002), "two", kIDOneOtherCase), 0) << "its class IDs are known too";
+    Console([&] {
+        EXPECT_EQ(m_registry.RegisterObject(Code(0xA04F2002), "two", kIDOneOtherCase), 0) << "class IDs are known too";
+    });
     EXPECT_EQ(m_registry.UnregisterObject(Code(0xA04F1001)), 1);
     EXPECT_EQ(m_registry.RegisterObject(Code(0xA04F2002), "two", kIDOneOtherCase), 1);
 }
@@ -334,6 +337,31 @@ TEST_F(ObjectRegistry, TakesTextsOfAnyKind)
     EXPECT_EQ(test::TakeError(),
         "-65845 Invalid class ID  specified for object 0xA04F1003 ZRObjectRegistry::RegisterObject<id,name,class> 0");
 }
+
+#if !defined(_WIN32)
+TEST_F(ObjectRegistry, AddsNothingWithoutMemory)
+{
+    AddLibraries();
+    const HCString longName(std::string(100, 'n').c_str());
+    for (int number = 0; number < 40; ++number) { // each of its tables grows in the course of it
+        const int code = Code(0xA04F2000) + number * 31;
+        const HCString classID = ZRClassID::MakeExternalID(code);
+        char isAdded = 0;
+        for (long allocations = 0; isAdded == 0; ++allocations) {
+            const std::string before = Dump();
+            {
+                const test::FailingHeap heap(allocations);
+                isAdded = m_registry.RegisterObject(code, longName, classID);
+            }
+            EXPECT_EQ(Dump() == before, isAdded == 0);
+            EXPECT_EQ(m_registry.ObjectIsKnown(code), isAdded);
+        }
+        const test::FailingHeap heap(0);
+        EXPECT_EQ(m_registry.RegisterObject(code, longName), 0) << "refused, if without a report";
+        EXPECT_EQ(m_registry.GetObjectCount(), number + 1);
+    }
+}
+#endif
 
 TEST_F(ObjectRegistry, OfTheProcessIsReachedByFunctions)
 {

@@ -27,5 +27,5 @@ const ZRMode g_Mode;
 
 unsigned int ZRMode::m_main_thread = HCThread::GetCurrentThreadId();
 
-// Empty. When it goes it releases what clients left registered, while messages can still be sent.
+// Empty. When it goes it releases what clients left registered.
 ZRObjectRegistry g_ObjectRegistry;

@@ -7,6 +7,17 @@
 #include <cstdlib>
 #include <cstring>
 
+#if defined(_WIN32)
+// A client that takes the address of a constant imports it, and an import needs a definition here.
+constexpr const char* ZRClassID::Null;
+constexpr const char* ZRClassID::Internal;
+constexpr const char* ZRClassID::External;
+constexpr int ZRClassID::Size;
+constexpr int ZRClassID::InternalSize;
+constexpr int ZRClassID::ExternalSize;
+constexpr int ZRClassID::CodeSize;
+#endif
+
 namespace {
 
 bool StartsWith(const char* text, const char* prefix, int size)
@@ -14,7 +25,7 @@ bool StartsWith(const char* text, const char* prefix, int size)
     return text != nullptr && std::strncmp(text, prefix, static_cast<std::size_t>(size)) == 0;
 }
 
-/// As isxdigit, on which no locale has an influence either.
+/// Like isxdigit, independent of the locale.
 bool IsHexadecimalDigit(char character)
 {
     return (character >= '0' && character <= '9') || (character >= 'A' && character <= 'F')

@@ -112,8 +112,8 @@ void ClassIDIndex::Erase(const char* classID, int code) noexcept
 
 void ClassIDIndex::Clear() noexcept
 {
-    m_slots.resize(kLeastSize); // there are never fewer, so that nothing is allocated
-    m_slots.shrink_to_fit();
+    m_slots.resize(kLeastSize); // never more than there are, so that it cannot fail
+    m_slots.shrink_to_fit(); // does nothing when it fails
     std::fill(m_slots.begin(), m_slots.end(), Slot{});
     m_count = 0;
 }

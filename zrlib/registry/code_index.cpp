@@ -1,5 +1,7 @@
 #include "zrlib/registry/code_index.h"
 
+#include <algorithm>
+
 namespace zr {
 
 namespace {
@@ -12,23 +14,31 @@ template <typename Table, typename Below> constexpr Table EmptyTable(Below& none
 }
 
 /// What hangs on a pointer of a table; makes it first if there is nothing yet.
-template <typename Below> Below& Grow(Below*& below, int& used, const Below& none)
+template <typename Below> Below& Grow(Below*& below, const Below& none)
 {
     if (below == &none) {
         below = new Below(none);
-        ++used;
     }
     return *below;
 }
 
-/// Deletes what hangs on a pointer if it has become empty.
-template <typename Below> void Shrink(Below*& below, int& used, Below& none) noexcept
+/// Counts one code less in what hangs on a pointer, and deletes it when it was the last.
+template <typename Below> void Shrink(Below*& below, Below& none) noexcept
 {
-    if (below->used == 0) {
+    if (--below->count == 0) {
         delete below;
         below = &none;
-        --used;
     }
+}
+
+/// The place in which the code after `index` others is found; `index` becomes the number of others within that place.
+template <typename Places> auto* PlaceAt(const Places& places, int& index)
+{
+    auto place = places.begin();
+    for (; index >= (*place)->count; ++place) {
+        index -= (*place)->count;
+    }
+    return *place;
 }
 
 } // namespace
@@ -42,9 +52,9 @@ CodeIndex::Place CodeIndex::Next(int code, Place otherwise) const
     unsigned int position = PositionOf(code) + 1;
     while (position < kPositions) {
         const Tables* const tables = TablesAt(position);
-        const Leaves* const leaves = tables->below[At(position, 2)];
-        const Leaf* const leaf = leaves->below[At(position, 1)];
-        const Slot& slot = leaf->slots[At(position, 0)];
+        const Leaves* const leaves = tables->below[DigitOf(position, 2)];
+        const Leaf* const leaf = leaves->below[DigitOf(position, 1)];
+        const Slot& slot = leaf->slots[DigitOf(position, 0)];
         if (slot.entry != nullptr) {
             return slot.place;
         }
@@ -55,27 +65,42 @@ CodeIndex::Place CodeIndex::Next(int code, Place otherwise) const
     return otherwise;
 }
 
+ZRObjectEntry* CodeIndex::At(int index) const
+{
+    int count = 0;
+    for (const Tables* const tables : m_tables) {
+        count += tables->count;
+    }
+    if (index < 0 || index >= count) {
+        return nullptr;
+    }
+    const Leaf* const leaf = PlaceAt(PlaceAt(PlaceAt(m_tables, index)->below, index)->below, index);
+    const auto isTaken = [&index](const Slot& slot) { return slot.entry != nullptr && index-- == 0; };
+    return std::find_if(leaf->slots.begin(), leaf->slots.end(), isTaken)->entry;
+}
+
 void CodeIndex::Insert(int code, const Slot& slot)
 {
     const unsigned int position = PositionOf(code);
-    Tables& tables = Grow(m_tables[position >> (3 * kBits)], m_used, s_noTables);
-    Leaves& leaves = Grow(tables.below[At(position, 2)], tables.used, s_noLeaves);
-    Leaf& leaf = Grow(leaves.below[At(position, 1)], leaves.used, s_noSlots);
-    leaf.slots[At(position, 0)] = slot;
-    ++leaf.used;
+    Tables& tables = Grow(m_tables[position >> (3 * kBits)], s_noTables);
+    Leaves& leaves = Grow(tables.below[DigitOf(position, 2)], s_noLeaves);
+    Leaf& leaf = Grow(leaves.below[DigitOf(position, 1)], s_noSlots);
+    leaf.slots[DigitOf(position, 0)] = slot;
+    ++leaf.count;
+    ++leaves.count;
+    ++tables.count;
 }
 
 void CodeIndex::Erase(int code) noexcept
 {
     const unsigned int position = PositionOf(code);
     Tables*& tables = m_tables[position >> (3 * kBits)];
-    Leaves*& leaves = tables->below[At(position, 2)];
-    Leaf*& leaf = leaves->below[At(position, 1)];
-    leaf->slots[At(position, 0)] = {};
-    --leaf->used;
-    Shrink(leaf, leaves->used, s_noSlots);
-    Shrink(leaves, tables->used, s_noLeaves);
-    Shrink(tables, m_used, s_noTables);
+    Leaves*& leaves = tables->below[DigitOf(position, 2)];
+    Leaf*& leaf = leaves->below[DigitOf(position, 1)];
+    leaf->slots[DigitOf(position, 0)] = {};
+    Shrink(leaf, s_noSlots);
+    Shrink(leaves, s_noLeaves);
+    Shrink(tables, s_noTables);
 }
 
 void CodeIndex::Clear() noexcept
@@ -98,7 +123,6 @@ void CodeIndex::Clear() noexcept
         delete tables;
         tables = &s_noTables;
     }
-    m_used = 0;
 }
 
 } // namespace zr

@@ -40,6 +40,9 @@ public:
     /// The place of a code that is in the index.
     Place PlaceOf(int code) const { return SlotAt(PositionOf(code)).place; }
 
+    /// The entry that comes after `index` others; null when there are not so many.
+    ZRObjectEntry* At(int index) const;
+
     /// Adds a code that is in the range and not in the index. Throws std::bad_alloc; the code is not added then.
     void Insert(int code, const Slot& slot);
 
@@ -55,11 +58,11 @@ private:
 
     struct Leaf {
         std::array<Slot, kSize> slots;
-        int used = 0; // slots that are not free
+        int count = 0; // codes here
     };
     template <typename Below> struct Table {
         std::array<Below*, kSize> below;
-        int used = 0; // pointers to tables that are not the empty one
+        int count = 0; // codes below
     };
     using Leaves = Table<Leaf>;
     using Tables = Table<Leaves>;
@@ -74,7 +77,7 @@ private:
         return static_cast<unsigned int>(code & 0xFFFF) + (code >= 0 ? kPositions / 2 : 0);
     }
     /// Place of the pointer or slot for a position at a level: 0 for the leaves.
-    static std::size_t At(unsigned int position, unsigned int level)
+    static std::size_t DigitOf(unsigned int position, unsigned int level)
     {
         return position >> (level * kBits) & (kSize - 1);
     }
@@ -82,16 +85,16 @@ private:
     Tables* TablesAt(unsigned int position) const { return m_tables[position >> (3 * kBits)]; }
     const Slot& SlotAt(unsigned int position) const
     {
-        return TablesAt(position)->below[At(position, 2)]->below[At(position, 1)]->slots[At(position, 0)];
+        return TablesAt(position)->below[DigitOf(position, 2)]->below[DigitOf(position, 1)]->slots[DigitOf(
+            position, 0)];
     }
 
-    // Never written to.
+    // Stand for what is missing. Never written to, though the pointers that lead to them could.
     static Leaf s_noSlots;
     static Leaves s_noLeaves;
     static Tables s_noTables;
 
     std::array<Tables*, (kPositions >> (3 * kBits))> m_tables;
-    int m_used = 0; // tables that are not the empty one
 };
 
 } // namespace zr

@@ -1,6 +1,7 @@
 /// ZRCodeMap: values sorted by an integer key.
 #pragma once
 
+#include <cstddef>
 #include <iterator>
 #include <memory>
 #include <utility>
@@ -82,7 +83,8 @@ public:
     /// Adds a pair and gives its place and true. When the key is there already nothing changes: End() and false.
     std::pair<Iterator, bool> Insert(int key, const T& value) { return Insert(Iterator(NodeFrom(key)), key, value); }
 
-    /// The same for a caller that knows the first pair whose key is not less than `key`, End() when there is none.
+    /// The same for a caller that knows the first pair whose key is not less than `key`, End() when there is none. At
+    /// any other place the order is lost.
     std::pair<Iterator, bool> Insert(Iterator next, int key, const T& value)
     {
         if (HasKey(next.m_node, key)) {

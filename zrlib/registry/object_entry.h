@@ -2,7 +2,6 @@
 #pragma once
 
 #include "hcbase/string.h"
-#include "zrlib/export.h"
 #include "zrlib/registry/class_id.h"
 
 namespace zr {
@@ -16,8 +15,10 @@ class ClassIDIndex;
 /// number of the object within its library. A short code has the high word 0. Codes are compared as signed numbers, so
 /// full codes come before short ones.
 ///
+/// An entry that belongs to a registry must not be assigned to: the registry finds it by what it was registered with.
+///
 /// Threads: one object is used by one thread at a time.
-class ZR_API ZRObjectEntry {
+class ZRObjectEntry {
 public:
     static constexpr int OBJECTBASE = -0x5FB10000; // 0xA04F0000, the high word of full object codes
     static constexpr int BASEMASK = -0x10000; // 0xFFFF0000, selects the high word

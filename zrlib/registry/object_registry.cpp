@@ -6,10 +6,14 @@
 #include "zrlib/registry/code_index.h"
 
 #include <algorithm>
-#include <cstdint>
-#include <cstdlib>
-#include <cstring>
+#include <array>
+#include <cstdio>
 #include <new>
+
+#if defined(_WIN32)
+// A client that takes the address of a constant imports it, and an import needs a definition here.
+constexpr int ZRObjectRegistry::ALL_PASS;
+#endif
 
 namespace {
 
@@ -47,8 +51,7 @@ constexpr Refusal kClassIDIsDuplicate{ZR_ERROR_REGISTRY_CLASS_ID_IN_USE,
     "Duplicate class ID %s specified for object 0x%08X", Shows::kClassIDAndNumber};
 // clang-format on
 
-/// Reports a refusal. Gives false.
-bool Refuse(const Refusal& refusal, const char* location, const Details& details)
+void Report(const Refusal& refusal, const char* location, const Details& details)
 {
     const auto number = static_cast<unsigned int>(details.number);
     HCString text;
@@ -64,8 +67,21 @@ bool Refuse(const Refusal& refusal, const char* location, const Details& details
         break;
     }
     ZRErrorSet(refusal.error, text, location, 0, 1);
+}
+
+/// Reports a refusal, if there is memory for it. Gives false.
+bool Refuse(const Refusal& refusal, const char* location, const Details& details)
+{
+    try {
+        Report(refusal, location, details);
+    } catch (const std::bad_alloc&) { // what is refused stays refused
+    }
     return false;
 }
+
+/// Holds either text for an unknown object. Storage that needs no code to come and go, so that a text is valid for as
+/// long as the library is loaded, also for objects that are older than the first call.
+using NameBuffer = std::array<char, 128>;
 
 char Truth(bool value) { return value ? 1 : 0; }
 
@@ -80,16 +96,8 @@ void SetFlag(char* flag, bool value)
 
 /// Beside the ring of objects: the ways to an entry that need not walk it.
 struct ZRObjectRegistry::Index {
-    /// Where the last positional query ended; the next one is usually beside it.
-    struct Place {
-        int position = 0;
-        ZRCodeMap<ZRObjectEntry*>::ConstIterator object;
-        bool isValid = false;
-    };
-
     zr::CodeIndex byCode;
     zr::ClassIDIndex byClassID;
-    Place lastPlace;
 };
 
 /// What an operation is about to do.
@@ -145,8 +153,12 @@ char ZRObjectRegistry::RegisterLibrary(int code, const HCString& name)
     if (!Allows(request, {Rule::kLibraryCodeIsValid, Rule::kLibraryIsNew})) {
         return 0;
     }
-    m_Libraries.Insert(code, name);
-    return 1;
+    try {
+        m_Libraries.Insert(code, name);
+        return 1;
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
 }
 
 char ZRObjectRegistry::UnregisterLibrary(int code)
@@ -182,9 +194,10 @@ char ZRObjectRegistry::UnregisterObject(int code)
     }
     const zr::CodeIndex::Place place = m_index->byCode.PlaceOf(code);
     ZRObjectEntry* const entry = place->second;
-    m_index->lastPlace = {};
     m_index->byCode.Erase(code);
-    m_index->byClassID.Erase(entry->m_csClassID, code);
+    if (entry->m_bHasClassID != 0) {
+        m_index->byClassID.Erase(entry->m_csClassID, code);
+    }
     delete entry;
     m_Objects.Erase(place);
     return 1;
@@ -193,7 +206,6 @@ char ZRObjectRegistry::UnregisterObject(int code)
 void ZRObjectRegistry::Release()
 {
     m_Libraries.Clear();
-    m_index->lastPlace = {};
     m_index->byCode.Clear();
     m_index->byClassID.Clear();
     for (const auto& [code, entry] : m_Objects) {
@@ -270,7 +282,6 @@ void ZRObjectRegistry::Add(int code, std::unique_ptr<ZRObjectEntry> entry)
         throw;
     }
     const ZRObjectEntry* const added = entry.release();
-    m_index->lastPlace = {};
     if (added->m_bHasClassID != 0) {
         m_index->byClassID.Insert(added->m_csClassID, code);
     }
@@ -313,38 +324,18 @@ ZRObjectEntry* ZRObjectRegistry::GetObjectEntry(int code, char report) const
     return m_index->byCode.FindInRange(code);
 }
 
-ZRObjectEntry* ZRObjectRegistry::GetObjectEntryAt(int index) const
-{
-    const int count = m_Objects.GetCount();
-    if (index < 0 || index >= count) {
-        return nullptr;
-    }
-    Index::Place& place = m_index->lastPlace;
-    if (!place.isValid || index < std::abs(index - place.position)) {
-        place = {0, m_Objects.Begin(), true};
-    }
-    if (count - index < std::abs(index - place.position)) {
-        place = {count, m_Objects.End(), true};
-    }
-    for (; place.position < index; ++place.position) {
-        ++place.object;
-    }
-    for (; place.position > index; --place.position) {
-        --place.object;
-    }
-    return place.object->second;
-}
+ZRObjectEntry* ZRObjectRegistry::GetObjectEntryAt(int index) const { return m_index->byCode.At(index); }
 
 const char* ZRObjectRegistry::GetObjectName(int code, char* known) const
 {
     if (code == ALL_PASS) {
         return "?";
     }
-    static HCString buffer;
-    buffer.Format("object with ID 0x%08X", static_cast<unsigned int>(code));
+    static constinit NameBuffer buffer{};
+    std::snprintf(buffer.data(), buffer.size(), "object with ID 0x%08X", static_cast<unsigned int>(code));
     const ZRObjectEntry* const entry = GetObjectEntry(code, 1);
     SetFlag(known, entry != nullptr);
-    return entry != nullptr ? entry->m_csName : buffer;
+    return entry != nullptr ? static_cast<const char*>(entry->m_csName) : buffer.data();
 }
 
 const char* ZRObjectRegistry::GetObjectNameEx(int code, char* known) const
@@ -353,12 +344,13 @@ const char* ZRObjectRegistry::GetObjectNameEx(int code, char* known) const
         return "?";
     }
     const auto word = [](char isValid) { return isValid != 0 ? "valid" : "invalid"; };
-    static HCString buffer;
-    buffer.Format("irregular or unregistered object with ID 0x%08X, high word %s, object code %s",
+    static constinit NameBuffer buffer{};
+    std::snprintf(buffer.data(), buffer.size(),
+        "irregular or unregistered object with ID 0x%08X, high word %s, object code %s",
         static_cast<unsigned int>(code), word(IsValidHighWord(code)), word(IsValidObjectCode(code, 0)));
     const ZRObjectEntry* const entry = GetObjectEntry(code, 0);
     SetFlag(known, entry != nullptr);
-    return entry != nullptr ? entry->m_csName : buffer;
+    return entry != nullptr ? static_cast<const char*>(entry->m_csName) : buffer.data();
 }
 
 const char* ZRObjectRegistry::GetObjectClassID(int code, char* found) const
@@ -416,27 +408,31 @@ void ZRObjectRegistry::DumpOut() const
     if (ZRGetMessagesEnabled() == 0) {
         return; // before thousands of lines are made for nobody
     }
-    const auto print = [](const char* text) { ZROut(text, nullptr, 1); };
-    print("Object registry dump >>>");
+    const auto print = [](const char* format, auto... values) {
+        try {
+            HCString line;
+            line.Format(format, values...);
+            ZROut(line, nullptr, 1);
+        } catch (const std::bad_alloc&) { // the other lines may be shorter
+        }
+    };
+    print("%s", "Object registry dump >>>");
     if (GetLibraryCount() == 0 && GetObjectCount() == 0) {
-        print("   Registry is empty...");
+        print("%s", "   Registry is empty...");
         return;
     }
-    HCString line;
     if (GetLibraryCount() == 0) {
-        print("   No libraries in registry...");
+        print("%s", "   No libraries in registry...");
     }
     for (const auto& [code, name] : m_Libraries) {
-        line.Format("   Library type 0x%08X - %s", static_cast<unsigned int>(code), static_cast<const char*>(name));
-        print(line);
+        print("   Library type 0x%08X - %s", static_cast<unsigned int>(code), static_cast<const char*>(name));
     }
     if (GetObjectCount() == 0) {
-        print("   No objects in registry...");
+        print("%s", "   No objects in registry...");
     }
     for (const auto& [code, entry] : m_Objects) {
-        line.Format("   Object type 0x%08X - %s, Short 0x%04X, Library 0x%08X", static_cast<unsigned int>(code),
+        print("   Object type 0x%08X - %s, Short 0x%04X, Library 0x%08X", static_cast<unsigned int>(code),
             static_cast<const char*>(entry->m_csName), static_cast<unsigned int>(code & ZRObjectEntry::SHORTMASK),
             static_cast<unsigned int>(code & ZRObjectEntry::LIBRARYMASK));
-        print(line);
     }
 }

@@ -41,7 +41,7 @@ public:
     char UnregisterLibrary(int code);
 
     /// Adds an object without a class ID. A code with the high word 0 needs no library; any other has to be a full code
-    /// of a registered library. Gives 0 without a report when there is no memory.
+    /// of a registered library.
     char RegisterObject(int code, const HCString& name);
 
     /// Adds an object with a class ID of the right form (ZRClassID::IsFormat) that no other object has; letters count
@@ -71,7 +71,7 @@ public:
     ZRObjectEntry* GetObjectEntry(int code, char report) const;
 
     /// The entry at a position, from 0 in rising order of the codes; null beyond the last one and for negative numbers.
-    /// Positions change when objects come and go. Walking through all positions, up or down, is fast.
+    /// Positions change when objects come and go.
     ZRObjectEntry* GetObjectEntryAt(int index) const;
 
     // Texts for a code. A name or class ID of an entry is the entry's own: it is valid while the object is registered.
@@ -112,23 +112,21 @@ public:
     int GetObjectCount() const;
     int GetLibraryCount() const;
 
-    /// Prints the registry as Out messages.
+    /// Prints the registry as Out messages. Whoever receives them must not change the registry meanwhile.
     void DumpOut() const;
-
-protected:
-    ZRCodeMap<HCString> m_Libraries;
-    ZRCodeMap<ZRObjectEntry*> m_Objects; // the entries are owned
 
 private:
     struct Index;
     struct Request;
     enum class Rule;
 
+    ZRCodeMap<HCString> m_Libraries;
+    ZRCodeMap<ZRObjectEntry*> m_Objects; // the entries are owned
+    std::unique_ptr<Index> m_index; // of the same entries; makes lookups fast
+
     bool Allows(const Request& request, std::initializer_list<Rule> rules) const;
     bool Holds(Rule rule, const Request& request) const;
     bool TryAdd(int code, const HCString& name, const HCString* classID);
     void Add(int code, std::unique_ptr<ZRObjectEntry> entry);
     static const char* ClassIDOf(const ZRObjectEntry* entry);
-
-    std::unique_ptr<Index> m_index; // what makes lookups fast
 };

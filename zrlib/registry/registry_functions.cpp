@@ -16,6 +16,14 @@ Result Ask(Result whenGone, Operation operation, const Arguments&... arguments)
     return ZRModuleUse::ModuleSeemsToStand() ? std::invoke(operation, g_ObjectRegistry, arguments...) : whenGone;
 }
 
+/// The flag of a question whose answer is then that there is nothing.
+void ClearWhenGone(char* flag)
+{
+    if (flag != nullptr && !ZRModuleUse::ModuleSeemsToStand()) {
+        *flag = 0;
+    }
+}
+
 } // namespace
 
 char ZRRegisterLibrary(int code, const HCString& name)
@@ -39,15 +47,21 @@ char ZRUnregisterObject(int code) { return Ask('\0', &ZRObjectRegistry::Unregist
 
 char ZRObjectIsKnown(int code) { return Ask('\0', &ZRObjectRegistry::ObjectIsKnown, code); }
 
-const char* ZRGetObjectName(int code, char* known) { return Ask("?", &ZRObjectRegistry::GetObjectName, code, known); }
+const char* ZRGetObjectName(int code, char* known)
+{
+    ClearWhenGone(known);
+    return Ask("?", &ZRObjectRegistry::GetObjectName, code, known);
+}
 
 const char* ZRGetObjectNameEx(int code, char* known)
 {
+    ClearWhenGone(known);
     return Ask("?", &ZRObjectRegistry::GetObjectNameEx, code, known);
 }
 
 const char* ZRGetObjectClassID(int code, char* found)
 {
+    ClearWhenGone(found);
     return Ask(ZRClassID::Null, &ZRObjectRegistry::GetObjectClassID, code, found);
 }
 
