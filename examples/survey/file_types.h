@@ -13,7 +13,7 @@ public:
     FileTypes& operator=(const FileTypes&) = delete;
 
     /// The object code of a type, which is registered when it is met for the first time. A library has 4096 codes;
-    /// types beyond share the last one.
+    /// types beyond share one.
     int CodeOf(const std::string& type);
 
     /// The name under which a code is registered.

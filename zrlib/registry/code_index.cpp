@@ -22,15 +22,6 @@ template <typename Below> Below& Grow(Below*& below, const Below& none)
     return *below;
 }
 
-/// Counts one code less in what hangs on a pointer, and deletes it when it was the last.
-template <typename Below> void Shrink(Below*& below, Below& none) noexcept
-{
-    if (--below->count == 0) {
-        delete below;
-        below = &none;
-    }
-}
-
 /// The place in which the code after `index` others is found; `index` becomes the number of others within that place.
 template <typename Places> auto* PlaceAt(const Places& places, int& index)
 {
@@ -82,6 +73,7 @@ ZRObjectEntry* CodeIndex::At(int index) const
 void CodeIndex::Insert(int code, const Slot& slot)
 {
     const unsigned int position = PositionOf(code);
+    // If memory runs out on the way, the tables that were made stay, empty, until they are needed or their owner goes.
     Tables& tables = Grow(m_tables[position >> (3 * kBits)], s_noTables);
     Leaves& leaves = Grow(tables.below[DigitOf(position, 2)], s_noLeaves);
     Leaf& leaf = Grow(leaves.below[DigitOf(position, 1)], s_noSlots);
@@ -98,27 +90,49 @@ void CodeIndex::Erase(int code) noexcept
     Leaves*& leaves = tables->below[DigitOf(position, 2)];
     Leaf*& leaf = leaves->below[DigitOf(position, 1)];
     leaf->slots[DigitOf(position, 0)] = {};
-    Shrink(leaf, s_noSlots);
-    Shrink(leaves, s_noLeaves);
-    Shrink(tables, s_noTables);
+    const bool isLastOfLeaf = --leaf->count == 0;
+    const bool isLastOfLeaves = --leaves->count == 0;
+    const bool isLastOfTables = --tables->count == 0;
+    if (isLastOfTables) {
+        Free(tables);
+    } else if (isLastOfLeaves) {
+        Free(leaves);
+    } else if (isLastOfLeaf) {
+        Free(leaf);
+    }
 }
 
 void CodeIndex::Clear() noexcept
 {
     for (Tables*& tables : m_tables) {
-        if (tables == &s_noTables) {
-            continue;
+        Free(tables);
+    }
+}
+
+void CodeIndex::Free(Leaf*& leaf) noexcept
+{
+    if (leaf != &s_noSlots) {
+        delete leaf;
+        leaf = &s_noSlots;
+    }
+}
+
+void CodeIndex::Free(Leaves*& leaves) noexcept
+{
+    if (leaves != &s_noLeaves) {
+        for (Leaf*& leaf : leaves->below) {
+            Free(leaf);
         }
-        for (Leaves* const leaves : tables->below) {
-            if (leaves == &s_noLeaves) {
-                continue;
-            }
-            for (Leaf* const leaf : leaves->below) {
-                if (leaf != &s_noSlots) {
-                    delete leaf;
-                }
-            }
-            delete leaves;
+        delete leaves;
+        leaves = &s_noLeaves;
+    }
+}
+
+void CodeIndex::Free(Tables*& tables) noexcept
+{
+    if (tables != &s_noTables) {
+        for (Leaves*& leaves : tables->below) {
+            Free(leaves);
         }
         delete tables;
         tables = &s_noTables;

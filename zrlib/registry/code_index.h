@@ -89,6 +89,11 @@ private:
             position, 0)];
     }
 
+    // Delete what hangs on a pointer, with all below it.
+    static void Free(Leaf*& leaf) noexcept;
+    static void Free(Leaves*& leaves) noexcept;
+    static void Free(Tables*& tables) noexcept;
+
     // Stand for what is missing. Never written to, though the pointers that lead to them could.
     static Leaf s_noSlots;
     static Leaves s_noLeaves;

@@ -250,8 +250,11 @@ bool ZRObjectRegistry::Holds(Rule rule, const Request& request) const
             || Refuse(kClassIDIsMalformed, location, {code, request.classID});
     case Rule::kClassIDIsNew: {
         const ZRObjectEntry* const holder = m_index->byClassID.Find(request.classID, m_index->byCode);
-        return holder == nullptr || Refuse(kClassIDIsInUse, location, {code, request.classID, holder->m_csName})
-            || Refuse(kClassIDIsDuplicate, location, {code, request.classID});
+        if (holder == nullptr) {
+            return true;
+        }
+        Refuse(kClassIDIsInUse, location, {code, request.classID, holder->m_csName});
+        return Refuse(kClassIDIsDuplicate, location, {code, request.classID});
     }
     }
     return false;
@@ -273,7 +276,9 @@ bool ZRObjectRegistry::TryAdd(int code, const HCString& name, const HCString* cl
 /// Adds an entry that the rules allow. Throws std::bad_alloc; nothing is added then.
 void ZRObjectRegistry::Add(int code, std::unique_ptr<ZRObjectEntry> entry)
 {
-    m_index->byClassID.ReserveOne();
+    if (entry->m_bHasClassID != 0) {
+        m_index->byClassID.ReserveOne();
+    }
     const auto place = m_Objects.Insert(m_index->byCode.Next(code, m_Objects.End()), code, entry.get()).first;
     try {
         m_index->byCode.Insert(code, {entry.get(), place});
@@ -306,13 +311,14 @@ char ZRObjectRegistry::IsValidObjectCode(int code, char report)
     if (code == ALL_PASS) {
         return 1;
     }
-    if (IsValidHighWord(code) == 0) {
-        return Truth(report != 0 && Refuse(kHighWordIsWrong, location, {code}));
+    const bool hasHighWord = IsValidHighWord(code) != 0;
+    if (hasHighWord && (code & ZRObjectEntry::LIBRARYMASK) != 0) {
+        return 1;
     }
-    if ((code & ZRObjectEntry::LIBRARYMASK) == 0) {
-        return Truth(report != 0 && Refuse(kNibbleIsZero, location, {code}));
+    if (report != 0) {
+        Refuse(hasHighWord ? kNibbleIsZero : kHighWordIsWrong, location, {code});
     }
-    return 1;
+    return 0;
 }
 
 ZRObjectEntry* ZRObjectRegistry::GetObjectEntry(int code, char report) const

@@ -17,7 +17,8 @@
 ///
 /// A code or class ID that is not accepted is reported with ZRErrorSet, with one of the ZR_ERROR_REGISTRY_ codes and
 /// the operation as location, and changes nothing. `char` results are 1 for success or truth, otherwise 0. Codes may be
-/// any numbers, texts any texts.
+/// any numbers, texts any texts. When memory runs out, what is to be added is not, with the result 0 and no report; a
+/// report or a line of the dump for which there is none is lost.
 ///
 /// Threads: no operation takes a lock. Whoever shares a registry serialises all calls, queries too.
 class ZR_API ZRObjectRegistry {
@@ -25,8 +26,7 @@ public:
     /// A code that counts as valid but names no object: lookups do not find it, whatever is registered.
     static constexpr int ALL_PASS = 0x1234;
 
-    /// Throws std::bad_alloc, as do all operations that add something, unless they say otherwise; nothing is added
-    /// then.
+    /// Throws std::bad_alloc, as copying does; the target of an assignment is then as it was.
     ZRObjectRegistry();
 
     /// Copies the entries too: each registry owns its own.
@@ -45,8 +45,7 @@ public:
     char RegisterObject(int code, const HCString& name);
 
     /// Adds an object with a class ID of the right form (ZRClassID::IsFormat) that no other object has; letters count
-    /// as the same in either case. The code has to be a full code, or ALL_PASS, of a registered library. Gives 0
-    /// without a report when there is no memory.
+    /// as the same in either case. The code has to be a full code, or ALL_PASS, of a registered library.
     char RegisterObject(int code, const HCString& name, const HCString& classID);
 
     /// Removes an object. Not for short codes: their objects stay until Release.
