@@ -71,14 +71,6 @@ const HCString& HCString::operator=(const char* text)
     return *this;
 }
 
-const HCString& HCString::operator=(const HCString& other)
-{
-    if (this != &other) {
-        Assign(other, static_cast<std::size_t>(other.m_storage.sizes.length));
-    }
-    return *this;
-}
-
 void HCString::Format(const char* format, ...)
 {
     char buffer[kFormatBufferSize];

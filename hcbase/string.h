@@ -155,7 +155,7 @@ inline HCString::HCString(const HCString& other)
 {
     if (IsOnHeap()) {
         SetEmpty();
-        *this = other;
+        *this = static_cast<const char*>(other);
     }
 }
 
@@ -163,6 +163,15 @@ inline HCString::HCString(HCString&& other) noexcept
     : m_storage(other.m_storage)
 {
     other.SetEmpty();
+}
+
+inline const HCString& HCString::operator=(const HCString& other)
+{
+    if (IsOnHeap() || other.IsOnHeap()) {
+        return *this = static_cast<const char*>(other);
+    }
+    m_storage = other.m_storage;
+    return *this;
 }
 
 inline const HCString& HCString::operator=(HCString&& other) noexcept
