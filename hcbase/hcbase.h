@@ -6,6 +6,8 @@
 /// through.
 #pragma once
 
+#include "hcbase/array.h"
+#include "hcbase/element_storage.h"
 #include "hcbase/error.h"
 #include "hcbase/export.h"
 #include "hcbase/file_status.h"

@@ -17,3 +17,7 @@
 #include "zrlib/registry/object_entry.h"
 #include "zrlib/registry/object_registry.h"
 #include "zrlib/registry/registry_functions.h"
+#include "zrlib/utilities/array.h"
+#include "zrlib/utilities/list.h"
+#include "zrlib/utilities/ring.h"
+#include "zrlib/utilities/stack.h"

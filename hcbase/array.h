@@ -1,0 +1,127 @@
+/// HCArray: an array of exactly the size that is asked for.
+#pragma once
+
+#include "hcbase/element_storage.h"
+
+#include <algorithm>
+#include <climits>
+#include <stdexcept>
+#include <utility>
+
+// What stands in for elements outside the bounds is not shared between libraries: a symbol that is would keep whatever
+// defines it mapped for ever.
+#if defined(_WIN32)
+#define HC_NOT_SHARED
+#else
+#define HC_NOT_SHARED __attribute__((visibility("hidden")))
+#endif
+
+/// An array whose storage has room for just as many elements as were asked for. Elements are plain values: they are
+/// moved by assignment, and what pointers among them point at is not owned. A pointer or reference to an element is
+/// valid until the next SetSize or Append.
+///
+/// Errors: std::bad_alloc when memory runs out, std::length_error beyond 2,147,483,647 elements; the array then is as
+/// it was. Threads: one object may be read by several threads at once or used by one.
+template <typename T> class HCArray {
+public:
+    HCArray() = default;
+
+    /// The copy has room for the elements of `other` and no more.
+    HCArray(const HCArray& other)
+        : m_nGrowBy(other.m_nGrowBy)
+    {
+        m_storage.Resize(other.m_nSize);
+        m_nSize = other.m_nSize;
+        std::copy(other.m_storage.Data(), other.m_storage.Data() + m_nSize, m_storage.Data());
+    }
+
+    HCArray& operator=(const HCArray& other)
+    {
+        if (this != &other) {
+            HCArray copy(other);
+            m_storage.Swap(copy.m_storage);
+            m_nSize = copy.m_nSize;
+            m_nGrowBy = copy.m_nGrowBy;
+        }
+        return *this;
+    }
+
+    virtual ~HCArray() = default;
+
+    /// Changes the number of elements, and the storage with it: when `newSize` is not the number that there is room
+    /// for, the elements move to storage of that size. New elements have the value T(). A size of 0 gives the storage
+    /// back; with a negative one size and storage stay.
+    ///
+    /// growBy: a number that is kept with the array; below 1 it counts as 10. It has no influence on the storage.
+    void SetSize(int newSize, int growBy)
+    {
+        m_nGrowBy = growBy >= 1 ? growBy : kDefaultGrowBy;
+        if (newSize < 0) {
+            return;
+        }
+        if (newSize != m_storage.Size()) {
+            m_storage.Resize(newSize);
+        }
+        m_nSize = newSize;
+    }
+
+    /// Number of elements.
+    int GetSize() const { return m_nSize; }
+
+    /// The elements; null when there are none.
+    T* GetData() { return m_nSize > 0 ? m_storage.Data() : nullptr; }
+    const T* GetData() const { return m_nSize > 0 ? m_storage.Data() : nullptr; }
+
+    /// The element at an index from 0. Outside the bounds an element with the value T(), which must not be written to.
+    T& GetAt(int index) { return IsInBounds(index) ? m_storage.Data()[index] : s_none; }
+    const T& GetAt(int index) const { return IsInBounds(index) ? m_storage.Data()[index] : s_none; }
+
+    /// The lowest index with an element equal to `value`; -1 when there is none.
+    int Find(T value) const
+    {
+        for (int index = 0; index < m_nSize; ++index) {
+            if (m_storage.Data()[index] == value) {
+                return index;
+            }
+        }
+        return -1;
+    }
+
+    /// Adds an element behind the others.
+    void Append(T value)
+    {
+        if (m_nSize == INT_MAX) {
+            throw std::length_error("HCArray::Append");
+        }
+        SetSize(m_nSize + 1, m_nGrowBy);
+        m_storage.Data()[m_nSize - 1] = std::move(value);
+    }
+
+    /// Removes an element; those behind it move down by one. The storage stays. Outside the bounds nothing happens.
+    void RemoveAt(int index)
+    {
+        if (IsInBounds(index)) {
+            T* const data = m_storage.Data();
+            std::move(data + index + 1, data + m_nSize, data + index);
+            --m_nSize;
+        }
+    }
+
+protected:
+    /// Number of elements that there is room for.
+    int GetCapacity() const { return m_storage.Size(); }
+    int GetGrowBy() const { return m_nGrowBy; }
+
+private:
+    static constexpr int kDefaultGrowBy = 10;
+
+    HC_NOT_SHARED static T s_none;
+
+    bool IsInBounds(int index) const { return index >= 0 && index < m_nSize; }
+
+    int m_nSize = 0;
+    hcbase::ElementStorage<T> m_storage;
+    int m_nGrowBy = kDefaultGrowBy;
+};
+
+template <typename T> T HCArray<T>::s_none{};

@@ -1,0 +1,179 @@
+/// Ring: what the linked containers have in common.
+#pragma once
+
+#include <cstddef>
+#include <iterator>
+#include <memory>
+#include <utility>
+
+namespace zr {
+
+/// A ring of nodes with a sentinel. Each node has a cell of its own, so a cell stays where it is until it is erased.
+///
+/// Errors: std::bad_alloc, also when it is built; the ring then is as it was.
+template <typename Cell> class Ring {
+    struct Node {
+        Node* previous = nullptr;
+        Node* next = nullptr;
+        Cell* cell = nullptr; // owned; null in the sentinel
+    };
+
+public:
+    template <typename Element> class BasicIterator {
+    public:
+        using iterator_category = std::bidirectional_iterator_tag;
+        using value_type = Cell;
+        using difference_type = std::ptrdiff_t;
+        using pointer = Element*;
+        using reference = Element&;
+
+        constexpr BasicIterator() = default;
+
+        Element& operator*() const { return *m_node->cell; }
+        Element* operator->() const { return m_node->cell; }
+
+        BasicIterator& operator++()
+        {
+            m_node = m_node->next;
+            return *this;
+        }
+        BasicIterator operator++(int)
+        {
+            BasicIterator before = *this;
+            ++*this;
+            return before;
+        }
+        BasicIterator& operator--()
+        {
+            m_node = m_node->previous;
+            return *this;
+        }
+        BasicIterator operator--(int)
+        {
+            BasicIterator before = *this;
+            --*this;
+            return before;
+        }
+
+        bool operator==(const BasicIterator& other) const { return m_node == other.m_node; }
+        bool operator!=(const BasicIterator& other) const { return m_node != other.m_node; }
+
+    private:
+        friend class Ring;
+
+        explicit BasicIterator(Node* node)
+            : m_node(node)
+        {
+        }
+
+        Node* m_node = nullptr; // not owned
+    };
+
+    using Iterator = BasicIterator<Cell>;
+    using ConstIterator = BasicIterator<const Cell>;
+
+    Ring()
+        : m_head(new Node)
+    {
+        SetEmpty();
+    }
+
+    Ring(const Ring& other)
+        : Ring()
+    {
+        for (auto place = other.Begin(); place != other.End(); ++place) {
+            InsertBefore(End(), *place);
+        }
+    }
+
+    Ring& operator=(const Ring& other)
+    {
+        if (this != &other) {
+            Ring copy(other);
+            Swap(copy);
+        }
+        return *this;
+    }
+
+    ~Ring()
+    {
+        Clear();
+        delete m_head;
+    }
+
+    void Swap(Ring& other) noexcept
+    {
+        std::swap(m_head, other.m_head);
+        std::swap(m_first, other.m_first);
+        std::swap(m_last, other.m_last);
+        std::swap(m_count, other.m_count);
+    }
+
+    Iterator Begin() { return Iterator(m_first); }
+    Iterator End() { return Iterator(m_head); }
+    ConstIterator Begin() const { return ConstIterator(m_first); }
+    ConstIterator End() const { return ConstIterator(m_head); }
+
+    int GetCount() const { return m_count; }
+
+    /// Adds a copy of `cell` before a place, which may be End(). Gives its place.
+    Iterator InsertBefore(Iterator next, const Cell& cell)
+    {
+        auto owned = std::make_unique<Cell>(cell);
+        Node* const node = new Node;
+        node->previous = next.m_node->previous;
+        node->next = next.m_node;
+        node->cell = owned.release();
+        node->previous->next = node;
+        node->next->previous = node;
+        m_first = m_head->next;
+        m_last = m_head->previous;
+        ++m_count;
+        return Iterator(node);
+    }
+
+    /// Removes a cell. Gives the place behind it. End() is not removed.
+    Iterator Erase(Iterator place)
+    {
+        Node* const node = place.m_node;
+        const Iterator next(node->next);
+        if (node != m_head) {
+            node->previous->next = node->next;
+            node->next->previous = node->previous;
+            m_first = m_head->next;
+            m_last = m_head->previous;
+            --m_count;
+            delete node->cell;
+            delete node;
+        }
+        return next;
+    }
+
+    void Clear()
+    {
+        for (Node* node = m_first; node != m_head;) {
+            Node* const next = node->next;
+            delete node->cell;
+            delete node;
+            node = next;
+        }
+        SetEmpty();
+    }
+
+private:
+    void SetEmpty()
+    {
+        m_head->next = m_head;
+        m_head->previous = m_head;
+        m_first = m_head;
+        m_last = m_head;
+        m_count = 0;
+    }
+
+    Node* m_head; // the sentinel; owned, and with it the ring
+    Node* m_first; // the sentinel when the ring is empty
+    Node* m_last; // likewise
+    int m_count; // of cells
+};
+
+} // namespace zr

@@ -1,0 +1,118 @@
+/// ZRStack: a growing stack.
+#pragma once
+
+#include "hcbase/element_storage.h"
+
+#include <algorithm>
+#include <climits>
+#include <stdexcept>
+#include <utility>
+
+/// A stack that grows in steps of 64 elements and keeps its storage until it is told otherwise. Elements are plain
+/// values: they are moved by assignment, and what pointers among them point at is not owned.
+///
+/// Truth values are 1 and 0. Errors: std::bad_alloc when memory runs out, std::length_error beyond 2,147,483,647
+/// elements; the stack then is as it was. Threads: one object may be read by several threads at once or used by one.
+template <typename T> class ZRStack {
+public:
+    ZRStack() = default;
+
+    /// The capacity of the copy is what its elements need, in whole steps.
+    ZRStack(const ZRStack& other)
+        : m_nGrowBy(other.m_nGrowBy)
+    {
+        const int steps = (other.GetCount() + m_nGrowBy - 1) / m_nGrowBy;
+        m_storage.Resize(steps <= INT_MAX / m_nGrowBy ? steps * m_nGrowBy : INT_MAX);
+        const int readable = std::min(other.GetCount(), other.GetCapacity());
+        std::copy(other.m_storage.Data(), other.m_storage.Data() + readable, m_storage.Data());
+        m_nTop = other.m_nTop;
+        m_nCutFrom = other.m_nCutFrom;
+        m_nCutTo = other.m_nCutTo;
+    }
+
+    ZRStack& operator=(const ZRStack& other)
+    {
+        if (this != &other) {
+            ZRStack copy(other);
+            m_storage.Swap(copy.m_storage);
+            m_nGrowBy = copy.m_nGrowBy;
+            m_nTop = copy.m_nTop;
+            m_nCutFrom = copy.m_nCutFrom;
+            m_nCutTo = copy.m_nCutTo;
+        }
+        return *this;
+    }
+
+    virtual ~ZRStack() = default;
+
+    /// Makes room for exactly that many elements; 0 empties the stack too, a negative number has no effect. A capacity
+    /// below the number of elements cuts the upper ones off: they still count, but to read one gives 0.
+    void SetCapacity(int capacity)
+    {
+        if (capacity < 0) {
+            return;
+        }
+        if (capacity != m_storage.Size()) {
+            m_storage.Resize(capacity);
+        }
+        if (capacity == 0) {
+            m_nTop = -1;
+            m_nCutFrom = INT_MAX;
+        } else if (m_nTop >= capacity) {
+            m_nCutFrom = std::min(m_nCutFrom, capacity);
+            m_nCutTo = m_nTop;
+        }
+    }
+
+    /// Number of elements that there is room for.
+    int GetCapacity() const { return m_storage.Size(); }
+
+    /// Puts a value on top.
+    void Push(T value)
+    {
+        const int capacity = GetCapacity();
+        if (m_nTop + 1 >= capacity) {
+            if (m_nTop >= INT_MAX - 1) {
+                throw std::length_error("ZRStack::Push");
+            }
+            const int larger = capacity <= INT_MAX - m_nGrowBy ? capacity + m_nGrowBy : INT_MAX;
+            SetCapacity(std::max(larger, m_nTop + 2)); // one step is too little after a deep cut
+        }
+        m_storage.Data()[++m_nTop] = std::move(value);
+    }
+
+    /// Takes the top element off. 0 on an empty stack; `value` is left alone then.
+    char Pop(T& value)
+    {
+        if (Peek(value) == 0) {
+            return 0;
+        }
+        --m_nTop;
+        return 1;
+    }
+
+    /// The top element. 0 on an empty stack; `value` is left alone then.
+    char Peek(T& value) const { return PeekAt(m_nTop, value); }
+
+    /// The element at an index from the bottom, which is 0. 0 when there is none; `value` is left alone then.
+    char PeekAt(int index, T& value) const
+    {
+        const bool isCutOff = index >= m_nCutFrom && index <= m_nCutTo;
+        if (index < 0 || index > m_nTop || isCutOff) {
+            return 0;
+        }
+        value = m_storage.Data()[index];
+        return 1;
+    }
+
+    int GetCount() const { return m_nTop + 1; }
+
+private:
+    hcbase::ElementStorage<T> m_storage;
+    int m_nGrowBy = 64;
+    int m_nTop = -1; // index of the top element
+
+    // Indices of the elements that were cut off.
+    int m_nCutFrom = INT_MAX;
+    int m_nCutTo = -1;
+};
