@@ -51,8 +51,9 @@ std::string NameOf(const std::string& declaration)
     std::smatch match;
     const bool isElsewhere =
         std::regex_search(declaration, std::regex(R"(\bfriend\b|\bconstexpr\b|=\s*(default|delete|0)\s*$)"));
-    const bool isFunction = std::regex_search(declaration, match, function);
-    return !isElsewhere && (isFunction || std::regex_search(declaration, match, data)) ? match.str(1) : "";
+    const std::string uninitialised = declaration.substr(0, declaration.find(" = "));
+    const bool isFunction = std::regex_search(uninitialised, match, function);
+    return !isElsewhere && (isFunction || std::regex_search(uninitialised, match, data)) ? match.str(1) : "";
 }
 
 void AddMembers(const std::string& className, std::string body, Names& names)
@@ -85,7 +86,7 @@ Names DeclaredNames()
             const auto open = static_cast<std::size_t>(match.position() + match.length() - 1);
             const std::size_t close = EndOfBlock(code, open);
             AddMembers(match.str(1), code.substr(open + 1, close - open - 2), names);
-            if (std::regex_search(code.substr(open, close - open), std::regex(R"(\bvirtual\b)"))) {
+            if (std::regex_search(code.substr(open, close - open), std::regex(R"(\b(virtual|override)\b)"))) {
                 names.insert("class " + match.str(1)); // its table of virtual operations
             }
             code.erase(static_cast<std::size_t>(match.position()), close - static_cast<std::size_t>(match.position()));

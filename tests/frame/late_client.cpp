@@ -25,7 +25,12 @@ void SendWhenTheLibraryHasGone(int /*status*/, void* /*argument*/)
     const bool findsNothing = ZRRegisterLibrary(0x1000, "too late") == 0 && ZRObjectIsKnown(0x1001) == 0
         && ZRGetObjectNameEx(0x1001, &known) == std::string("?") && known == 0 && ZRGetRegisteredObjectID(0) == -1;
     ZRDumpRegistry();
-    std::puts(findsNothing ? "after the library" : "the registry is still there");
+    ZRObjectObserver observer;
+    ZRProgressEnable(1);
+    ZRProgressStart("too late");
+    const bool isUnobserved = ZRAttachObserver(&observer) == 0 && observer.GetZRSubject() == nullptr
+        && ZRDetachObserver(&observer) == 0 && ZRProgressGetTitle() == "";
+    std::puts(findsNothing && isUnobserved ? "after the library" : "some of it is still there");
 }
 
 // Runs before any library is initialised, so that the handler is the last to run. Not atexit, which counts the handler

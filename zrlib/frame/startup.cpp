@@ -8,8 +8,17 @@
 #include "zrlib/frame/mode.h"
 #include "zrlib/frame/module.h"
 #include "zrlib/messaging/message_handler.h"
+#include "zrlib/observation/global_subject.h"
+#include "zrlib/observation/observed_object.h"
+#include "zrlib/observation/progress_texts.h"
 #include "zrlib/registry/object_registry.h"
 #include "zrlib/registry/process_registry.h"
+
+// The subject of progress and of the threading switch. Its name stays empty, because the texts are not there yet.
+ZRObservedObject g_GlobalSubject;
+
+HCString g_csProgressTitle;
+HCString g_csProgressUpdateText;
 
 // Sends no message while it is built, so that it does not matter that the log file has no name yet.
 ZRModule g_Module;

@@ -7,6 +7,7 @@
 #include "zrlib/frame/module.h"
 #include "zrlib/messaging/message_route.h"
 #include "zrlib/messaging/msg.h"
+#include "zrlib/observation/observed_object_event.h"
 #include "zrlib/platform/debugger_output.h"
 #include "zrlib/sync/sync_guard.h"
 
@@ -16,6 +17,7 @@
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <typeinfo>
 
 namespace {
 
@@ -183,6 +185,16 @@ void ZRMessageHandler::Route(ZRMsg& message)
     if (type != nullptr && (type->flags->load(kRelaxed) & kLineDestinations) != 0) {
         Deliver(message.m_csText, *type);
     }
+    if (IsObserved()) {
+        ZRObservedObjectEvent event(this, message);
+        event.Broadcast(this, 0);
+    }
+}
+
+/// Whether anybody could see an event: an observer, or a derived class that overrides AdjustEvent.
+bool ZRMessageHandler::IsObserved() const
+{
+    return GetObserverCount() > 0 || typeid(*this) != typeid(ZRMessageHandler);
 }
 
 void ZRMessageHandler::Deliver(const HCString& text, const MessageType& type)
@@ -227,7 +239,20 @@ char ZRMessageHandler::Unlock(const char* /*location*/) { return m_sync.unlock()
 
 char ZRMessageHandler::GetEnabled() const { return m_bEnabled.load(kRelaxed); }
 
-void ZRMessageHandler::SetEnabled(char enabled) { m_bEnabled.store(enabled, kRelaxed); }
+void ZRMessageHandler::SetEnabled(char enabled)
+{
+    if (m_bEnabled.exchange(enabled, kRelaxed) == enabled) {
+        return;
+    }
+    const ZRModuleUse module;
+    if (!module.Stands()) {
+        return;
+    }
+    ZRObservedObjectEvent event(ZR_EVENT_MESSAGES_ENABLED);
+    event.SetSource(this);
+    event.SetState(enabled);
+    event.Broadcast(this, 0);
+}
 
 void ZRMessageHandler::SetOutEnabled(char enabled) { SetBits(m_nEnabled, ZR_MSG_OUT, enabled); }
 void ZRMessageHandler::SetWarnEnabled(char enabled) { SetBits(m_nEnabled, ZR_MSG_WARN, enabled); }

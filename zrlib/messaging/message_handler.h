@@ -5,12 +5,13 @@
 #include "hcbase/thread_sync.h"
 #include "zrlib/export.h"
 #include "zrlib/messaging/message_types.h"
+#include "zrlib/observation/observed_object.h"
 
 #include <atomic>
 
 class ZRMsg;
 
-/// Sends each message to the console, the debugger's output and the log file, in that order.
+/// Sends each message to the console, the debugger's output, the log file and its observers, in that order.
 ///
 /// Three kinds of switch, independent of each other:
 /// - the master switch (SetEnabled): while it is 0 nothing is sent at all;
@@ -22,19 +23,23 @@ class ZRMsg;
 /// opened, written and closed for each message, grows without limit and is never truncated, and others may move or
 /// delete it at any time. A message that cannot be written to it is lost for the file only.
 ///
+/// Observers (ZRGetMessageHandler()->AttachObserver) get every message that passes the master switch, as
+/// ZR_EVENT_MESSAGE, whatever the flag words and the level are, and changes of the master switch, as
+/// ZR_EVENT_MESSAGES_ENABLED.
+///
 /// There is one handler for the process (ZRGetMessageHandler), and all switches belong to the process.
 /// Truth values: anything but 0 is true; results are 0 or 1.
 /// Threads: any. A lock is held while a message goes its way, so messages do not mix and all destinations see them in
 /// one order. The switches take effect at the next test of them, which may be in the middle of another thread's
 /// message.
-class ZR_API ZRMessageHandler {
+class ZR_API ZRMessageHandler : public ZRObservedObject {
 public:
     ZRMessageHandler();
 
-    /// Copies share one lock.
+    /// Copies share one lock, and have the same observers.
     ZRMessageHandler(const ZRMessageHandler& other);
     ZRMessageHandler& operator=(const ZRMessageHandler& other);
-    virtual ~ZRMessageHandler();
+    ~ZRMessageHandler() override;
 
     // Each builds a message and sends it. text: for all destinations; textEx: carried, not printed. location: where the
     // message is raised, may be null. level: carried as it is. code, chainToPrevious: carried.
@@ -49,10 +54,11 @@ public:
     void TraceEx(const HCString& text, const HCString& textEx, const char* location, short level);
 
     /// Sends a message that the caller has built, and writes the ID of the calling thread into it. While messages are
-    /// off nothing happens. A message of an unknown type goes to no destination.
+    /// off nothing happens. A message of an unknown type goes to the observers only.
     void BroadcastMessage(ZRMsg& message);
 
-    /// The master switch, as it was set.
+    /// The master switch, as it was set. Observers are told of a change, by the thread that makes it and without the
+    /// lock.
     char GetEnabled() const;
     void SetEnabled(char enabled);
 
@@ -133,6 +139,7 @@ private:
     static const MessageType* FindType(short type);
     void Route(ZRMsg& message);
     void Deliver(const HCString& text, const MessageType& type);
+    bool IsObserved() const;
 
     HCThreadSync m_sync;
 };

@@ -81,6 +81,7 @@ private:
     // Build messages in one step and read their texts without copying them.
     friend class ZRMessageHandler;
     friend class ZRMessageRoute;
+    friend class ZRObservedObjectEvent;
 
     ZRMsg(const HCString& text, short type, const char* location, short level)
         : m_csText(text)

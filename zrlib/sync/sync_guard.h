@@ -7,13 +7,22 @@ class ZRSyncGuard {
 public:
     explicit ZRSyncGuard(HCThreadSync& sync) noexcept
         : m_sync(sync)
+        , m_isHeld(sync.lock() != 0)
     {
-        m_sync.lock();
     }
-    ~ZRSyncGuard() { m_sync.unlock(); }
+    ~ZRSyncGuard()
+    {
+        if (m_isHeld) {
+            m_sync.unlock();
+        }
+    }
     ZRSyncGuard(const ZRSyncGuard&) = delete;
     ZRSyncGuard& operator=(const ZRSyncGuard&) = delete;
 
+    /// False when the lock could not be taken.
+    bool IsHeld() const { return m_isHeld; }
+
 private:
     HCThreadSync& m_sync; // not owned
+    bool m_isHeld;
 };

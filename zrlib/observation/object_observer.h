@@ -1,0 +1,56 @@
+/// ZRObjectObserver: receives the events of subjects.
+#pragma once
+
+#include "hcbase/string.h"
+#include "hcbase/thread_sync.h"
+#include "zrlib/export.h"
+
+class ZRObservedObject;
+class ZRObservedObjectEvent;
+
+/// Clients derive from this class, override OnEvent and attach an object of theirs to subjects
+/// (ZRObservedObject::AttachObserver, ZRAttachObserver). It must be detached before it is destroyed, and so must the
+/// subject outlive the attachment: neither destructor does that.
+///
+/// Threads: an observer handles one event at a time, whichever threads and subjects send; the rest is the client's to
+/// serialise.
+class ZR_API ZRObjectObserver {
+public:
+    /// Named "Untitled", attached to nothing.
+    ZRObjectObserver();
+
+    /// The copy is attached nowhere, though GetZRSubject says what it says for `other`, and shares its lock.
+    ZRObjectObserver(const ZRObjectObserver& other);
+    ZRObjectObserver& operator=(const ZRObjectObserver& other);
+    virtual ~ZRObjectObserver();
+
+    virtual void SetName(const HCString& name);
+    virtual HCString GetName() const;
+
+    /// Handles an event, which is the sender's and goes when the call returns. Does nothing here.
+    ///
+    /// It runs on the sender's thread and holds up the sender. It may attach and detach observers, itself included, and
+    /// send events and messages; one that answers a message with a message is called again before it has returned. It
+    /// must not destroy itself. An exception that it throws passes through to the sender, no lock stays held, and the
+    /// observers behind it do not get the event; where the event is sent by a destructor, as those of progress are, it
+    /// ends the process.
+    virtual void OnEvent(ZRObservedObjectEvent* event);
+
+    /// The subject to which this observer was attached last; null when it was detached since, from whichever subject.
+    ZRObservedObject* GetZRSubject() const { return m_pSubject; }
+
+protected:
+    void SetZRSubject(ZRObservedObject* subject) { m_pSubject = subject; }
+
+    /// The lock that is held while an event is handled. 1 on success.
+    char Lock() { return m_sync.lock(); }
+    char Unlock() { return m_sync.unlock(); }
+
+private:
+    friend class ZRObservedObject; // writes the subject
+    friend class ZRObservedObjectEvent; // holds the lock
+
+    ZRObservedObject* m_pSubject; // not owned
+    HCString m_csName;
+    HCThreadSync m_sync;
+};

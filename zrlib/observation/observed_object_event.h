@@ -1,0 +1,115 @@
+/// ZRObservedObjectEvent: what subjects send to their observers.
+#pragma once
+
+#include "hcbase/string.h"
+#include "zrlib/export.h"
+#include "zrlib/messaging/msg.h"
+#include "zrlib/observation/event_codes.h"
+#include "zrlib/profiling/profiler_state.h"
+#include "zrlib/sync/lock_trail.h"
+
+#include <cstdint>
+
+class ZRObservedObject;
+
+/// A code that says what has happened (event_codes.h) and fields with the details, most of which keep their defaults in
+/// any one event. Nothing that it points at is owned.
+///
+/// There are two ways to send one: to give the subject to the constructor and let the event go, which sends it; or to
+/// call Broadcast. A copy never sends itself.
+///
+/// Threads: one object is used by one thread at a time.
+class ZR_API ZRObservedObjectEvent {
+public:
+    /// Empty texts, all numbers 0, null pointers, and records as their default constructors make them.
+    explicit ZRObservedObjectEvent(std::int32_t code);
+
+    /// The same with a source, to whose observers the destructor will send the event. With null nothing is sent, unless
+    /// SetSource gives one later.
+    ZRObservedObjectEvent(std::int32_t code, ZRObservedObject* source);
+
+    // The copy has no source and does not send itself.
+    ZRObservedObjectEvent(const ZRObservedObjectEvent& other);
+    ZRObservedObjectEvent& operator=(const ZRObservedObjectEvent& other);
+
+    /// Sends the event if it was built with a source. An observer that throws then ends the process.
+    virtual ~ZRObservedObjectEvent();
+
+    /// Sends the event to the observers of `source`, one after the other in the order of their attachment, on this
+    /// thread; each is locked while it handles the event. The event's own source is not touched. The flag has no
+    /// effect.
+    ///
+    /// Gives how many have handled it; -1 when the source is null or its AdjustEvent has given 0, and nobody has seen
+    /// it. Both are reported with ZRError, and so is an observer that cannot be locked and is passed over.
+    ///
+    /// Observers may attach and detach others meanwhile, themselves included: one that is attached gets the next event;
+    /// behind one that is detached, and has had its turn, the next one is passed over.
+    int Broadcast(ZRObservedObject* source, char flag);
+
+    /// What has happened.
+    std::int32_t GetCode() const { return m_nCode; }
+    void SetCode(std::int32_t code) { m_nCode = code; }
+
+    /// The subject that sends the event.
+    ZRObservedObject* GetSource() const { return m_pSource; }
+    void SetSource(ZRObservedObject* source) { m_pSource = source; }
+
+    HCString GetText() const { return m_csText; }
+    void SetText(const HCString& text) { m_csText = text; }
+    HCString GetTextEx() const { return m_csTextEx; }
+    void SetTextEx(const HCString& textEx) { m_csTextEx = textEx; }
+
+    /// Percent, for the events of progress.
+    std::int32_t GetCount() const { return m_nCount; }
+    void SetCount(std::int32_t count) { m_nCount = count; }
+
+    /// An on/off state.
+    char GetState() const { return m_bState; }
+    void SetState(char state) { m_bState = state; }
+
+    // The ends of a range.
+    std::int32_t GetMin() const { return m_nMin; }
+    void SetMin(std::int32_t min) { m_nMin = min; }
+    std::int32_t GetMax() const { return m_nMax; }
+    void SetMax(std::int32_t max) { m_nMax = max; }
+
+    ZRMsg GetMsg() const { return m_Msg; }
+    void SetMsg(const ZRMsg& message) { m_Msg = message; }
+    ZRLockTrail GetLockTrail() const { return m_LockTrail; }
+    void SetLockTrail(const ZRLockTrail& trail) { m_LockTrail = trail; }
+    ZRProfilerState GetProfilerState() const { return m_ProfilerState; }
+    void SetProfilerState(const ZRProfilerState& state) { m_ProfilerState = state; }
+
+    // For clients; no event of the library fills them.
+
+    HCString GetName() const { return m_csName; }
+    void SetName(const HCString& name) { m_csName = name; }
+    HCString GetCaption() const { return m_csCaption; }
+    void SetCaption(const HCString& caption) { m_csCaption = caption; }
+    std::int32_t GetType() const { return m_nType; }
+    void SetType(std::int32_t type) { m_nType = type; }
+    void* GetPtr() const { return m_pPtr; }
+    void SetPtr(void* pointer) { m_pPtr = pointer; }
+
+private:
+    friend class ZRMessageHandler; // builds the events of messages in one step
+
+    ZRObservedObjectEvent(ZRObservedObject* source, const ZRMsg& message);
+
+    std::int32_t m_nCode;
+    ZRObservedObject* m_pSource;
+    HCString m_csName;
+    HCString m_csCaption;
+    std::int32_t m_nCount = 0;
+    HCString m_csText;
+    HCString m_csTextEx;
+    std::int32_t m_nType = 0;
+    char m_bState = 0;
+    ZRMsg m_Msg;
+    std::int32_t m_nMin = 0;
+    std::int32_t m_nMax = 0;
+    void* m_pPtr = nullptr;
+    ZRLockTrail m_LockTrail{ZRLockTrail::IdentityWhenAsked()};
+    ZRProfilerState m_ProfilerState;
+    char m_bAutoBroadcast; // the destructor sends
+};

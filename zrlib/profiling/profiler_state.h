@@ -1,0 +1,80 @@
+/// ZRProfilerState: the times of one place in a program.
+#pragma once
+
+#include "hcbase/string.h"
+#include "zrlib/export.h"
+
+#include <cstdint>
+#include <limits>
+
+/// How often a named place in a program ran, how long it took in all and by itself, and its shortest and longest run.
+/// All times are in seconds; any value is taken as it is, negative ones and NaN too. Self time is the total less the
+/// times of dependants, which are the places that ran directly inside this one.
+///
+/// A state starts and stops nothing; timers feed it. To count anew, assign a new state.
+///
+/// Threads: no lock; a state that several threads time at the same moment is its owner's to serialise.
+class ZR_API ZRProfilerState {
+public:
+    /// No run yet; the place is called "Unknown".
+    ZRProfilerState()
+        : m_csLocation("Unknown")
+    {
+    }
+    explicit ZRProfilerState(const HCString& location)
+        : m_csLocation(location)
+    {
+    }
+
+    ZRProfilerState(const ZRProfilerState& other) = default;
+    ZRProfilerState& operator=(const ZRProfilerState& other) = default;
+    virtual ~ZRProfilerState();
+
+    /// 1 when everything is equal, the name by case; otherwise 0, as always when a time is NaN.
+    char operator==(const ZRProfilerState& other) const;
+
+    /// Records a run of so many seconds that has ended on this thread.
+    void Update(double elapsed);
+
+    /// Takes the time of a dependant that has ended out of the self time, which stands too low, below 0 perhaps, until
+    /// the run of this state itself ends.
+    void RemoveDependantTime(double elapsed);
+
+    /// The name of the place.
+    HCString GetLocation() const { return m_csLocation; }
+
+    /// The shortest run; 1.7976931348623157e308, the largest double, before the first one.
+    double GetMin() const { return m_dMin; }
+
+    /// The longest run; -1.7976931348623157e308 before the first one.
+    double GetMax() const { return m_dMax; }
+
+    double GetTotal() const { return m_dTotal; }
+    double GetSelf() const { return m_dSelf; }
+
+    /// Number of runs, and of dependants' runs.
+    std::int64_t GetCalls() const { return m_nCalls; }
+    std::int64_t GetDependantCalls() const { return m_nDependantCalls; }
+
+    /// ID of the thread on which the last run ended; 0 before the first one.
+    unsigned int GetThreadID() const { return m_nThreadID; }
+
+protected:
+    void SetMin(double min) { m_dMin = min; }
+    void SetMax(double max) { m_dMax = max; }
+    void SetTotal(double total) { m_dTotal = total; }
+    void SetSelf(double self) { m_dSelf = self; }
+    void SetThreadID(unsigned int threadID) { m_nThreadID = threadID; }
+    void IncCalls() { ++m_nCalls; }
+    void IncDependantCalls() { ++m_nDependantCalls; }
+
+private:
+    HCString m_csLocation;
+    double m_dMin = std::numeric_limits<double>::max();
+    double m_dMax = std::numeric_limits<double>::lowest();
+    double m_dTotal = 0;
+    double m_dSelf = 0;
+    std::int64_t m_nCalls = 0;
+    std::int64_t m_nDependantCalls = 0;
+    unsigned int m_nThreadID = 0;
+};

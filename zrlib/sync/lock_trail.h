@@ -1,0 +1,74 @@
+/// ZRLockTrail: the record of a lock.
+#pragma once
+
+#include "hcbase/string.h"
+#include "zrlib/export.h"
+
+/// Tells who a lock is, where it stands and what it is doing. Every new record has an identity of its own, which its
+/// copies share.
+///
+/// Threads: one object may be read by several threads at once or used by one.
+class ZR_API ZRLockTrail {
+public:
+    /// A new identity, empty texts, all numbers 0.
+    ZRLockTrail();
+
+    ZRLockTrail(const ZRLockTrail& other);
+    ZRLockTrail& operator=(const ZRLockTrail& other);
+    virtual ~ZRLockTrail();
+
+    /// 1 when everything is equal, texts by case, the identity too; otherwise 0.
+    char operator==(const ZRLockTrail& other) const;
+
+    /// Whether the record was stamped as a lock or as an unlock. 1 or 0; a new record is neither.
+    char IsLock() const { return m_nType == kLock ? 1 : 0; }
+    char IsUnlock() const { return m_nType == kUnlock ? 1 : 0; }
+
+    /// The identity, a text of 36 characters (HFGenerateGuid).
+    HCString GetGUID() const { return Identity(); }
+
+    /// A text for observers.
+    HCString GetText() const { return m_csText; }
+    void SetText(const HCString& text) { m_csText = text; }
+
+    /// 0: not stamped yet, 1: lock, 2: unlock.
+    short GetType() const { return m_nType; }
+    void SetType(short type) { m_nType = type; }
+
+    /// ID of the thread that locked or unlocked; 0 when the record was not stamped yet.
+    unsigned int GetThreadID() const { return m_nThreadID; }
+    void SetThreadID(unsigned int threadID) { m_nThreadID = threadID; }
+
+    // For clients; the library neither fills nor reads them.
+
+    short GetLevel() const { return m_nLevel; }
+    void SetLevel(short level) { m_nLevel = level; }
+    short GetDestination() const { return m_nDestination; }
+    void SetDestination(short destination) { m_nDestination = destination; }
+    HCString GetLocation() const { return m_csLocation; }
+    void SetLocation(const HCString& location) { m_csLocation = location; }
+    int GetCode() const { return m_nCode; }
+    void SetCode(int code) { m_nCode = code; }
+
+private:
+    friend class ZRObservedObjectEvent; // has a record that mostly nobody looks at
+
+    enum class IdentityWhenAsked {};
+
+    /// A record whose identity is made when it is asked for. To be read by one thread at a time.
+    explicit ZRLockTrail(IdentityWhenAsked) {}
+
+    static constexpr short kLock = 1;
+    static constexpr short kUnlock = 2;
+
+    const HCString& Identity() const;
+
+    mutable HCString m_csGUID; // empty until it is asked for
+    HCString m_csText;
+    short m_nType = 0;
+    short m_nLevel = 0;
+    unsigned int m_nThreadID = 0;
+    short m_nDestination = 0;
+    HCString m_csLocation;
+    int m_nCode = 0;
+};
