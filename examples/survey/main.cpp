@@ -2,11 +2,17 @@
 //
 // --registry: ends with a dump of the object registry, which then holds the types of file.
 //
-// Shows a whole application on the library: it reports by messages only, and where they go is the user's choice.
+// Shows a bar while it works, if it writes to a terminal, and ends with the number of messages that it sent.
+//
+// It is a whole application on the library: it reports by messages only, and where they go is the user's choice.
 // Without preferences it turns them on itself, for the console. Ends with status 2 when PATH does not exist.
 
+#include "message_counter.h"
+#include "progress_bar.h"
 #include "survey.h"
+#include "terminal.h"
 
+#include <optional>
 #include <string>
 #include <zrlib/zrlib.h>
 
@@ -57,11 +63,20 @@ int main(int argc, char** argv)
         ZRError("Usage: survey [--registry] [PATH]", "main", 1);
         return kBadArguments;
     }
+    const MessageCounter messages;
     Survey survey;
-    if (!survey.Walk(arguments.path)) {
-        return kBadArguments;
+    {
+        std::optional<ProgressBar> bar;
+        if (IsTerminal()) {
+            bar.emplace();
+            ZRProgressEnable(1);
+        }
+        if (!survey.Walk(arguments.path)) {
+            return kBadArguments;
+        }
     }
     survey.ReportTotals();
+    ZROut(messages.Describe(), "main", 1);
     if (arguments.dumpsRegistry) {
         ZRDumpRegistry();
     }

@@ -36,6 +36,18 @@ HCString Describe(const std::string& what, const FileCount& count)
     return text;
 }
 
+/// What lies in a folder and all below it, as far as it can be read; folders count too.
+int CountEntries(const fs::path& folder)
+{
+    int count = 0;
+    std::error_code error;
+    fs::recursive_directory_iterator entry(folder, fs::directory_options::skip_permission_denied, error);
+    for (const fs::recursive_directory_iterator end; !error && entry != end; entry.increment(error)) {
+        ++count;
+    }
+    return count;
+}
+
 void WarnSkipped(const fs::path& path, const char* reason)
 {
     HCString text;
@@ -56,12 +68,17 @@ bool Survey::Walk(const fs::path& path)
         ZRError(text, "Survey::Walk", 1);
         return false;
     }
+    ZRProgressStart("Survey");
     if (fs::is_directory(status)) {
+        if (ZRProgressEnabled() != 0) {
+            ZRProgressSetRange(0, CountEntries(path));
+        }
         WalkFolder(path);
     } else {
         FileCount alone;
         Take(path, alone);
     }
+    ZRProgressEnd();
     return true;
 }
 
@@ -81,6 +98,8 @@ void Survey::WalkFolder(const fs::path& folder)
     FileCount ofFolder;
     std::vector<fs::path> folders;
     for (const fs::directory_entry& entry : entries) {
+        HCString name(Text(entry.path()).c_str());
+        ZRProgressUpdate(++m_seen, &name);
         const fs::file_status status = entry.status(error);
         if (!fs::is_directory(status)) {
             Take(entry.path(), ofFolder);

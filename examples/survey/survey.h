@@ -8,7 +8,7 @@
 #include <map>
 
 /// Everything it reports is a message: Out for folders and totals, Trace for each file, Warn for what is skipped, Error
-/// for a path that does not exist.
+/// for a path that does not exist. Tells how far it has come as progress of the process.
 class Survey {
 public:
     /// Walks a folder with all that lies below it, or takes a single file. Links to folders are not followed, because
@@ -24,5 +24,6 @@ private:
     void TakeText(const std::filesystem::path& file, const FileCount& count);
 
     FileTypes m_types;
+    int m_seen = 0; // files and folders so far
     std::map<int, FileCount> m_byType; // by the object code of the type
 };
