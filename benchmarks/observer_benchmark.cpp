@@ -192,7 +192,7 @@ void Event(benchmark::State& state)
     }
 }
 BENCHMARK(Event);
-const AddTarget event({"building and destroying an event", Measure::kTime, "Event", "", 45});
+const AddTarget eventTarget({"building and destroying an event", Measure::kTime, "Event", "", 45});
 
 // A ready event to ten receivers, each of which takes a recursive lock.
 

@@ -20,8 +20,8 @@
 /// moved by assignment, and what pointers among them point at is not owned. A pointer or reference to an element is
 /// valid until the next SetSize or Append.
 ///
-/// Errors: std::bad_alloc when memory runs out, std::length_error beyond 2,147,483,647 elements; the array then is as
-/// it was. Threads: one object may be read by several threads at once or used by one.
+/// Errors: std::bad_alloc when memory runs out, std::length_error beyond 2,147,483,647 elements; the array then has the
+/// elements that it had. Threads: one object may be read by several threads at once or used by one.
 template <typename T> class HCArray {
 public:
     HCArray() = default;
@@ -59,8 +59,12 @@ public:
         if (newSize < 0) {
             return;
         }
+        const int removed = std::min(newSize, m_storage.Size()); // end of those that RemoveAt has left in the storage
         if (newSize != m_storage.Size()) {
             m_storage.Resize(newSize);
+        }
+        for (int index = m_nSize; index < removed; ++index) {
+            m_storage.Data()[index] = T();
         }
         m_nSize = newSize;
     }

@@ -1,8 +1,8 @@
 // survey [--registry] [PATH]: counts files, lines and bytes of a folder tree for each type of file.
 //
-// --registry: ends with a dump of the object registry, which then holds the types of file.
+// --registry: dumps the object registry last, which then holds the types of file.
 //
-// Shows a bar while it works, if it writes to a terminal, and ends with the number of messages that it sent.
+// Shows a bar while it works, if it writes to a terminal, and says at the end how many messages it sent until then.
 //
 // It is a whole application on the library: it reports by messages only, and where they go is the user's choice.
 // Without preferences it turns them on itself, for the console. Ends with status 2 when PATH does not exist.
@@ -63,7 +63,7 @@ int main(int argc, char** argv)
         ZRError("Usage: survey [--registry] [PATH]", "main", 1);
         return kBadArguments;
     }
-    const MessageCounter messages;
+    MessageCounter messages;
     Survey survey;
     {
         std::optional<ProgressBar> bar;

@@ -4,12 +4,21 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <string_view>
 
 namespace {
 
 constexpr int kWidth = 50; // of the bar itself
 constexpr int kLineWidth = kWidth + 7; // with brackets and percent
 constexpr auto kLeastPause = std::chrono::milliseconds(100);
+
+/// How many columns a text takes, which is in UTF-8, if each character takes one.
+int ColumnsOf(const HCString& text)
+{
+    const std::string_view bytes(text);
+    const auto isFirst = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; };
+    return static_cast<int>(std::count_if(bytes.begin(), bytes.end(), isFirst));
+}
 
 int PercentOf(int value)
 {
@@ -84,7 +93,7 @@ void ProgressBar::RemoveBehind(const ZRMsg& message)
         : message.IsWarn()                   ? "WARNING"
         : message.IsError()                  ? "ERROR"
                                              : "TRACE";
-    const int length = static_cast<int>(std::strlen(word)) + 3 + message.GetText().GetLength();
+    const int length = static_cast<int>(std::strlen(word)) + 3 + ColumnsOf(message.GetText());
     if (length < kLineWidth) {
         std::printf("\x1b[A\x1b[%dC\x1b[K\n", length); // up, behind the text, erase, down
     }

@@ -4,8 +4,8 @@
 #include <chrono>
 #include <zrlib/zrlib.h>
 
-/// Draws the progress of the process, at most ten times a second, and keeps out of the way of messages. For as long as
-/// it lives it observes both.
+/// Draws the progress of the process, at most ten times a second, and keeps out of the way of messages on the console.
+/// For as long as it lives it observes both, so it sends no message itself.
 class ProgressBar : public ZRObjectObserver {
 public:
     ProgressBar();

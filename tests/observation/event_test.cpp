@@ -44,7 +44,10 @@ TEST_F(Events, CarryTheirFields)
     EXPECT_EQ(event.GetCode(), kCode);
     EXPECT_EQ(
         event.GetName() == "" && event.GetCaption() == "" && event.GetText() == "" && event.GetTextEx() == "", true);
-    EXPECT_EQ(event.GetCount() + event.GetType() + event.GetState() + event.GetMin() + event.GetMax(), 0);
+    for (const int number :
+        {event.GetCount(), event.GetType(), int{event.GetState()}, event.GetMin(), event.GetMax()}) {
+        EXPECT_EQ(number, 0);
+    }
     EXPECT_TRUE(event.GetSource() == nullptr && event.GetPtr() == nullptr);
     EXPECT_TRUE(event.GetMsg() == ZRMsg() && event.GetProfilerState() == ZRProfilerState());
     EXPECT_NE(event.GetLockTrail().GetGUID(), ZRObservedObjectEvent(kCode).GetLockTrail().GetGUID());

@@ -93,6 +93,14 @@ TEST_F(MessageEvents, ComeAfterTheOtherDestinationsAndMayBeAnsweredByMessages)
     EXPECT_EQ(m_observer.events[1].GetText(), "answer");
 }
 
+TEST_F(MessageEvents, MayChangeTheTextOfTheSender)
+{
+    HCString text("an error text that is too long to lie inside its string");
+    m_observer.then = [&](ZRObservedObjectEvent&) { text = "another text that is too long to lie inside the string"; };
+    ZRError(text, nullptr, 1);
+    EXPECT_EQ(test::TakeError(), "1 " + std::string(text) + " ZRError 0");
+}
+
 TEST_F(MessageEvents, ReachAHandlerOfAClientThatAdjustsThem)
 {
     class Handler : public ZRMessageHandler {

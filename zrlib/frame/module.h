@@ -31,11 +31,11 @@ extern ZRModule g_Module;
 /// Never null, and valid before the module is built.
 inline ZRModule* ZRGetModule() { return &g_Module; }
 
-/// Keeps the module's handlers, though not its text table, in place for the length of a scope in which a thread uses
-/// one of them.
+/// Keeps the module's handlers, though not its text table, and what is kept in a ZRModuleObject in place for the length
+/// of a scope in which a thread uses one of them.
 ///
 /// A thread or a static object may send a message while, or after, the library's own objects go. The module does not
-/// wait for anybody when it goes; it leaves a handler that is in use at that moment where it is.
+/// wait for anybody when it goes; it leaves an object that is in use at that moment where it is.
 class ZRModuleUse {
 public:
     ZRModuleUse() noexcept
@@ -55,6 +55,7 @@ public:
 
 private:
     friend class ZRModule;
+    template <typename Object> friend class ZRModuleObject;
 
     static void AddUsers(int count) noexcept
     {
@@ -74,4 +75,26 @@ private:
     static std::atomic<int> s_users;
 
     bool m_stands;
+};
+
+/// An object in static storage that was built before the module. It goes after the module, unless a ZRModuleUse from
+/// the module's time is still there.
+template <typename Object> class ZRModuleObject {
+public:
+    ZRModuleObject()
+        : object()
+    {
+    }
+    ~ZRModuleObject()
+    {
+        if (ZRModuleUse::s_users == 0) {
+            object.~Object();
+        }
+    }
+    ZRModuleObject(const ZRModuleObject&) = delete;
+    ZRModuleObject& operator=(const ZRModuleObject&) = delete;
+
+    union {
+        Object object;
+    };
 };

@@ -14,11 +14,19 @@
 #include "zrlib/registry/object_registry.h"
 #include "zrlib/registry/process_registry.h"
 
-// The subject of progress and of the threading switch. Its name stays empty, because the texts are not there yet.
-ZRObservedObject g_GlobalSubject;
+namespace {
 
-HCString g_csProgressTitle;
-HCString g_csProgressUpdateText;
+// The subject of progress and of the threading switch. Its name stays empty, because the texts are not there yet.
+ZRModuleObject<ZRObservedObject> globalSubject;
+
+ZRModuleObject<HCString> progressTitle;
+ZRModuleObject<HCString> progressUpdateText;
+
+} // namespace
+
+constinit ZRObservedObject& g_GlobalSubject = globalSubject.object;
+constinit HCString& g_csProgressTitle = progressTitle.object;
+constinit HCString& g_csProgressUpdateText = progressUpdateText.object;
 
 // Sends no message while it is built, so that it does not matter that the log file has no name yet.
 ZRModule g_Module;

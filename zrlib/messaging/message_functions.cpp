@@ -30,9 +30,9 @@ void SendAtLevel(short type, const HCString& text, const HCString* textEx, const
 
 /// Records an error with the foundation when it goes: after the message, and also when the message failed with an
 /// exception. Does nothing unless the module stands.
-class ErrorRecord {
+template <typename Text> class ErrorRecord {
 public:
-    ErrorRecord(int code, const char* text, const char* location, char chain)
+    ErrorRecord(int code, const Text& text, const char* location, char chain)
         : m_code(code)
         , m_text(text)
         , m_location(location)
@@ -50,7 +50,7 @@ public:
 
 private:
     int m_code;
-    const char* m_text; // not owned
+    const Text& m_text; // not owned; an observer of the message may have changed it
     const char* m_location; // not owned
     char m_chain;
 };

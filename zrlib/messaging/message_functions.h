@@ -13,16 +13,17 @@ ZR_API ZRMessageHandler* ZRGetMessageHandler();
 extern "C" {
 
 // Sending. While messages are on, each function sends `text` to console, debugger and log file, each if its bit is set
-// in the flag word of the type. The text is never taken for a format. Once the library's own objects have gone, at the
-// end of the process, the functions do nothing.
+// in the flag word of the type, and then to the observers of the handler. The text is never taken for a format. Once
+// the library's own objects have gone, at the end of the process, the functions do nothing.
 //
 // level: 1 to 7; with any other the call does nothing at all. It is carried in the message and has no other effect.
 // location: where the message is raised, usually "Class::Function"; may be null. Carried, not printed.
 // textEx: a second text, carried and not printed.
 //
 // Threads: any. The call runs on the caller's thread and returns when every destination has had the message, so a slow
-// one delays every sender. Ownership: nothing is kept; the texts may go when the call returns. Errors: a destination
-// that fails loses the message for itself only; std::bad_alloc when there is no memory for the message.
+// one delays every sender; observers are called with the handler locked. Ownership: nothing is kept; the texts may go
+// when the call returns. Errors: a destination that fails loses the message for itself only; std::bad_alloc when there
+// is no memory for the message, and whatever an observer throws.
 
 ZR_API void ZROut(const HCString& text, const char* location, short level);
 ZR_API void ZRWarn(const HCString& text, const char* location, short level);

@@ -17,7 +17,6 @@
 #include <cstdio>
 #include <cstring>
 #include <exception>
-#include <typeinfo>
 
 namespace {
 
@@ -191,11 +190,8 @@ void ZRMessageHandler::Route(ZRMsg& message)
     }
 }
 
-/// Whether anybody could see an event: an observer, or a derived class that overrides AdjustEvent.
-bool ZRMessageHandler::IsObserved() const
-{
-    return GetObserverCount() > 0 || typeid(*this) != typeid(ZRMessageHandler);
-}
+/// Whether anybody may see an event: an observer, or AdjustEvent of a class that a client derived.
+bool ZRMessageHandler::IsObserved() const { return GetObserverCount() > 0 || this != ZRGetModule()->m_pMessageHandler; }
 
 void ZRMessageHandler::Deliver(const HCString& text, const MessageType& type)
 {

@@ -28,10 +28,11 @@ class ZRMsg;
 /// ZR_EVENT_MESSAGES_ENABLED.
 ///
 /// There is one handler for the process (ZRGetMessageHandler), and all switches belong to the process.
-/// Truth values: anything but 0 is true; results are 0 or 1.
-/// Threads: any. A lock is held while a message goes its way, so messages do not mix and all destinations see them in
-/// one order. The switches take effect at the next test of them, which may be in the middle of another thread's
-/// message.
+/// Truth values: anything but 0 is true; results are 0 or 1 unless told otherwise.
+/// Threads: any, for messages and switches. A lock is held while a message goes its way, its observers included, so
+/// messages do not mix and all destinations see them in one order. The switches take effect at the next test of them,
+/// which may be in the middle of another thread's message. What concerns observers, the name and copies is as for every
+/// subject (ZRObservedObject): nobody may send meanwhile.
 class ZR_API ZRMessageHandler : public ZRObservedObject {
 public:
     ZRMessageHandler();

@@ -3,4 +3,4 @@
 
 class ZRObservedObject;
 
-extern ZRObservedObject g_GlobalSubject;
+extern ZRObservedObject& g_GlobalSubject;

@@ -31,9 +31,13 @@ public:
     ///
     /// It runs on the sender's thread and holds up the sender. It may attach and detach observers, itself included, and
     /// send events and messages; one that answers a message with a message is called again before it has returned. It
-    /// must not destroy itself. An exception that it throws passes through to the sender, no lock stays held, and the
-    /// observers behind it do not get the event; where the event is sent by a destructor, as those of progress are, it
-    /// ends the process.
+    /// must not destroy itself or assign to itself.
+    ///
+    /// The locks are taken in one order: that of the handler that sends, then the observer's. So an observer of
+    /// messages that observes something else too must not send messages from here, which would take them in the other
+    /// order: two threads could wait for each other for ever. An exception that it throws passes through to the sender,
+    /// no lock stays held, and the observers behind it do not get the event; where the event is sent by a destructor,
+    /// as those of progress are, it ends the process.
     virtual void OnEvent(ZRObservedObjectEvent* event);
 
     /// The subject to which this observer was attached last; null when it was detached since, from whichever subject.

@@ -22,17 +22,18 @@ class ZRObservedObject;
 class ZR_API ZRObservedObjectEvent {
 public:
     /// Empty texts, all numbers 0, null pointers, and records as their default constructors make them.
-    explicit ZRObservedObjectEvent(std::int32_t code);
+    ZRObservedObjectEvent(std::int32_t code);
 
-    /// The same with a source, to whose observers the destructor will send the event. With null nothing is sent, unless
-    /// SetSource gives one later.
+    /// The same with a source, to whose observers the destructor will send the event. With null, here or from
+    /// SetSource, nothing is sent unless SetSource gives another.
     ZRObservedObjectEvent(std::int32_t code, ZRObservedObject* source);
 
     // The copy has no source and does not send itself.
     ZRObservedObjectEvent(const ZRObservedObjectEvent& other);
     ZRObservedObjectEvent& operator=(const ZRObservedObjectEvent& other);
 
-    /// Sends the event if it was built with a source. An observer that throws then ends the process.
+    /// Sends the event if it was built with two arguments and has a source. An exception from the observers, from
+    /// AdjustEvent or for want of memory then ends the process.
     virtual ~ZRObservedObjectEvent();
 
     /// Sends the event to the observers of `source`, one after the other in the order of their attachment, on this

@@ -6,10 +6,12 @@
 
 char ZRAttachObserver(ZRObjectObserver* observer)
 {
-    return ZRModuleUse::ModuleSeemsToStand() ? g_GlobalSubject.AttachObserver(observer, 1) : char{0};
+    const ZRModuleUse module;
+    return module.Stands() ? g_GlobalSubject.AttachObserver(observer, 1) : char{0};
 }
 
 char ZRDetachObserver(ZRObjectObserver* observer)
 {
-    return ZRModuleUse::ModuleSeemsToStand() ? g_GlobalSubject.DetachObserver(observer, 1) : char{0};
+    const ZRModuleUse module;
+    return module.Stands() ? g_GlobalSubject.DetachObserver(observer, 1) : char{0};
 }

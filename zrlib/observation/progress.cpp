@@ -19,7 +19,7 @@ constinit std::atomic<int> g_nProgressMax{100};
 constinit std::atomic<int> g_nProgressPercent{0};
 constinit std::atomic<char> g_bProgressTextVisible{1};
 
-bool IsEnabled() { return g_bProgressEnabled.load(kRelaxed) != 0 && ZRModuleUse::ModuleSeemsToStand(); }
+bool IsEnabled() { return g_bProgressEnabled.load(kRelaxed) != 0; }
 
 bool IsRunning() { return IsEnabled() && g_bProgressStarted.load(kRelaxed) != 0; }
 
@@ -32,7 +32,8 @@ void ZRProgressEnable(char enable) { g_bProgressEnabled.store(enable, kRelaxed);
 
 void ZRProgressStart(const HCString& title)
 {
-    if (IsEnabled()) {
+    const ZRModuleUse module;
+    if (module.Stands() && IsEnabled()) {
         ZRObservedObjectEvent event(ZR_EVENT_PROGRESS_START, nullptr);
         event.SetText(title);
         g_csProgressTitle = title;
@@ -43,7 +44,8 @@ void ZRProgressStart(const HCString& title)
 
 void ZRProgressSetRange(int min, int max)
 {
-    if (IsRunning()) {
+    const ZRModuleUse module;
+    if (module.Stands() && IsRunning()) {
         ZRObservedObjectEvent event(ZR_EVENT_PROGRESS_RANGE, nullptr);
         event.SetMin(min);
         event.SetMax(max);
@@ -55,7 +57,8 @@ void ZRProgressSetRange(int min, int max)
 
 void ZRProgressSetTextVisible(char visible)
 {
-    if (IsRunning()) {
+    const ZRModuleUse module;
+    if (module.Stands() && IsRunning()) {
         ZRObservedObjectEvent event(ZR_EVENT_PROGRESS_TEXT_VISIBLE, nullptr);
         event.SetState(visible);
         g_bProgressTextVisible.store(visible, kRelaxed);
@@ -65,7 +68,8 @@ void ZRProgressSetTextVisible(char visible)
 
 void ZRProgressUpdate(int percent, HCString* text)
 {
-    if (IsRunning()) {
+    const ZRModuleUse module;
+    if (module.Stands() && IsRunning()) {
         ZRObservedObjectEvent event(ZR_EVENT_PROGRESS_UPDATE, nullptr);
         event.SetCount(percent);
         g_nProgressPercent.store(percent, kRelaxed);
@@ -79,7 +83,8 @@ void ZRProgressUpdate(int percent, HCString* text)
 
 void ZRProgressEnd()
 {
-    if (IsRunning()) {
+    const ZRModuleUse module;
+    if (module.Stands() && IsRunning()) {
         constexpr int kAll = 100;
         ZRObservedObjectEvent event(ZR_EVENT_PROGRESS_END, nullptr);
         event.SetCount(kAll);
@@ -98,6 +103,14 @@ int ZRProgressGetPercent() { return g_nProgressPercent.load(kRelaxed); }
 
 char ZRProgressGetTextVisible() { return g_bProgressTextVisible.load(kRelaxed); }
 
-HCString ZRProgressGetTitle() { return ZRModuleUse::ModuleSeemsToStand() ? g_csProgressTitle : HCString(); }
+HCString ZRProgressGetTitle()
+{
+    const ZRModuleUse module;
+    return module.Stands() ? g_csProgressTitle : HCString();
+}
 
-HCString ZRProgressGetUpdateText() { return ZRModuleUse::ModuleSeemsToStand() ? g_csProgressUpdateText : HCString(); }
+HCString ZRProgressGetUpdateText()
+{
+    const ZRModuleUse module;
+    return module.Stands() ? g_csProgressUpdateText : HCString();
+}

@@ -8,6 +8,8 @@
 // subject of the process (ZRAttachObserver), so an observer finds the new state. No value is tested: a range may be
 // upside down, and percents may be any numbers. Nothing is reset when a run starts or ends.
 //
+// Once the library's own objects have gone, at the end of the process, commands do nothing and the texts are empty.
+//
 // Threads: observers run on the thread that calls the command. There is no lock: whoever reports from several threads
 // orders the calls. The numbers may be asked for on any thread; the texts while nobody sets them.
 

@@ -3,5 +3,5 @@
 
 class HCString;
 
-extern HCString g_csProgressTitle;
-extern HCString g_csProgressUpdateText;
+extern HCString& g_csProgressTitle;
+extern HCString& g_csProgressUpdateText;

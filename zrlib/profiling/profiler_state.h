@@ -21,7 +21,7 @@ public:
         : m_csLocation("Unknown")
     {
     }
-    explicit ZRProfilerState(const HCString& location)
+    ZRProfilerState(const HCString& location)
         : m_csLocation(location)
     {
     }

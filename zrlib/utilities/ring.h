@@ -1,9 +1,10 @@
-/// Ring: what the linked containers have in common.
+/// Ring: what the linked containers have in common. For them only.
 #pragma once
 
 #include <cstddef>
 #include <iterator>
 #include <memory>
+#include <type_traits>
 #include <utility>
 
 namespace zr {
@@ -28,6 +29,13 @@ public:
         using reference = Element&;
 
         constexpr BasicIterator() = default;
+
+        /// From an iterator whose elements may be changed to one whose may not.
+        template <typename Other, typename = std::enable_if_t<std::is_convertible_v<Other*, Element*>>>
+        BasicIterator(const BasicIterator<Other>& other)
+            : m_node(other.m_node)
+        {
+        }
 
         Element& operator*() const { return *m_node->cell; }
         Element* operator->() const { return m_node->cell; }
@@ -55,11 +63,18 @@ public:
             return before;
         }
 
-        bool operator==(const BasicIterator& other) const { return m_node == other.m_node; }
-        bool operator!=(const BasicIterator& other) const { return m_node != other.m_node; }
+        friend bool operator==(const BasicIterator& left, const BasicIterator& right)
+        {
+            return left.m_node == right.m_node;
+        }
+        friend bool operator!=(const BasicIterator& left, const BasicIterator& right)
+        {
+            return left.m_node != right.m_node;
+        }
 
     private:
         friend class Ring;
+        template <typename Other> friend class BasicIterator;
 
         explicit BasicIterator(Node* node)
             : m_node(node)

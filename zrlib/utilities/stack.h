@@ -21,7 +21,7 @@ public:
     ZRStack(const ZRStack& other)
         : m_nGrowBy(other.m_nGrowBy)
     {
-        const int steps = (other.GetCount() + m_nGrowBy - 1) / m_nGrowBy;
+        const int steps = other.GetCount() / m_nGrowBy + (other.GetCount() % m_nGrowBy != 0 ? 1 : 0);
         m_storage.Resize(steps <= INT_MAX / m_nGrowBy ? steps * m_nGrowBy : INT_MAX);
         const int readable = std::min(other.GetCount(), other.GetCapacity());
         std::copy(other.m_storage.Data(), other.m_storage.Data() + readable, m_storage.Data());
@@ -46,7 +46,8 @@ public:
     virtual ~ZRStack() = default;
 
     /// Makes room for exactly that many elements; 0 empties the stack too, a negative number has no effect. A capacity
-    /// below the number of elements cuts the upper ones off: they still count, but to read one gives 0.
+    /// below the number of elements cuts the upper ones off: they still count, but to read or pop one gives 0, and only
+    /// a capacity of 0 helps.
     void SetCapacity(int capacity)
     {
         if (capacity < 0) {
