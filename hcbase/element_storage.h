@@ -32,6 +32,7 @@ public:
             Free(m_data);
             m_data = nullptr;
         } else if constexpr (kIsPlain) {
+            // T may well be a pointer. NOLINTNEXTLINE(bugprone-sizeof-expression)
             void* const data = std::realloc(m_data, static_cast<std::size_t>(size) * sizeof(T));
             if (data == nullptr) {
                 throw std::bad_alloc();
