@@ -5,6 +5,7 @@
 #include "zrlib/frame/text_table.h"
 #include "zrlib/messaging/message_functions.h"
 #include "zrlib/messaging/message_handler.h"
+#include "zrlib/profiling/profiler_state_handler.h"
 
 #include <new>
 
@@ -15,9 +16,11 @@ ZRModule::ZRModule()
     : m_hText(HFTextCreateEmbedded("ZRLib", ZRTextTable, 0)) // first: the handlers take their names from the table
     , m_pMode(nullptr)
     , m_pMessageHandler(nullptr)
+    , m_pProfilerStateHandler(nullptr)
 {
     HFVersionLoad("ZRLIB", 2, 90, 10, __DATE__, __TIME__);
     m_pMessageHandler = new (std::nothrow) ZRMessageHandler;
+    m_pProfilerStateHandler = new (std::nothrow) ZRProfilerStateHandler;
     m_pMode = new (std::nothrow) ZRMode;
     ZRModuleUse::s_stands = true; // applying the switches sends an event
     if (m_pMode != nullptr) {
@@ -51,5 +54,6 @@ ZRModule::~ZRModule()
     delete m_pMode;
     if (ZRModuleUse::s_users == 0) {
         delete m_pMessageHandler;
+        delete m_pProfilerStateHandler;
     }
 }

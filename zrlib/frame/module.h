@@ -8,6 +8,7 @@
 
 class ZRMessageHandler;
 class ZRMode;
+class ZRProfilerStateHandler;
 
 /// There is one, in static storage (startup.cpp). Its fields are zero before it is built, do not change while the
 /// library is loaded, and keep their values when it is gone.
@@ -21,6 +22,7 @@ public:
     HCTextHandle m_hText; // of ZRTextTable
     ZRMode* m_pMode; // owned
     ZRMessageHandler* m_pMessageHandler; // owned; the one message handler of the process
+    ZRProfilerStateHandler* m_pProfilerStateHandler; // owned; the one profiler state handler of the process
 
 private:
     void ApplySwitches();
@@ -77,16 +79,17 @@ private:
     bool m_stands;
 };
 
-/// An object in static storage that was built before the module. It goes after the module, unless a ZRModuleUse from
-/// the module's time is still there.
+/// An object in static storage that is left where it is when it should go while a ZRModuleUse is there.
 template <typename Object> class ZRModuleObject {
 public:
     ZRModuleObject()
         : object()
     {
+        m_stands = true;
     }
     ~ZRModuleObject()
     {
+        m_stands = false;
         if (ZRModuleUse::s_users == 0) {
             object.~Object();
         }
@@ -94,7 +97,13 @@ public:
     ZRModuleObject(const ZRModuleObject&) = delete;
     ZRModuleObject& operator=(const ZRModuleObject&) = delete;
 
+    /// Whether the object is there. To be asked within a ZRModuleUse, and holds until its end.
+    bool Stands() const { return m_stands; }
+
     union {
         Object object;
     };
+
+private:
+    std::atomic<bool> m_stands{false};
 };

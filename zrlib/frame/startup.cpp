@@ -5,6 +5,7 @@
 
 #include "hcbase/string.h"
 #include "hcbase/thread.h"
+#include "hcbase/thread_sync.h"
 #include "zrlib/frame/mode.h"
 #include "zrlib/frame/module.h"
 #include "zrlib/messaging/message_handler.h"
@@ -13,6 +14,9 @@
 #include "zrlib/observation/progress_texts.h"
 #include "zrlib/registry/object_registry.h"
 #include "zrlib/registry/process_registry.h"
+#include "zrlib/sync/global_thread_sync.h"
+#include "zrlib/sync/process_lock_trail_handler.h"
+#include "zrlib/sync/thread_sync.h"
 
 namespace {
 
@@ -22,14 +26,19 @@ ZRModuleObject<ZRObservedObject> globalSubject;
 ZRModuleObject<HCString> progressTitle;
 ZRModuleObject<HCString> progressUpdateText;
 
+ZRModuleObject<HCThreadSync> globalSync;
+
 } // namespace
 
 constinit ZRObservedObject& g_GlobalSubject = globalSubject.object;
 constinit HCString& g_csProgressTitle = progressTitle.object;
 constinit HCString& g_csProgressUpdateText = progressUpdateText.object;
+constinit HCThreadSync& ZRGlobalThreadSync::m_sync = globalSync.object;
 
 // Sends no message while it is built, so that it does not matter that the log file has no name yet.
 ZRModule g_Module;
+
+ZRModuleObject<ZRLockTrailHandler> g_LockTrailHandler;
 
 // Goes before the module does, so that a thread in the middle of a message may still read it. The text is short enough
 // to lie inside the string, whose storage stays.
@@ -46,3 +55,5 @@ unsigned int ZRMode::m_main_thread = HCThread::GetCurrentThreadId();
 
 // Empty. When it goes it releases what clients left registered.
 ZRObjectRegistry g_ObjectRegistry;
+
+unsigned int ZRThreadSync::m_main_thread = HCThread::GetCurrentThreadId();

@@ -2,10 +2,10 @@
 #pragma once
 
 #include "hcbase/string.h"
-#include "hcbase/thread_sync.h"
 #include "zrlib/export.h"
 #include "zrlib/messaging/message_types.h"
 #include "zrlib/observation/observed_object.h"
+#include "zrlib/sync/thread_sync.h"
 
 #include <atomic>
 
@@ -142,5 +142,5 @@ private:
     void Deliver(const HCString& text, const MessageType& type);
     bool IsObserved() const;
 
-    HCThreadSync m_sync;
+    ZRThreadSync m_sync; // taken as an HCThreadSync, so that no switch has any influence on it
 };

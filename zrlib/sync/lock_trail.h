@@ -51,6 +51,7 @@ public:
     void SetCode(int code) { m_nCode = code; }
 
 private:
+    friend class ZRLockTrailHandler; // lists records by their identity
     friend class ZRObservedObjectEvent; // has a record that mostly nobody looks at
 
     enum class IdentityWhenAsked {};
@@ -71,4 +72,5 @@ private:
     short m_nDestination = 0;
     HCString m_csLocation;
     int m_nCode = 0;
+    int m_nListings = 0; // how many handlers list this record; not copied
 };

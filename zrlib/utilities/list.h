@@ -19,6 +19,8 @@ public:
     /// Removes an element. Gives the place behind it; End() is not removed.
     Iterator Erase(Iterator place) { return m_ring.Erase(place); }
 
+    void Swap(ZRList& other) noexcept { m_ring.Swap(other.m_ring); }
+
     int GetCount() const { return m_ring.GetCount(); }
 
     Iterator Begin() { return m_ring.Begin(); }

@@ -1,0 +1,80 @@
+/// ZRProfiler: a timer for a scope.
+#pragma once
+
+#include "hcbase/string.h"
+#include "zrlib/export.h"
+
+#include <atomic>
+#include <cstdint>
+
+class ZRProfilerState;
+class ZRProfilerStateHandler;
+
+/// Reads the clock when it is built and again when it goes, and then does one of three things with the time between:
+/// nothing, when its owner only wants GetElapsed; a trace message; or to feed a state (ZRProfilerState).
+///
+/// All times are in seconds. The clock is steady, and counts on while the process sleeps. What is reported does not
+/// count against a timer's own time, but does against that of a timer around it.
+///
+/// While timers are off (SetEnabled) nothing happens when one goes. The last moment counts.
+///
+/// Threads: a timer belongs to the thread that runs its scope. What it points at, an accumulator or a state, is the
+/// caller's to guard when threads share it, and must live longer than the timer. A copy is a timer of its own with the
+/// start of the first.
+class ZR_API ZRProfiler {
+public:
+    /// A stopwatch: reports nothing.
+    ZRProfiler();
+
+    /// Sends "LOCATION : 1.500000secs" when it goes, as a trace message. accumulator: null, or a total to which the
+    /// time is added first, and which the message tells too: "LOCATION : 1.500000secs - total 3.500000".
+    ZRProfiler(const HCString& location, double* accumulator);
+
+    /// The same, unless the time, or the total where there is one, is below the threshold. The total grows in any case.
+    ZRProfiler(const HCString& location, double threshold, double* accumulator);
+
+    /// Feeds a state. Puts it on the stack of the process (ZRProfilerStateHandler) when built. When it goes: takes it
+    /// from there, takes its time out of the self time of the state beneath, records the run in its own state, and
+    /// sends that to the observers of the handler; while the handler is off, only records the run. Null does nothing.
+    ///
+    /// An exception from an observer then ends the process. Throws std::bad_alloc when the stack cannot grow.
+    ZRProfiler(ZRProfilerState* state);
+
+    ZRProfiler(const ZRProfiler& other) = default;
+    ZRProfiler& operator=(const ZRProfiler& other) = default;
+    virtual ~ZRProfiler();
+
+    /// Time since the timer was built.
+    double GetElapsed() const;
+
+    /// The clock itself: counts that grow steadily, from an unknown start and at an unknown rate.
+    static std::int64_t GetTicks();
+
+    double* GetAccumulator() const { return m_pAccumulator; }
+    ZRProfilerState* GetState() const { return m_pState; }
+
+    /// The handler that knows of this timer; null unless it feeds a state.
+    ZRProfilerStateHandler* GetHandler() const { return m_pHandler; }
+
+    /// The switch for all timers, as it was set; 1 at first.
+    static char GetEnabled();
+    static void SetEnabled(char enabled);
+
+protected:
+    static std::atomic<char> m_bEnabled;
+
+private:
+    void Initialise();
+    void FeedState(double elapsed);
+    void Report(double elapsed);
+
+    std::int64_t m_nFrequency = 0; // ticks in a second
+    std::int64_t m_nStart = 0; // ticks
+    ZRProfilerState* m_pState = nullptr; // not owned
+    ZRProfilerStateHandler* m_pHandler = nullptr; // not owned
+    char m_bPrint = 0; // a message is sent at the end
+    HCString m_csLocation;
+    char m_bThreshold = 0; // there is one
+    double m_dThreshold = 0;
+    double* m_pAccumulator = nullptr; // not owned
+};

@@ -1,0 +1,32 @@
+#include "zrlib/sync/global_thread_sync.h"
+
+#include "hcbase/thread_sync.h"
+#include "zrlib/frame/module.h"
+
+constinit std::atomic<char> ZRGlobalThreadSync::m_bVerbose{0};
+constinit std::atomic<double> ZRGlobalThreadSync::m_dWarningThreshold{1.0};
+
+ZRGlobalThreadSync::~ZRGlobalThreadSync() = default;
+
+char ZRGlobalThreadSync::Lock(const char* /*location*/)
+{
+    const ZRModuleUse module;
+    return module.Stands() ? m_sync.lock() : char{0};
+}
+
+char ZRGlobalThreadSync::Unlock(const char* /*location*/)
+{
+    const ZRModuleUse module;
+    return module.Stands() ? m_sync.unlock() : char{0};
+}
+
+char ZRGlobalThreadSync::GetVerbose() { return m_bVerbose.load(std::memory_order_relaxed); }
+
+void ZRGlobalThreadSync::SetVerbose(char verbose) { m_bVerbose.store(verbose, std::memory_order_relaxed); }
+
+double ZRGlobalThreadSync::GetWarningThreshold() { return m_dWarningThreshold.load(std::memory_order_relaxed); }
+
+void ZRGlobalThreadSync::SetWarningThreshold(double seconds)
+{
+    m_dWarningThreshold.store(seconds, std::memory_order_relaxed);
+}

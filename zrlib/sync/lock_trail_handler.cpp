@@ -1,0 +1,119 @@
+#include "zrlib/sync/lock_trail_handler.h"
+
+#include "hcbase/thread.h"
+#include "zrlib/messaging/message_functions.h"
+#include "zrlib/observation/observed_object_event.h"
+#include "zrlib/sync/lock_trail.h"
+#include "zrlib/sync/sync_guard.h"
+
+#include <memory>
+#include <new>
+#include <utility>
+
+ZRLockTrailHandler::ZRLockTrailHandler() = default;
+
+ZRLockTrailHandler::ZRLockTrailHandler(const ZRLockTrailHandler& other)
+    : ZRObservedObject(other)
+    , m_bEnabled(other.m_bEnabled)
+    , m_sync(other.m_sync)
+{
+    const ZRSyncGuard guard(m_sync);
+    m_Trails = other.m_Trails;
+    AddListings(1);
+}
+
+ZRLockTrailHandler& ZRLockTrailHandler::operator=(const ZRLockTrailHandler& other)
+{
+    if (this != &other) {
+        ZRLockTrailHandler copy(other); // takes what this one has listed with it, and the lock that guards it
+        ZRObservedObject::operator=(other);
+        m_bEnabled = copy.m_bEnabled;
+        HCThreadSync former(m_sync);
+        const ZRSyncGuard guard(former);
+        m_Trails.Swap(copy.m_Trails);
+        std::swap(m_sync, copy.m_sync);
+    }
+    return *this;
+}
+
+ZRLockTrailHandler::~ZRLockTrailHandler()
+{
+    const ZRSyncGuard guard(m_sync);
+    AddListings(-1);
+}
+
+/// Handlers that list the same record share one lock, under which its listings are counted.
+void ZRLockTrailHandler::AddListings(int count)
+{
+    for (ZRLockTrail* const trail : m_Trails) {
+        trail->m_nListings += count;
+    }
+}
+
+ZRLockTrail* ZRLockTrailHandler::Append()
+{
+    const ZRSyncGuard guard(m_sync);
+    try {
+        auto trail = std::make_unique<ZRLockTrail>();
+        m_Trails.Append(trail.get());
+        trail->m_nListings = 1;
+        return trail.release();
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+char ZRLockTrailHandler::Remove(ZRLockTrail* trail)
+{
+    const ZRSyncGuard guard(m_sync);
+    if (trail == nullptr) {
+        return 0;
+    }
+    for (auto place = m_Trails.Begin(); place != m_Trails.End(); ++place) {
+        ZRLockTrail* const listed = *place;
+        if (listed->Identity() == trail->Identity()) {
+            m_Trails.Erase(place);
+            if (--listed->m_nListings == 0) {
+                delete listed;
+            }
+            return 1;
+        }
+    }
+    return 0;
+}
+
+void ZRLockTrailHandler::Lock(ZRLockTrail* trail) { Send(trail, ZRLockTrail::kLock); }
+
+void ZRLockTrailHandler::Unlock(ZRLockTrail* trail) { Send(trail, ZRLockTrail::kUnlock); }
+
+void ZRLockTrailHandler::Send(const ZRLockTrail* trail, short type)
+{
+    if (trail != nullptr) {
+        ZRLockTrail stamped(*trail);
+        stamped.SetType(type);
+        BroadcastLock(stamped);
+    }
+}
+
+void ZRLockTrailHandler::BroadcastLock(ZRLockTrail& trail)
+{
+    const ZRSyncGuard guard(m_sync);
+    if (m_bEnabled == 0) {
+        return;
+    }
+    ZRObservedObjectEvent event(ZR_EVENT_LOCK_TRAIL);
+    event.SetSource(this);
+    event.SetText(trail.GetText());
+    trail.SetThreadID(HCThread::GetCurrentThreadId());
+    event.SetLockTrail(trail);
+    event.Broadcast(this, 0);
+}
+
+void ZRLockTrailHandler::SetEnabled(char /*enable*/)
+{
+    ZRError("ZRLockTrailHandler::SetEnabled - not currently intended for use with release build code", nullptr, 1);
+}
+
+char ZRLockTrailHandler::Lock(const char* /*location*/) { return m_sync.lock(); }
+
+char ZRLockTrailHandler::Unlock(const char* /*location*/) { return m_sync.unlock(); }

@@ -1,0 +1,63 @@
+/// ZRLockTrailHandler: keeps the records of locks and sends their events.
+#pragma once
+
+#include "hcbase/thread_sync.h"
+#include "zrlib/export.h"
+#include "zrlib/observation/observed_object.h"
+#include "zrlib/sync/relaxed.h"
+#include "zrlib/utilities/list.h"
+
+class ZRLockTrail;
+
+/// The records that clients have asked for, and the subject of ZR_EVENT_LOCK_TRAIL. There is one for the process
+/// (lock_trail_functions.h).
+///
+/// Lock trails are dormant: nothing enables the handler, so no event is sent. The list works all the same.
+///
+/// Truth values are 1 and 0. Threads: any, for records and events. A lock is held while an event goes its way. What
+/// concerns observers, the name and copies is as for every subject.
+class ZR_API ZRLockTrailHandler : public ZRObservedObject {
+public:
+    ZRLockTrailHandler();
+
+    /// Copies share one lock and list the same records; a record is destroyed when the last handler that lists it
+    /// removes it.
+    ZRLockTrailHandler(const ZRLockTrailHandler& other);
+    ZRLockTrailHandler& operator=(const ZRLockTrailHandler& other);
+
+    /// Leaves the records where they are; those that nobody else lists are never destroyed.
+    ~ZRLockTrailHandler() override;
+
+    /// A new record. The handler owns it until Remove. Null when there is no memory for it.
+    ZRLockTrail* Append();
+
+    /// Destroys the record with the identity of `trail`, which may be the record itself or a copy. 0 when there is none
+    /// and for null.
+    char Remove(ZRLockTrail* trail);
+
+    // Tell observers that a lock is being taken, or was given up. What is sent is a copy. Null does nothing.
+
+    void Lock(ZRLockTrail* trail);
+    void Unlock(ZRLockTrail* trail);
+
+    /// Writes the ID of the calling thread into a record and sends it. Does nothing unless the handler is enabled.
+    void BroadcastLock(ZRLockTrail& trail);
+
+    /// Reports with ZRError that lock trails are not to be had; changes nothing.
+    void SetEnabled(char enable);
+    char GetEnabled() const { return m_bEnabled; }
+
+protected:
+    /// The handler's lock. 1 on success. The location has no effect.
+    char Lock(const char* location);
+    char Unlock(const char* location);
+
+    zr::Relaxed<char> m_bEnabled;
+
+private:
+    void Send(const ZRLockTrail* trail, short type);
+    void AddListings(int count);
+
+    HCThreadSync m_sync;
+    ZRList<ZRLockTrail*> m_Trails; // the records belong to the handlers that list them
+};

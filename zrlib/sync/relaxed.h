@@ -1,0 +1,38 @@
+/// Values that one thread may write while another reads them. For the members of the library's classes only.
+#pragma once
+
+#include <atomic>
+
+namespace zr {
+
+/// A value that threads may read and write at any time, in no order with anything else. Unlike std::atomic it can be
+/// copied, and has no operation that reads and writes at once.
+template <typename T> class Relaxed {
+public:
+    constexpr Relaxed(T value = T()) noexcept
+        : m_value(value)
+    {
+    }
+    Relaxed(const Relaxed& other) noexcept
+        : m_value(other)
+    {
+    }
+    Relaxed& operator=(const Relaxed& other) noexcept
+    {
+        *this = static_cast<T>(other);
+        return *this;
+    }
+    ~Relaxed() = default;
+
+    Relaxed& operator=(T value) noexcept
+    {
+        m_value.store(value, std::memory_order_relaxed);
+        return *this;
+    }
+    operator T() const noexcept { return m_value.load(std::memory_order_relaxed); }
+
+private:
+    std::atomic<T> m_value;
+};
+
+} // namespace zr

@@ -1,0 +1,113 @@
+#include "zrlib/sync/thread_sync.h"
+
+#include "hcbase/string.h"
+#include "hcbase/thread.h"
+#include "zrlib/messaging/message_functions.h"
+#include "zrlib/profiling/profiler.h"
+#include "zrlib/sync/lock_trail_functions.h"
+#include "zrlib/sync/threading_switch.h"
+#include "zrlib/utilities/fixed_text.h"
+
+namespace {
+
+bool IsToBeTold(const ZRLockTrail* trail) { return trail != nullptr && ZRGetLockTrailEnabled() != 0; }
+
+} // namespace
+
+ZRThreadSync::ZRThreadSync() = default;
+
+ZRThreadSync::ZRThreadSync(const ZRThreadSync& other) = default;
+
+ZRThreadSync& ZRThreadSync::operator=(const ZRThreadSync& other) = default;
+
+ZRThreadSync::~ZRThreadSync() = default;
+
+bool ZRThreadSync::IsOn() const { return g_bThreadingEnabled.load(std::memory_order_relaxed) != 0 && m_bActive != 0; }
+
+char ZRThreadSync::Lock(const char* location, ZRLockTrail* trail)
+{
+    if (!IsOn()) {
+        return 1;
+    }
+    if (m_bReport != 0 && IsNotMainThread() != 0) {
+        return LockTimed(location, trail);
+    }
+    if (IsToBeTold(trail)) {
+        ZRLockTrailLock(trail);
+    }
+    return LockCounted();
+}
+
+char ZRThreadSync::LockTimed(const char* location, ZRLockTrail* trail)
+{
+    const ZRProfiler timer;
+    const char* const place = location != nullptr ? location : "?";
+    const unsigned int thread = HCThread::GetCurrentThreadId();
+    if (m_bVerbose != 0) {
+        HCString text;
+        text.Format("%s awaiting lock, count = %d, thread %04X", place, static_cast<int>(m_nLockCount), thread);
+        ZROut(text, nullptr, 1);
+    }
+    if (IsToBeTold(trail)) {
+        ZRLockTrailLock(trail);
+    }
+    const char isLocked = LockCounted();
+    if (timer.GetElapsed() > m_dWarningThreshold) {
+        try {
+            HCString text;
+            text.Format("%s got lock, elapsed %s, thread %04X", place,
+                static_cast<const char*>(zr::FixedText(timer.GetElapsed(), 6)), thread);
+            ZRWarn(text, nullptr, 1);
+        } catch (...) {
+            if (isLocked != 0) {
+                UnlockCounted();
+            }
+            throw;
+        }
+    }
+    return isLocked;
+}
+
+char ZRThreadSync::Unlock(const char* /*location*/, ZRLockTrail* trail)
+{
+    if (!IsOn()) {
+        return 1;
+    }
+    const char isUnlocked = UnlockCounted();
+    if (IsToBeTold(trail)) {
+        ZRLockTrailUnlock(trail);
+    }
+    return isUnlocked;
+}
+
+// The count is changed only while the lock is held, so that it need not be an atomic addition, which would cost as much
+// as the lock. An unlock by a thread that does not hold the lock takes its change back, and may lose one that the
+// holder makes at that moment.
+
+char ZRThreadSync::LockCounted()
+{
+    const char isLocked = lock();
+    if (isLocked != 0) {
+        m_nLockCount = m_nLockCount + 1;
+    }
+    return isLocked;
+}
+
+char ZRThreadSync::UnlockCounted()
+{
+    m_nLockCount = m_nLockCount - 1;
+    const char isUnlocked = unlock();
+    if (isUnlocked == 0) {
+        m_nLockCount = m_nLockCount + 1;
+    }
+    return isUnlocked;
+}
+
+unsigned int ZRThreadSync::GetMainThread() { return m_main_thread; }
+
+char ZRThreadSync::IsMainThread()
+{
+    return HCThread::AreSameThread(HCThread::GetCurrentThreadId(), m_main_thread) ? 1 : 0;
+}
+
+char ZRThreadSync::IsNotMainThread() { return IsMainThread() == 0 ? 1 : 0; }

@@ -1,0 +1,21 @@
+/// The switch that turns the locks of the process off.
+#pragma once
+
+#include "zrlib/export.h"
+
+extern "C" {
+
+// While the switch is 0, ZRThreadSync locks nothing; HCThreadSync and ZRGlobalThreadSync do not ask it. It is 1 at
+// first, whatever the preferences say, and must not be changed while any lock is held: what was locked before would not
+// be unlocked after.
+//
+// Threads: any.
+
+/// The switch, as it was set.
+ZR_API char ZRGetThreadingEnabled();
+
+/// Sets the switch, and tells the observers of the process of a change with ZR_EVENT_THREADING_ENABLED
+/// (ZRAttachObserver). Only where the preferences allow it (ZRMode::IsThreading); otherwise that is reported with
+/// ZRError, and the switch stays.
+ZR_API void ZRSetThreadingEnabled(char enable);
+}

@@ -1,0 +1,6 @@
+/// The threading switch. Not exported.
+#pragma once
+
+#include <atomic>
+
+extern std::atomic<char> g_bThreadingEnabled;

@@ -1,0 +1,11 @@
+/// Numbers as text. Not exported.
+#pragma once
+
+#include "hcbase/string.h"
+
+namespace zr {
+
+/// As printf with "%.*f" in the C locale: the decimal point is a point whatever the locale is.
+HCString FixedText(double value, int decimals);
+
+} // namespace zr
