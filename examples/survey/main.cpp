@@ -1,19 +1,26 @@
-// survey [--registry] [PATH]: counts files, lines and bytes of a folder tree for each type of file.
+// survey [--registry] [--threads N] [PATH]: counts files, lines and bytes of a folder tree for each type of file.
 //
 // --registry: dumps the object registry last, which then holds the types of file.
 //
-// Shows a bar while it works, if it writes to a terminal, and says at the end how many messages it sent until then.
+// --threads: reads the files on N threads, 1 to 256, and warns when one waits long for another.
+//
+// Shows a bar while it works, if it writes to a terminal, and tells at the end where its time went and how many
+// messages it sent until then.
 //
 // It is a whole application on the library: it reports by messages only, and where they go is the user's choice.
 // Without preferences it turns them on itself, for the console. Ends with status 2 when PATH does not exist.
 
 #include "message_counter.h"
+#include "profile.h"
 #include "progress_bar.h"
 #include "survey.h"
 #include "terminal.h"
 
+#include <charconv>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <system_error>
 #include <zrlib/zrlib.h>
 
 namespace {
@@ -28,6 +35,8 @@ struct Arguments {
             const std::string value = values[place];
             if (value == "--registry") {
                 dumpsRegistry = true;
+            } else if (value == "--threads") {
+                areGood = ++place < count && SetThreads(values[place]) && areGood;
             } else if (value.rfind("--", 0) == 0 || hasPath) {
                 areGood = false;
             } else {
@@ -37,7 +46,16 @@ struct Arguments {
         }
     }
 
+    /// False when the text is no number of threads.
+    bool SetThreads(std::string_view text)
+    {
+        constexpr int kMostThreads = 256;
+        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), threads);
+        return error == std::errc() && end == text.data() + text.size() && threads >= 1 && threads <= kMostThreads;
+    }
+
     std::string path = ".";
+    int threads = 0;
     bool dumpsRegistry = false;
     bool areGood = true;
 };
@@ -60,10 +78,11 @@ int main(int argc, char** argv)
     ShowMessagesUnlessPreferencesDo();
     const Arguments arguments(argc, argv);
     if (!arguments.areGood) {
-        ZRError("Usage: survey [--registry] [PATH]", "main", 1);
+        ZRError("Usage: survey [--registry] [--threads N] [PATH]", "main", 1);
         return kBadArguments;
     }
     MessageCounter messages;
+    Profile profile;
     Survey survey;
     {
         std::optional<ProgressBar> bar;
@@ -71,11 +90,12 @@ int main(int argc, char** argv)
             bar.emplace();
             ZRProgressEnable(1);
         }
-        if (!survey.Walk(arguments.path)) {
+        if (!survey.Take(arguments.path, arguments.threads)) {
             return kBadArguments;
         }
     }
-    survey.ReportTotals();
+    survey.Report();
+    profile.Report();
     ZROut(messages.Describe(), "main", 1);
     if (arguments.dumpsRegistry) {
         ZRDumpRegistry();

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cctype>
-#include <map>
 #include <string>
 #include <system_error>
+#include <thread>
 #include <vector>
 #include <zrlib/zrlib.h>
 
@@ -36,18 +36,6 @@ HCString Describe(const std::string& what, const FileCount& count)
     return text;
 }
 
-/// What lies in a folder and all below it, as far as it can be read; folders count too.
-int CountEntries(const fs::path& folder)
-{
-    int count = 0;
-    std::error_code error;
-    fs::recursive_directory_iterator entry(folder, fs::directory_options::skip_permission_denied, error);
-    for (const fs::recursive_directory_iterator end; !error && entry != end; entry.increment(error)) {
-        ++count;
-    }
-    return count;
-}
-
 void WarnSkipped(const fs::path& path, const char* reason)
 {
     HCString text;
@@ -57,7 +45,9 @@ void WarnSkipped(const fs::path& path, const char* reason)
 
 } // namespace
 
-bool Survey::Walk(const fs::path& path)
+Survey::Survey() { m_sync.SetReport(1); }
+
+bool Survey::Take(const fs::path& path, int threads)
 {
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
@@ -65,24 +55,29 @@ bool Survey::Walk(const fs::path& path)
         const bool isMissing = status.type() == fs::file_type::not_found;
         HCString text;
         text.Format("%s %s", Text(path).c_str(), isMissing ? "does not exist" : error.message().c_str());
-        ZRError(text, "Survey::Walk", 1);
+        ZRError(text, "Survey::Take", 1);
         return false;
     }
-    ZRProgressStart("Survey");
-    if (fs::is_directory(status)) {
-        if (ZRProgressEnabled() != 0) {
-            ZRProgressSetRange(0, CountEntries(path));
+    {
+        const ZRProfiler timer(&m_walking);
+        if (fs::is_directory(status)) {
+            Walk(path);
+        } else {
+            m_files.push_back({path, 0, {}});
         }
-        WalkFolder(path);
+    }
+    ZRProgressStart("Survey");
+    ZRProgressSetRange(0, static_cast<int>(m_files.size()));
+    if (threads > 0) {
+        ReadOnThreads(threads);
     } else {
-        FileCount alone;
-        Take(path, alone);
+        Read();
     }
     ZRProgressEnd();
     return true;
 }
 
-void Survey::WalkFolder(const fs::path& folder)
+void Survey::Walk(const fs::path& folder)
 {
     std::error_code error;
     std::vector<fs::directory_entry> entries;
@@ -95,67 +90,153 @@ void Survey::WalkFolder(const fs::path& folder)
     }
     std::sort(entries.begin(), entries.end()); // the same report for the same tree
 
-    FileCount ofFolder;
-    std::vector<fs::path> folders;
+    const std::size_t index = m_folders.size();
+    m_folders.push_back(folder);
+    std::vector<fs::path> below;
     for (const fs::directory_entry& entry : entries) {
-        HCString name(Text(entry.path()).c_str());
-        ZRProgressUpdate(++m_seen, &name);
-        const fs::file_status status = entry.status(error);
-        if (!fs::is_directory(status)) {
-            Take(entry.path(), ofFolder);
+        if (!fs::is_directory(entry.status(error))) {
+            m_files.push_back({entry.path(), index, {}});
         } else if (entry.is_symlink(error)) {
             WarnSkipped(entry.path(), "link to a folder");
         } else {
-            folders.push_back(entry.path());
+            below.push_back(entry.path());
         }
     }
-    ZROut(Describe("Folder " + Text(folder), ofFolder), "Survey::WalkFolder", 1);
-    for (const fs::path& below : folders) {
-        WalkFolder(below);
+    for (const fs::path& next : below) {
+        Walk(next);
     }
 }
 
-void Survey::Take(const fs::path& file, FileCount& ofFolder)
+void Survey::Read()
+{
+    for (File& file : m_files) {
+        if (!IsReadable(file.path)) {
+            continue;
+        }
+        FileCount count;
+        ReadResult result;
+        {
+            const ZRProfiler reading(&m_reading);
+            TextFile text(file.path);
+            while (text.ReadBlock()) {
+                const ZRProfiler counting(&m_counting);
+                text.CountBlock();
+            }
+            result = text.Finish(count);
+        }
+        Keep(file, result, count);
+    }
+}
+
+void Survey::ReadOnThreads(int threads)
+{
+    std::vector<std::thread> readers;
+    readers.reserve(static_cast<std::size_t>(threads));
+    try {
+        while (readers.size() < static_cast<std::size_t>(threads)) {
+            readers.emplace_back([this] { ReadUntilDone(); });
+        }
+    } catch (const std::system_error& error) {
+        HCString text;
+        text.Format("Only %d threads: %s", static_cast<int>(readers.size()), error.what());
+        ZRWarn(text, "Survey::ReadOnThreads", 1);
+    }
+    if (readers.empty()) {
+        ReadUntilDone();
+    }
+    for (std::thread& reader : readers) {
+        reader.join();
+    }
+}
+
+// The stack on which timers find their parents is that of the process, and would mix up the timers of several threads.
+// So each thread measures with stopwatches of its own, and tells the states under the lock.
+
+void Survey::ReadUntilDone()
+{
+    for (std::size_t next = m_next++; next < m_files.size(); next = m_next++) {
+        File& file = m_files[next];
+        FileCount count;
+        ReadResult result = ReadResult::kUnreadable;
+        double counted = 0;
+        const ZRProfiler reading;
+        const bool isReadable = IsReadable(file.path);
+        if (isReadable) {
+            TextFile text(file.path);
+            while (text.ReadBlock()) {
+                const ZRProfiler counting;
+                text.CountBlock();
+                counted += counting.GetElapsed();
+            }
+            result = text.Finish(count);
+        }
+        const double elapsed = reading.GetElapsed();
+        m_sync.Lock("Survey::ReadUntilDone", nullptr);
+        m_counting.Update(counted);
+        m_reading.RemoveDependantTime(counted);
+        m_reading.Update(elapsed);
+        if (ZRProfilerStateHandler* const handler = ZRGetProfilerStateHandler()) {
+            handler->Update(&m_counting);
+            handler->Update(&m_reading);
+        }
+        if (isReadable) {
+            Keep(file, result, count);
+        }
+        m_sync.Unlock("Survey::ReadUntilDone", nullptr);
+    }
+}
+
+/// Whether a path is that of a file with a content; says why it is not.
+bool Survey::IsReadable(const fs::path& path)
 {
     std::error_code error;
-    const fs::file_status status = fs::status(file, error);
+    const fs::file_status status = fs::status(path, error);
     switch (status.type()) {
     case fs::file_type::regular:
-        break;
+        return true;
     case fs::file_type::not_found:
-        WarnSkipped(file, fs::is_symlink(fs::symlink_status(file, error)) ? "dangling link" : "gone meanwhile");
-        return;
+        WarnSkipped(path, fs::is_symlink(fs::symlink_status(path, error)) ? "dangling link" : "gone meanwhile");
+        return false;
     case fs::file_type::none: // the system does not say what it is
-        WarnSkipped(file, error.message().c_str());
-        return;
+        WarnSkipped(path, error.message().c_str());
+        return false;
     default:
-        WarnSkipped(file, "not a file with a content");
-        return;
+        WarnSkipped(path, "not a file with a content");
+        return false;
     }
-    FileCount count;
-    switch (CountTextFile(file, count)) {
-    case ReadResult::kText:
-        TakeText(file, count);
-        ofFolder += count;
+}
+
+void Survey::Keep(File& file, ReadResult result, const FileCount& count)
+{
+    HCString name(Text(file.path).c_str());
+    ZRProgressUpdate(++m_filesRead, &name);
+    switch (result) {
+    case ReadResult::kText: {
+        const int type = m_types.CodeOf(TypeOf(file.path));
+        ZRTrace(Describe("File " + Text(file.path) + ", type " + FileTypes::NameOf(type), count), "Survey::Keep", 1);
+        file.count = count;
+        m_byType[type] += count;
         break;
+    }
     case ReadResult::kBinary:
-        WarnSkipped(file, "binary");
+        WarnSkipped(file.path, "binary");
         break;
     case ReadResult::kUnreadable:
-        WarnSkipped(file, "cannot be read");
+        WarnSkipped(file.path, "cannot be read");
         break;
     }
 }
 
-void Survey::TakeText(const fs::path& file, const FileCount& count)
+void Survey::Report()
 {
-    const int type = m_types.CodeOf(TypeOf(file));
-    ZRTrace(Describe("File " + Text(file) + ", type " + FileTypes::NameOf(type), count), "Survey::TakeText", 1);
-    m_byType[type] += count;
-}
-
-void Survey::ReportTotals() const
-{
+    const ZRProfiler timer(&m_reporting);
+    std::vector<FileCount> ofFolders(m_folders.size() + 1); // the last one for a file that was taken alone
+    for (const File& file : m_files) {
+        ofFolders[file.folder] += file.count;
+    }
+    for (std::size_t folder = 0; folder < m_folders.size(); ++folder) {
+        ZROut(Describe("Folder " + Text(m_folders[folder]), ofFolders[folder]), "Survey::Report", 1);
+    }
     FileCount all;
     std::map<std::string, FileCount> byName;
     for (const auto& [type, count] : m_byType) {
@@ -163,7 +244,7 @@ void Survey::ReportTotals() const
         all += count;
     }
     for (const auto& [name, count] : byName) {
-        ZROut(Describe("Type " + name, count), "Survey::ReportTotals", 1);
+        ZROut(Describe("Type " + name, count), "Survey::Report", 1);
     }
-    ZROut(Describe("Total", all), "Survey::ReportTotals", 1);
+    ZROut(Describe("Total", all), "Survey::Report", 1);
 }

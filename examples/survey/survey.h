@@ -4,26 +4,53 @@
 #include "file_types.h"
 #include "text_file.h"
 
+#include <atomic>
 #include <filesystem>
 #include <map>
+#include <vector>
+#include <zrlib/zrlib.h>
 
 /// Everything it reports is a message: Out for folders and totals, Trace for each file, Warn for what is skipped, Error
-/// for a path that does not exist. Tells how far it has come as progress of the process.
+/// for a path that does not exist. Tells how far it has come as progress of the process, and times its phases: to walk
+/// the tree, to read its files, to count what was read, and to report.
 class Survey {
 public:
-    /// Walks a folder with all that lies below it, or takes a single file. Links to folders are not followed, because
-    /// they may lead back. False when there is no such path or it cannot be reached.
-    bool Walk(const std::filesystem::path& path);
+    Survey();
 
-    /// Reports files, lines and bytes of each type and of all.
-    void ReportTotals() const;
+    /// Walks a folder with all that lies below it, or takes a single file, and reads what it finds. Links to folders
+    /// are not followed, because they may lead back. False when there is no such path or it cannot be reached.
+    ///
+    /// threads: how many threads read, beside the calling one; 0 to read on the calling one.
+    bool Take(const std::filesystem::path& path, int threads);
+
+    /// Reports files, lines and bytes of each folder, of each type and of all.
+    void Report();
 
 private:
-    void WalkFolder(const std::filesystem::path& folder);
-    void Take(const std::filesystem::path& file, FileCount& ofFolder);
-    void TakeText(const std::filesystem::path& file, const FileCount& count);
+    struct File {
+        std::filesystem::path path;
+        std::size_t folder; // index; 0 also when there is no folder
+        FileCount count; // all 0 when it was skipped
+    };
+
+    void Walk(const std::filesystem::path& folder);
+    void Read();
+    void ReadOnThreads(int threads);
+    void ReadUntilDone();
+    static bool IsReadable(const std::filesystem::path& path);
+    void Keep(File& file, ReadResult result, const FileCount& count);
 
     FileTypes m_types;
-    int m_seen = 0; // files and folders so far
+    std::vector<std::filesystem::path> m_folders;
+    std::vector<File> m_files;
     std::map<int, FileCount> m_byType; // by the object code of the type
+    int m_filesRead = 0;
+
+    std::atomic<std::size_t> m_next{0}; // file that no thread has taken yet
+    ZRThreadSync m_sync; // guards what the threads have read, and their reports
+
+    ZRProfilerState m_walking{"walk"};
+    ZRProfilerState m_reading{"read"};
+    ZRProfilerState m_counting{"count"};
+    ZRProfilerState m_reporting{"report"};
 };

@@ -1,8 +1,6 @@
 #include "text_file.h"
 
 #include <algorithm>
-#include <fstream>
-#include <vector>
 
 FileCount& FileCount::operator+=(const FileCount& other)
 {
@@ -12,29 +10,42 @@ FileCount& FileCount::operator+=(const FileCount& other)
     return *this;
 }
 
-ReadResult CountTextFile(const std::filesystem::path& path, FileCount& count)
+TextFile::TextFile(const std::filesystem::path& path)
+    : m_file(path, std::ios::binary)
+    , m_count{1, 0, 0}
+    , m_isOpen(m_file.is_open())
 {
-    constexpr std::size_t kBufferSize = std::size_t{64} * 1024;
-    std::ifstream file(path, std::ios::binary);
-    if (!file) {
+}
+
+bool TextFile::ReadBlock()
+{
+    constexpr std::size_t kBlockSize = std::size_t{64} * 1024;
+    if (!m_isOpen || m_isBinary) {
+        return false;
+    }
+    m_block.resize(kBlockSize);
+    m_file.read(m_block.data(), kBlockSize);
+    m_block.resize(static_cast<std::size_t>(m_file.gcount()));
+    return !m_block.empty();
+}
+
+void TextFile::CountBlock()
+{
+    m_isBinary = std::find(m_block.begin(), m_block.end(), '\0') != m_block.end();
+    m_count.lines += std::count(m_block.begin(), m_block.end(), '\n');
+    m_count.bytes += static_cast<std::int64_t>(m_block.size());
+    m_last = m_block.back();
+}
+
+ReadResult TextFile::Finish(FileCount& count) const
+{
+    if (!m_isOpen || m_file.bad()) {
         return ReadResult::kUnreadable;
     }
-    FileCount counted{1, 0, 0};
-    std::vector<char> buffer(kBufferSize);
-    char last = '\n';
-    while (file.read(buffer.data(), kBufferSize) || file.gcount() > 0) {
-        const auto end = buffer.begin() + file.gcount();
-        if (std::find(buffer.begin(), end, '\0') != end) {
-            return ReadResult::kBinary;
-        }
-        counted.lines += std::count(buffer.begin(), end, '\n');
-        counted.bytes += file.gcount();
-        last = *(end - 1);
+    if (m_isBinary) {
+        return ReadResult::kBinary;
     }
-    if (file.bad()) {
-        return ReadResult::kUnreadable;
-    }
-    counted.lines += last != '\n' ? 1 : 0;
-    count += counted;
+    count += m_count;
+    count.lines += m_last != '\n' ? 1 : 0;
     return ReadResult::kText;
 }

@@ -3,6 +3,8 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <fstream>
+#include <vector>
 
 struct FileCount {
     std::int64_t files = 0;
@@ -14,6 +16,26 @@ struct FileCount {
 
 enum class ReadResult { kText, kBinary, kUnreadable };
 
-/// Counts the lines and bytes of a text file; a last line without an ending counts too. A file with a zero byte is
-/// binary. `count` is changed only when the result is kText.
-ReadResult CountTextFile(const std::filesystem::path& path, FileCount& count);
+/// A file that is read and counted block by block. A file with a zero byte is binary.
+class TextFile {
+public:
+    explicit TextFile(const std::filesystem::path& path);
+
+    /// Reads the next block. False when there is none that is worth counting.
+    bool ReadBlock();
+
+    /// Counts the block that was read last.
+    void CountBlock();
+
+    /// What the file was, after its last block. Adds to `count` if it was a text; a last line without an ending counts
+    /// too.
+    ReadResult Finish(FileCount& count) const;
+
+private:
+    std::ifstream m_file;
+    std::vector<char> m_block;
+    FileCount m_count;
+    char m_last = '\n';
+    bool m_isOpen;
+    bool m_isBinary = false;
+};

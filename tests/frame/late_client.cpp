@@ -30,7 +30,19 @@ void SendWhenTheLibraryHasGone(int /*status*/, void* /*argument*/)
     ZRProgressStart("too late");
     const bool isUnobserved = ZRAttachObserver(&observer) == 0 && observer.GetZRSubject() == nullptr
         && ZRDetachObserver(&observer) == 0 && ZRProgressGetTitle() == "";
-    std::puts(findsNothing && isUnobserved ? "after the library" : "some of it is still there");
+    ZRProfilerState state;
+    {
+        const ZRProfiler timer(&state);
+        const ZRProfiler printing("too late", nullptr);
+    }
+    ZRThreadSync sync;
+    const bool locksItself = sync.Lock("late", nullptr) != 0 && sync.Unlock("late", nullptr) != 0;
+    ZRSetThreadingEnabled(0);
+    ZRSetLockTrailEnabled(1);
+    const bool hasNoLocks = ZRGlobalThreadSync::Lock(nullptr) == 0 && ZRGlobalThreadSync::Unlock(nullptr) == 0
+        && ZRAppendLockTrail() == nullptr && ZRGetLockTrailEnabled() == 0 && ZRGetThreadingEnabled() != 0;
+    std::puts(
+        findsNothing && isUnobserved && locksItself && hasNoLocks ? "after the library" : "some of it is still there");
 }
 
 // Runs before any library is initialised, so that the handler is the last to run. Not atexit, which counts the handler
@@ -80,6 +92,16 @@ int main()
     runForEver([] { ZRGetMessageHandler()->OutEx("", "a text that is long enough to need the heap", nullptr, 1); });
 #endif
     runForEver([] { ZRErrorSet(-1, "a text that is long enough to need the heap", "late_client", 1, 1); });
+    runForEver([] {
+        static ZRProfilerState& state = *new ZRProfilerState; // goes on when the static objects have gone
+        ZRGetProfilerStateHandler()->SetEnabled(1);
+        const ZRProfiler timer(&state);
+        ZRGlobalThreadSync::Lock(nullptr);
+        ZRRemoveLockTrail(ZRAppendLockTrail());
+        ZRProgressEnable(1);
+        ZRProgressStart("a text that is long enough to need the heap");
+        ZRGlobalThreadSync::Unlock(nullptr);
+    });
     runForEver([] {
         HCVersion version;
         HFVersionGet("ZRLIB", version);
