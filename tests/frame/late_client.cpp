@@ -79,6 +79,7 @@ Client client;
 
 int main()
 {
+    ZRGetProfilerStateHandler()->SetEnabled(1);
     const auto runForEver = [](void (*step)()) {
         std::thread([step] {
             for (;;) {
@@ -94,7 +95,6 @@ int main()
     runForEver([] { ZRErrorSet(-1, "a text that is long enough to need the heap", "late_client", 1, 1); });
     runForEver([] {
         static ZRProfilerState& state = *new ZRProfilerState; // goes on when the static objects have gone
-        ZRGetProfilerStateHandler()->SetEnabled(1);
         const ZRProfiler timer(&state);
         ZRGlobalThreadSync::Lock(nullptr);
         ZRRemoveLockTrail(ZRAppendLockTrail());
