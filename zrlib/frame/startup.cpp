@@ -17,6 +17,7 @@
 #include "zrlib/sync/global_thread_sync.h"
 #include "zrlib/sync/process_lock_trail_handler.h"
 #include "zrlib/sync/thread_sync.h"
+#include "zrlib/utilities/text.h"
 
 namespace {
 
@@ -55,5 +56,13 @@ unsigned int ZRMode::m_main_thread = HCThread::GetCurrentThreadId();
 
 // Empty. When it goes it releases what clients left registered.
 ZRObjectRegistry g_ObjectRegistry;
+
+const HCString ZRText::ICON_FILENAME("IconFileName");
+const HCString ZRText::BITMAP_FILENAME("BitmapFileName");
+const HCString ZRText::PALETTE_NAME("PaletteName");
+const HCString ZRText::ORIGINAL_PATH_NAME("OriginalPathName");
+const HCString ZRText::FORCE_DROP_LOCATION("ForceDropLocation");
+const HCString ZRText::HTML("HTML");
+const HCString ZRText::PRIVATE_SYSTEM_PROPERTIES("PrivateSystemProperties");
 
 unsigned int ZRThreadSync::m_main_thread = HCThread::GetCurrentThreadId();

@@ -1,0 +1,19 @@
+#include "zrlib/numerics/random.h"
+
+#include <cstdlib>
+
+namespace {
+
+/// How many bits rand gives beyond the 15.
+constexpr int ExtraBits()
+{
+    int bits = 0;
+    for (int most = RAND_MAX; most > zr::kMostRandom; most /= 2) {
+        ++bits;
+    }
+    return bits;
+}
+
+} // namespace
+
+int zr::Random() noexcept { return std::rand() >> ExtraBits() & kMostRandom; }

@@ -1,0 +1,71 @@
+#include "zrlib/utilities/key.h"
+
+#include "hcbase/format.h"
+#include "hcbase/string.h"
+#include "zrlib/messaging/message_functions.h"
+#include "zrlib/numerics/random.h"
+#include "zrlib/profiling/profiler.h"
+
+namespace {
+
+constexpr auto kRelaxed = std::memory_order_relaxed;
+
+HCString Digits(std::int64_t value)
+{
+    constexpr int kDecimal = 10;
+    return HFFormat64(value, kDecimal, 0);
+}
+
+} // namespace
+
+constinit std::atomic<char> ZRKey::m_bVerbose{0};
+constinit std::atomic<std::int64_t> ZRKey::m_nTicket{0};
+
+char ZRKey::GetVerbose() { return m_bVerbose.load(kRelaxed); }
+
+std::int64_t ZRKey::GetLastTicket()
+{
+    const std::int64_t ticket = m_nTicket.load(kRelaxed);
+    if (GetVerbose() != 0) {
+        HCString text;
+        text.Format("Last ticket was %s", static_cast<const char*>(Digits(ticket)));
+        ZROut(text, nullptr, 1);
+    }
+    return ticket;
+}
+
+std::int64_t ZRKey::GetNextTicket()
+{
+    const std::int64_t ticket = m_nTicket.load(kRelaxed) + 1;
+    if (GetVerbose() != 0) {
+        HCString text;
+        text.Format("Next ticket will be %s", static_cast<const char*>(Digits(ticket)));
+        ZROut(text, nullptr, 1);
+    }
+    return ticket;
+}
+
+std::int64_t ZRKey::IssueTicket()
+{
+    const std::int64_t ticket = m_nTicket.fetch_add(1, kRelaxed) + 1;
+    if (GetVerbose() != 0) {
+        HCString text;
+        text.Format("Issued key %s", static_cast<const char*>(Digits(ticket)));
+        ZROut(text, nullptr, 1);
+    }
+    return ticket;
+}
+
+int ZRGenerateKey(HCString& key, int value)
+{
+    const HCString ticks = Digits(ZRProfiler::GetTicks());
+    const auto random = static_cast<unsigned int>(zr::Random());
+    key.Format("K:%08X:%04X:%s", static_cast<unsigned int>(value), random, static_cast<const char*>(ticks));
+    return key.GetLength();
+}
+
+int ZRShortID(int code)
+{
+    constexpr int kLowWord = 0xFFFF;
+    return code & kLowWord;
+}

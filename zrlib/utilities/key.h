@@ -1,0 +1,41 @@
+/// ZRKey: tickets, and keys made of text.
+#pragma once
+
+#include "zrlib/export.h"
+
+#include <atomic>
+#include <cstdint>
+
+class HCString;
+
+/// The tickets of the process: each is one more than the last, from 1 on. A class derived from this one may set
+/// m_bVerbose, which makes each operation say what it does with ZROut.
+///
+/// Threads: any. No ticket is issued twice; the next ticket may go to another thread.
+class ZR_API ZRKey {
+public:
+    /// The ticket that was issued last; 0 when none has been.
+    static std::int64_t GetLastTicket();
+
+    /// The ticket that would be issued now. Does not reserve it.
+    static std::int64_t GetNextTicket();
+
+    static std::int64_t IssueTicket();
+
+    static char GetVerbose();
+
+protected:
+    static std::atomic<char> m_bVerbose; // 0 at first
+    static std::atomic<std::int64_t> m_nTicket;
+};
+
+extern "C" {
+
+/// Overwrites `key` with "K:", `value` in hexadecimal, a random number in hexadecimal and the clock's ticks, parted by
+/// colons: "K:0000002A:1F3C:123456789012". Gives its length. Draws a number from the standard library's rand, without
+/// seeding it.
+ZR_API int ZRGenerateKey(HCString& key, int value);
+
+/// The short ID of an object code: its low 16 bits. The code is not tested.
+ZR_API int ZRShortID(int code);
+}

@@ -1,0 +1,24 @@
+/// Small services: texts into buffers, disk space, names of operating systems.
+#pragma once
+
+#include "zrlib/export.h"
+
+#include <cstdint>
+
+class HCString;
+
+extern "C" {
+
+/// Copies a text into a buffer of so many bytes, cut to what fits before the terminating zero, and fills the rest with
+/// zeros. Gives the number of bytes copied. A null buffer or a size below 1: nothing is written, and the result is 0. A
+/// character of several bytes may be cut in two. Threads: any.
+ZR_API int ZRStringToBuffer(char* buffer, int size, const HCString& text);
+
+/// Whether the disk of the current directory has room for size1 + size2 bytes, the sum being taken modulo 2^64. 1 or 0;
+/// 0 also when the system does not say. Threads: any.
+ZR_API char ZRCheckDiskSpace(std::uint64_t size1, std::uint64_t size2);
+
+/// The name of an operating system: 1 to 12 and 101 (text_codes.h). Never null. The name of any other code says so, and
+/// is valid until the next call with such a code. Threads: any for the codes that are known, one at a time for others.
+ZR_API const char* ZRGetOpSysName(int code);
+}
