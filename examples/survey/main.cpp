@@ -71,6 +71,22 @@ void ShowMessagesUnlessPreferencesDo()
     }
 }
 
+/// Gives the run a key by which its messages can be found in a log, and warns when the log has little room.
+void ReportRun()
+{
+    constexpr int kProgram = 0x5000; // the same as its object codes begin with
+    constexpr std::uint64_t kLogOfAWholeDisk = std::uint64_t{64} * 1024 * 1024;
+    HCString key;
+    ZRMath::RandSeed();
+    ZRGenerateKey(key, kProgram);
+    HCString text;
+    text.Format("Survey %s", static_cast<const char*>(key));
+    ZROut(text, "main", 1);
+    if (ZRCheckDiskSpace(kLogOfAWholeDisk, 0) == 0) {
+        ZRWarn("The disk of the current directory is nearly full", "main", 1);
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -82,6 +98,7 @@ int main(int argc, char** argv)
         return kBadArguments;
     }
     MessageCounter messages;
+    ReportRun();
     Profile profile;
     Survey survey;
     {

@@ -31,8 +31,8 @@ std::string TypeOf(const fs::path& file)
 HCString Describe(const std::string& what, const FileCount& count)
 {
     HCString text;
-    text.Format("%s: %lld files, %lld lines, %lld bytes", what.c_str(), static_cast<long long>(count.files),
-        static_cast<long long>(count.lines), static_cast<long long>(count.bytes));
+    text.Format("%s: %lld files, %lld lines, %s", what.c_str(), static_cast<long long>(count.files),
+        static_cast<long long>(count.lines), static_cast<const char*>(ZRFormat::KMGT(count.bytes, ZRFormat::BYTES, 2)));
     return text;
 }
 
@@ -91,7 +91,7 @@ void Survey::Walk(const fs::path& folder)
     std::sort(entries.begin(), entries.end()); // the same report for the same tree
 
     const std::size_t index = m_folders.size();
-    m_folders.push_back(folder);
+    m_folders.push_back({folder, ZRKey::IssueTicket()});
     std::vector<fs::path> below;
     for (const fs::directory_entry& entry : entries) {
         if (!fs::is_directory(entry.status(error))) {
@@ -216,6 +216,7 @@ void Survey::Keep(File& file, ReadResult result, const FileCount& count)
         ZRTrace(Describe("File " + Text(file.path) + ", type " + FileTypes::NameOf(type), count), "Survey::Keep", 1);
         file.count = count;
         m_byType[type] += count;
+        m_sizes.Add(count.bytes);
         break;
     }
     case ReadResult::kBinary:
@@ -235,7 +236,9 @@ void Survey::Report()
         ofFolders[file.folder] += file.count;
     }
     for (std::size_t folder = 0; folder < m_folders.size(); ++folder) {
-        ZROut(Describe("Folder " + Text(m_folders[folder]), ofFolders[folder]), "Survey::Report", 1);
+        const std::string number = std::to_string(m_folders[folder].ticket);
+        ZROut(
+            Describe("Folder " + number + " " + Text(m_folders[folder].path), ofFolders[folder]), "Survey::Report", 1);
     }
     FileCount all;
     std::map<std::string, FileCount> byName;
@@ -247,4 +250,5 @@ void Survey::Report()
         ZROut(Describe("Type " + name, count), "Survey::Report", 1);
     }
     ZROut(Describe("Total", all), "Survey::Report", 1);
+    m_sizes.Report();
 }

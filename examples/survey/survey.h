@@ -2,6 +2,7 @@
 #pragma once
 
 #include "file_types.h"
+#include "size_statistics.h"
 #include "text_file.h"
 
 #include <atomic>
@@ -23,10 +24,14 @@ public:
     /// threads: how many threads read, beside the calling one; 0 to read on the calling one.
     bool Take(const std::filesystem::path& path, int threads);
 
-    /// Reports files, lines and bytes of each folder, of each type and of all.
+    /// Reports files, lines and bytes of each folder, of each type and of all, and the sizes of files.
     void Report();
 
 private:
+    struct Folder {
+        std::filesystem::path path;
+        std::int64_t ticket;
+    };
     struct File {
         std::filesystem::path path;
         std::size_t folder; // index; 0 also when there is no folder
@@ -41,9 +46,10 @@ private:
     void Keep(File& file, ReadResult result, const FileCount& count);
 
     FileTypes m_types;
-    std::vector<std::filesystem::path> m_folders;
+    std::vector<Folder> m_folders;
     std::vector<File> m_files;
     std::map<int, FileCount> m_byType; // by the object code of the type
+    SizeStatistics m_sizes;
     int m_filesRead = 0;
 
     std::atomic<std::size_t> m_next{0}; // file that no thread has taken yet

@@ -1,0 +1,77 @@
+#include "size_statistics.h"
+
+#include <algorithm>
+#include <string>
+#include <zrlib/zrlib.h>
+
+namespace {
+
+constexpr double kStep = 0.5; // of the decimal logarithm, so that two bars make a power of ten
+
+HCString Bytes(double size) { return ZRFormat::KMGT(static_cast<std::int64_t>(size), ZRFormat::BYTES, 2); }
+
+} // namespace
+
+void SizeStatistics::Report() const
+{
+    if (!m_sizes.empty()) {
+        ReportMean();
+        ReportHistogram();
+    }
+}
+
+void SizeStatistics::ReportMean() const
+{
+    const auto count = static_cast<double>(m_sizes.size());
+    double sum = 0;
+    for (const std::int64_t size : m_sizes) {
+        sum += static_cast<double>(size);
+    }
+    const double mean = ZRMath::Divide(sum, count);
+    double squares = 0;
+    for (const std::int64_t size : m_sizes) {
+        const double difference = static_cast<double>(size) - mean;
+        squares += difference * difference;
+    }
+    HCString text;
+    if (m_sizes.size() < 2) {
+        text.Format("Sizes: %s", static_cast<const char*>(Bytes(mean)));
+        ZROut(text, "SizeStatistics::ReportMean", 1);
+        return;
+    }
+    // The next call clears the error of this one, so each is asked after before it.
+    const double variance = ZRMath::Divide(squares, count - 1);
+    bool isKnown = ZRMath::NoError() != 0;
+    const double deviation = ZRMath::Sqrt(variance);
+    isKnown = isKnown && ZRMath::NoError() != 0;
+    text.Format("Sizes: mean %s, standard deviation %s", static_cast<const char*>(Bytes(mean)),
+        isKnown ? static_cast<const char*>(Bytes(deviation)) : "unknown");
+    ZROut(text, "SizeStatistics::ReportMean", 1);
+}
+
+void SizeStatistics::ReportHistogram() const
+{
+    std::vector<double> logarithms;
+    for (const std::int64_t size : m_sizes) {
+        const double logarithm = ZRMath::Log10(static_cast<double>(std::max<std::int64_t>(size, 1))); // empty: with 1
+        if (ZRMath::NoError() != 0) {
+            logarithms.push_back(logarithm);
+        }
+    }
+    std::sort(logarithms.begin(), logarithms.end());
+    const double last = ZRMath::TicAbove(logarithms.back(), kStep);
+    auto begin = logarithms.cbegin();
+    for (double mark = ZRMath::TicBelow(logarithms.front(), kStep); mark <= last; mark += kStep) {
+        const auto end = std::lower_bound(begin, logarithms.cend(), mark + kStep);
+        const auto count = static_cast<std::size_t>(end - begin);
+        begin = end;
+        constexpr std::size_t kWidest = 50;
+        const std::size_t bar = (count * kWidest + logarithms.size() - 1) / logarithms.size();
+        if (count != 0) {
+            HCString line;
+            line.Format("from %10s %6d %s", static_cast<const char*>(Bytes(ZRMath::Exp10(mark))),
+                static_cast<int>(count), std::string(bar, '#').c_str());
+            ZROut(line, "SizeStatistics::ReportHistogram", 1);
+        }
+    }
+}
