@@ -59,9 +59,12 @@ void SizeStatistics::ReportHistogram() const
         }
     }
     std::sort(logarithms.begin(), logarithms.end());
+    const double first = ZRMath::TicBelow(logarithms.front(), kStep);
     const double last = ZRMath::TicAbove(logarithms.back(), kStep);
+    const int bars = static_cast<int>(ZRMath::Divide(last - first, kStep)) + 1;
     auto begin = logarithms.cbegin();
-    for (double mark = ZRMath::TicBelow(logarithms.front(), kStep); mark <= last; mark += kStep) {
+    for (int place = 0; place < bars; ++place) {
+        const double mark = first + place * kStep;
         const auto end = std::lower_bound(begin, logarithms.cend(), mark + kStep);
         const auto count = static_cast<std::size_t>(end - begin);
         begin = end;

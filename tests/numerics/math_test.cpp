@@ -137,7 +137,11 @@ std::uint32_t ModelLow(double x)
 Outcome ModelFdiv(double a, double b)
 {
     const std::uint32_t divisor = ModelLow(b);
-    return divisor == 0 ? Error(8) : Value(ModelLow(a) / divisor);
+    if (divisor == 0) {
+        return Error(8);
+    }
+    const std::uint32_t quotient = ModelLow(a) / divisor;
+    return Value(quotient);
 }
 
 double Angle(double x, bool isRadians)

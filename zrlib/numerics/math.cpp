@@ -262,7 +262,10 @@ double ZRMath::Fdiv(double a, double b)
 {
     const std::uint32_t divisor = LowBits(b);
     const int error = divisor == 0 ? ZR_ERROR_MATH_DIVIDE_BY_ZERO : 0;
-    return Checked::Guarded(error, [=] { return static_cast<double>(LowBits(a) / divisor); });
+    return Checked::Guarded(error, [=]() -> double {
+        const std::uint32_t quotient = LowBits(a) / divisor;
+        return quotient;
+    });
 }
 
 double ZRMath::Sin(double x, char mode) { return Checked::Plain(std::sin(Checked::Reduced(x, mode).radians)); }
