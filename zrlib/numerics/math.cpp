@@ -162,6 +162,22 @@ double Clipped(double lo, double x, double hi) { return lo > x ? lo : x > hi ? h
 
 } // namespace
 
+#if defined(_WIN32)
+// A client that takes the address of a constant imports it, and an import needs a definition here.
+constexpr double ZRMath::MATH_ROUNDOFF;
+constexpr double ZRMath::MATH_ROUNDOFF2;
+constexpr double ZRMath::MATH_PI_OVER_2;
+constexpr double ZRMath::MATH_FIRST_QUADRANT;
+constexpr double ZRMath::MATH_PI;
+constexpr double ZRMath::MATH_SECOND_QUADRANT;
+constexpr double ZRMath::MATH_THREE_PI_OVER_2;
+constexpr double ZRMath::MATH_THIRD_QUADRANT;
+constexpr double ZRMath::MATH_TWO_PI;
+constexpr double ZRMath::MATH_FOURTH_QUADRANT;
+constexpr char ZRMath::MATH_RADIANS;
+constexpr char ZRMath::MATH_DEGREES;
+#endif
+
 constinit std::atomic<int> ZRMath::m_nError{0};
 
 int ZRMath::GetLastError() { return m_nError.load(kRelaxed); }

@@ -9,7 +9,8 @@
 #include <algorithm>
 
 #if defined(_WIN32)
-constexpr std::int32_t ZRFormat::BYTES; // must be exported
+// A client that takes the address of a constant imports it, and an import needs a definition here.
+constexpr std::int32_t ZRFormat::BYTES;
 #endif
 
 namespace {
