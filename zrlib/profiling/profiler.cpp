@@ -39,12 +39,9 @@ ZRProfiler::ZRProfiler(ZRProfilerState* state)
     : m_pState(state)
 {
     Initialise();
-    m_pHandler = ZRGetProfilerStateHandler();
+    m_pHandler = ZRGetModule()->m_pProfilerStateHandler;
     if (ZRProfilerStateHandler::m_bEnabled.load(kRelaxed) != 0) {
-        const ZRModuleUse module;
-        if (module.Stands() && m_pHandler != nullptr) {
-            m_pHandler->Push(state);
-        }
+        PushState();
     }
 }
 
@@ -61,22 +58,27 @@ ZRProfiler::~ZRProfiler()
         return;
     }
     const double elapsed = GetElapsed();
-    if (m_pState != nullptr) {
-        FeedState(elapsed);
-    } else {
+    if (m_pState == nullptr) {
         Report(elapsed);
+    } else if (m_pHandler != nullptr && ZRProfilerStateHandler::m_bEnabled.load(kRelaxed) == 0) {
+        m_pState->Update(elapsed); // all that is left to do when the handler does nothing
+    } else if (m_pHandler != nullptr) {
+        FeedState(elapsed);
     }
 }
 
-void ZRProfiler::FeedState(double elapsed)
+// Apart from their callers, so that these stay short where the handler is off.
+
+[[gnu::noinline]] void ZRProfiler::PushState()
 {
-    if (m_pHandler == nullptr) {
-        return;
+    const ZRModuleUse module;
+    if (module.Stands() && m_pHandler != nullptr) {
+        m_pHandler->Push(m_pState);
     }
-    if (ZRProfilerStateHandler::m_bEnabled.load(kRelaxed) == 0) {
-        m_pState->Update(elapsed); // all that is left to do when the handler does nothing
-        return;
-    }
+}
+
+[[gnu::noinline]] void ZRProfiler::FeedState(double elapsed)
+{
     const ZRModuleUse module;
     if (!module.Stands()) {
         return;

@@ -65,6 +65,7 @@ protected:
 
 private:
     void Initialise();
+    void PushState();
     void FeedState(double elapsed);
     void Report(double elapsed);
 
