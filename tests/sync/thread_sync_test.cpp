@@ -13,8 +13,17 @@ using test::RecordingObserver;
 
 constexpr double kNever = 1e9; // seconds
 
-/// Whether another thread could take a lock now.
-bool IsFree(HCThreadSync& sync)
+/// Waits until another thread has had a lock, which is to be free.
+void TakeOnAnotherThread(HCThreadSync& sync)
+{
+    std::thread([&sync] {
+        sync.lock();
+        sync.unlock();
+    }).join();
+}
+
+/// Whether this thread holds a lock that it is to hold once at least. Gives up all its holds.
+bool IsHeldAndGiveUp(HCThreadSync& sync)
 {
     std::atomic<bool> isTaken = false;
     std::thread thread([&] {
@@ -22,15 +31,11 @@ bool IsFree(HCThreadSync& sync)
         isTaken = true;
         sync.unlock();
     });
-    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(50);
-    while (!isTaken && std::chrono::steady_clock::now() < end) {
-        std::this_thread::yield();
-    }
-    const bool wasFree = isTaken;
-    while (!wasFree && sync.unlock() != 0) { // so that the thread can end
-    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    const bool isHeld = !isTaken;
+    while (sync.unlock() != 0) {}
     thread.join();
-    return wasFree;
+    return isHeld;
 }
 
 class ThreadSync : public test::Messages {
@@ -97,7 +102,7 @@ TEST_F(ThreadSync, StartsActiveAndSilent)
         EXPECT_EQ(same->GetWarningThreshold(), 5);
     }
     sync.Lock(nullptr, nullptr);
-    EXPECT_FALSE(IsFree(copy)) << "copies share the lock";
+    EXPECT_TRUE(IsHeldAndGiveUp(copy)) << "copies share the lock";
 }
 
 TEST_F(ThreadSync, LocksUnlessItIsSwitchedOff)
@@ -117,10 +122,11 @@ TEST_F(ThreadSync, LocksUnlessItIsSwitchedOff)
         EXPECT_EQ(sync.Lock("a", nullptr), 1);
         EXPECT_EQ(sync.Lock("a", nullptr), 1);
         EXPECT_EQ(sync.Unlock("a", nullptr), 1);
-        EXPECT_EQ(IsFree(sync), !row.locks);
-        while (sync.unlock() != 0) {}
+        if (row.locks) {
+            EXPECT_TRUE(IsHeldAndGiveUp(sync));
+        }
         EXPECT_EQ(sync.Unlock("a", nullptr), row.locks ? 0 : 1) << "one too many";
-        EXPECT_TRUE(IsFree(sync));
+        TakeOnAnotherThread(sync);
         ZRSetThreadingEnabled(1);
     }
 }
@@ -188,20 +194,66 @@ TEST_F(ThreadSync, CountsItsHolds)
 
 TEST_F(ThreadSync, MeasuresTheWholeWait)
 {
-    constexpr auto kHold = std::chrono::milliseconds(30);
     ZRThreadSync sync;
     sync.SetReport(1);
+    sync.SetVerbose(1);
     sync.SetWarningThreshold(0.02);
+    std::atomic<bool> waits = false;
+    m_messages.then = [&waits](auto&) { waits = true; };
     sync.Lock(nullptr, nullptr);
     std::thread waiting([&] {
+        m_worker = HCThread::GetCurrentThreadId();
         sync.Lock("worker", nullptr);
         sync.Unlock("worker", nullptr);
     });
-    std::this_thread::sleep_for(kHold);
-    std::this_thread::sleep_for(kHold); // the thread has begun by now
+    while (!waits) {
+        std::this_thread::yield();
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
     sync.Unlock(nullptr, nullptr);
     waiting.join();
-    EXPECT_NE(TakeMessages().find("W worker got lock, elapsed TIME "), std::string::npos);
+    EXPECT_EQ(TakeMessages(), "O worker awaiting lock, count = 1, THREAD\nW worker got lock, elapsed TIME THREAD\n");
+}
+
+TEST_F(ThreadSync, TellsItsTrailBeforeAndAfterTheLockIsHeld)
+{
+    struct Enabled : ZRLockTrailHandler {
+        Enabled() { m_bEnabled = 1; }
+    };
+    ZRLockTrailHandler& handler = *ZRGetLockTrailHandler();
+    handler = Enabled();
+    ZRThreadSync sync;
+    sync.SetWarningThreshold(-1);
+    ZRLockTrail trail;
+    RecordingObserver observer;
+    std::string steps;
+    observer.then = [&](ZRObservedObjectEvent& event) {
+        TakeOnAnotherThread(sync);
+        steps += event.GetLockTrail().IsLock() != 0 ? "lock " : "unlock ";
+        steps += TakeMessages();
+    };
+    handler.AttachObserver(&observer, 1);
+    const auto lockAndUnlock = [&] {
+        sync.Lock("a", &trail);
+        steps += TakeMessages() + "held ";
+        sync.Unlock("a", &trail);
+        sync.Unlock("a", &trail); // which fails
+    };
+    const struct {
+        char active;
+        char report;
+        const char* steps;
+    } rows[] = {{1, 0, "lock held unlock unlock "}, {0, 1, "held "},
+        {1, 1, "lock O a awaiting lock, count = 0, THREAD\nW a got lock, elapsed TIME THREAD\nheld unlock unlock "}};
+    for (const auto& row : rows) {
+        sync.SetActive(row.active);
+        sync.SetReport(row.report);
+        sync.SetVerbose(row.report);
+        OnWorker(lockAndUnlock);
+        EXPECT_EQ(steps, row.steps);
+        steps.clear();
+    }
+    handler = ZRLockTrailHandler();
 }
 
 TEST_F(ThreadSync, IsNotHeldWhenAReportThrows)
@@ -212,7 +264,7 @@ TEST_F(ThreadSync, IsNotHeldWhenAReportThrows)
     m_messages.then = [](auto&) { throw std::runtime_error("no"); };
     OnWorker([&] { EXPECT_THROW(sync.Lock("a", nullptr), std::runtime_error); });
     m_messages.then = nullptr;
-    EXPECT_TRUE(IsFree(sync));
+    TakeOnAnotherThread(sync);
     sync.SetVerbose(1);
     m_messages.events.clear();
     OnWorker([&] { EXPECT_EQ(sync.Lock("a", nullptr) + sync.Unlock("a", nullptr), 2); });
@@ -234,6 +286,7 @@ TEST_F(ThreadSync, KeepsThreadsApart)
                 ++sum;
                 sync.Unlock("a", nullptr);
                 sync.Unlock("a", nullptr);
+                sync.Unlock("a", nullptr); // once too often
             }
         });
     }

@@ -5,6 +5,7 @@
 #include "zrlib/platform/single_threaded.h"
 
 #include <atomic>
+#include <thread>
 
 class ZRMessageHandler;
 class ZRMode;
@@ -85,25 +86,38 @@ public:
     ZRModuleObject()
         : object()
     {
-        m_stands = true;
+        m_state = State::kStands;
     }
     ~ZRModuleObject()
     {
-        m_stands = false;
+        m_state = State::kGoing;
         if (ZRModuleUse::s_users == 0) {
+            m_state = State::kAbsent;
             object.~Object();
+        } else {
+            m_state = State::kStands; // for good
         }
     }
     ZRModuleObject(const ZRModuleObject&) = delete;
     ZRModuleObject& operator=(const ZRModuleObject&) = delete;
 
     /// Whether the object is there. To be asked within a ZRModuleUse, and holds until its end.
-    bool Stands() const { return m_stands; }
+    bool Stands() const
+    {
+        State state = m_state;
+        while (state == State::kGoing) { // which is decided at once
+            std::this_thread::yield();
+            state = m_state;
+        }
+        return state == State::kStands;
+    }
 
     union {
         Object object;
     };
 
 private:
-    std::atomic<bool> m_stands{false};
+    enum class State : char { kAbsent, kGoing, kStands };
+
+    std::atomic<State> m_state{State::kAbsent};
 };

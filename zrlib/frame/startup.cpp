@@ -14,7 +14,7 @@
 #include "zrlib/observation/progress_texts.h"
 #include "zrlib/registry/object_registry.h"
 #include "zrlib/registry/process_registry.h"
-#include "zrlib/sync/global_thread_sync.h"
+#include "zrlib/sync/global_sync.h"
 #include "zrlib/sync/process_lock_trail_handler.h"
 #include "zrlib/sync/thread_sync.h"
 #include "zrlib/utilities/text.h"
@@ -27,14 +27,13 @@ ZRModuleObject<ZRObservedObject> globalSubject;
 ZRModuleObject<HCString> progressTitle;
 ZRModuleObject<HCString> progressUpdateText;
 
-ZRModuleObject<HCThreadSync> globalSync;
-
 } // namespace
 
 constinit ZRObservedObject& g_GlobalSubject = globalSubject.object;
 constinit HCString& g_csProgressTitle = progressTitle.object;
 constinit HCString& g_csProgressUpdateText = progressUpdateText.object;
-constinit HCThreadSync& ZRGlobalThreadSync::m_sync = globalSync.object;
+
+ZRModuleObject<HCThreadSync> g_GlobalSync;
 
 // Sends no message while it is built, so that it does not matter that the log file has no name yet.
 ZRModule g_Module;

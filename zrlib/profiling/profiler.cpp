@@ -81,6 +81,7 @@ ZRProfiler::~ZRProfiler()
 {
     const ZRModuleUse module;
     if (!module.Stands()) {
+        m_pState->Update(elapsed);
         return;
     }
     m_pHandler->Pop(m_pState);

@@ -16,11 +16,15 @@ class ZRProfilerStateHandler;
 /// All times are in seconds. The clock is steady, and counts on while the process sleeps. What is reported does not
 /// count against a timer's own time, but does against that of a timer around it.
 ///
-/// While timers are off (SetEnabled) nothing happens when one goes. The last moment counts.
+/// While timers are off (SetEnabled) nothing happens when one goes. The last moment counts. They must not be switched
+/// off while a timer feeds a state and the handler is on: the state stays on the stack then (ZRProfilerStateHandler).
+///
+/// An exception from an observer, or for want of memory, when a timer goes ends the process.
 ///
 /// Threads: a timer belongs to the thread that runs its scope. What it points at, an accumulator or a state, is the
 /// caller's to guard when threads share it, and must live longer than the timer. A copy is a timer of its own with the
-/// start of the first.
+/// start of the first; but it is not on the stack, so one that feeds a state takes another timer's entry away when it
+/// goes.
 class ZR_API ZRProfiler {
 public:
     /// A stopwatch: reports nothing.
@@ -37,7 +41,7 @@ public:
     /// from there, takes its time out of the self time of the state beneath, records the run in its own state, and
     /// sends that to the observers of the handler; while the handler is off, only records the run. Null does nothing.
     ///
-    /// An exception from an observer then ends the process. Throws std::bad_alloc when the stack cannot grow.
+    /// Throws std::bad_alloc when the stack cannot grow.
     ZRProfiler(ZRProfilerState* state);
 
     ZRProfiler(const ZRProfiler& other) = default;

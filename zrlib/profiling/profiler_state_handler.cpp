@@ -53,14 +53,22 @@ void ZRProfilerStateHandler::SetEnabled(char enabled)
     }
 }
 
-// Each operation asks the switch before it takes the lock, so that timers cost little while nobody wants to see them.
+// Each operation asks the switch before it takes the lock, so that timers cost little while nobody wants to see them,
+// and again when it has it. In between it makes sure that the handler does not go.
 
 char ZRProfilerStateHandler::Push(ZRProfilerState* state)
 {
     if (GetEnabled() == 0 || state == nullptr) {
         return 0;
     }
+    const ZRModuleUse module;
+    if (!module.Stands()) {
+        return 0;
+    }
     const Hold hold(m_sync, "ZRProfilerStateHandler::Push");
+    if (GetEnabled() == 0) {
+        return 0;
+    }
     m_stack.Push(state);
     return 1;
 }
@@ -70,9 +78,13 @@ char ZRProfilerStateHandler::Pop(ZRProfilerState* state)
     if (GetEnabled() == 0 || state == nullptr) {
         return 0;
     }
+    const ZRModuleUse module;
+    if (!module.Stands()) {
+        return 0;
+    }
     const Hold hold(m_sync, "ZRProfilerStateHandler::Pop");
     ZRProfilerState* top = nullptr;
-    return m_stack.Pop(top) != 0 && top == state ? 1 : 0;
+    return GetEnabled() != 0 && m_stack.Pop(top) != 0 && top == state ? 1 : 0;
 }
 
 char ZRProfilerStateHandler::PeekTop(ZRProfilerState*& state)
@@ -80,13 +92,21 @@ char ZRProfilerStateHandler::PeekTop(ZRProfilerState*& state)
     if (GetEnabled() == 0) {
         return 0;
     }
+    const ZRModuleUse module;
+    if (!module.Stands()) {
+        return 0;
+    }
     const Hold hold(m_sync, "ZRProfilerStateHandler::PeekTop");
-    return m_stack.Peek(state);
+    return GetEnabled() != 0 ? m_stack.Peek(state) : char{0};
 }
 
 void ZRProfilerStateHandler::Update(ZRProfilerState* state)
 {
     if (GetEnabled() == 0 || state == nullptr) {
+        return;
+    }
+    const ZRModuleUse module;
+    if (!module.Stands()) {
         return;
     }
     const Hold hold(m_sync, "ZRProfilerStateHandler::Update");
@@ -96,10 +116,10 @@ void ZRProfilerStateHandler::Update(ZRProfilerState* state)
 
 void ZRProfilerStateHandler::Broadcast(ZRProfilerState& state)
 {
+    const Hold hold(m_sync, "ZRProfilerStateHandler::Broadcast");
     if (GetEnabled() == 0) {
         return;
     }
-    const Hold hold(m_sync, "ZRProfilerStateHandler::Broadcast");
     ZRObservedObjectEvent event(ZR_EVENT_PROFILER_STATE);
     event.SetSource(this);
     event.SetProfilerState(state);

@@ -25,9 +25,10 @@ ZR_API ZRProfilerStateHandler* ZRGetProfilerStateHandler();
 /// There is one stack for all threads. Timers of several threads that overlap take each other for parents, and remove
 /// each other's entries; which state is charged then is a matter of chance.
 ///
-/// Truth values are 1 and 0 unless told otherwise. Threads: any. A lock is held during each operation but SetEnabled,
-/// so while states are sent no other timer of the process can end: an observer must not wait for one. What concerns
-/// observers, the name and copies is as for every subject.
+/// Truth values are 1 and 0 unless told otherwise. Threads: any. While the handler is on, a lock is held during Push,
+/// Pop, PeekTop and Update, so while states are sent no other timer of the process can end: an observer must not wait
+/// for one. What concerns observers, the name and copies is as for every subject. Once the library's own objects have
+/// gone, at the end of the process, the operations do nothing and give 0.
 class ZR_API ZRProfilerStateHandler : public ZRObservedObject {
 public:
     ZRProfilerStateHandler();
@@ -41,8 +42,8 @@ public:
     void SetEnabled(char enabled);
     char GetEnabled() const;
 
-    /// Puts a state on the stack. 0 when the handler is off and for null. Throws std::bad_alloc when the stack cannot
-    /// grow.
+    /// Puts a state on the stack. 0 when the handler is off and for null. Throws std::bad_alloc or std::length_error
+    /// when the stack cannot grow.
     char Push(ZRProfilerState* state);
 
     /// Takes the top state off the stack, whichever it is. 1 when it was this one. When the handler is off and for null
@@ -61,7 +62,7 @@ protected:
     /// Sends a state.
     void Broadcast(ZRProfilerState& state);
 
-    // The handler's lock (ZRThreadSync).
+    // The handler's lock, with the results of ZRThreadSync.
     char Lock(const char* location);
     char Unlock(const char* location);
 

@@ -1,7 +1,6 @@
 #include "zrlib/sync/global_thread_sync.h"
 
-#include "hcbase/thread_sync.h"
-#include "zrlib/frame/module.h"
+#include "zrlib/sync/global_sync.h"
 
 constinit std::atomic<char> ZRGlobalThreadSync::m_bVerbose{0};
 constinit std::atomic<double> ZRGlobalThreadSync::m_dWarningThreshold{1.0};
@@ -10,14 +9,14 @@ ZRGlobalThreadSync::~ZRGlobalThreadSync() = default;
 
 char ZRGlobalThreadSync::Lock(const char* /*location*/)
 {
-    const ZRModuleUse module;
-    return module.Stands() ? m_sync.lock() : char{0};
+    const ZRModuleUse use;
+    return g_GlobalSync.Stands() ? g_GlobalSync.object.lock() : char{0};
 }
 
 char ZRGlobalThreadSync::Unlock(const char* /*location*/)
 {
-    const ZRModuleUse module;
-    return module.Stands() ? m_sync.unlock() : char{0};
+    const ZRModuleUse use;
+    return g_GlobalSync.Stands() ? g_GlobalSync.object.unlock() : char{0};
 }
 
 char ZRGlobalThreadSync::GetVerbose() { return m_bVerbose.load(std::memory_order_relaxed); }

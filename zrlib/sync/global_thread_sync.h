@@ -5,13 +5,11 @@
 
 #include <atomic>
 
-class HCThreadSync;
-
 /// A lock that all clients of the library share. Re-entrant; the library itself never takes it, and the threading
 /// switch has no influence on it.
 ///
 /// Threads: any. Once the library's own objects have gone, at the end of the process, Lock and Unlock do nothing and
-/// give 0.
+/// give 0, unless a thread was waiting for the lock at that moment; then it goes on working.
 class ZR_API ZRGlobalThreadSync {
 public:
     virtual ~ZRGlobalThreadSync();
@@ -32,7 +30,6 @@ public:
     static void SetWarningThreshold(double seconds);
 
 private:
-    static HCThreadSync& m_sync;
     static std::atomic<char> m_bVerbose;
     static std::atomic<double> m_dWarningThreshold;
 };

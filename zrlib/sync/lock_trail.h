@@ -4,6 +4,8 @@
 #include "hcbase/string.h"
 #include "zrlib/export.h"
 
+#include <atomic>
+
 /// Tells who a lock is, where it stands and what it is doing. Every new record has an identity of its own, which its
 /// copies share.
 ///
@@ -72,5 +74,5 @@ private:
     short m_nDestination = 0;
     HCString m_csLocation;
     int m_nCode = 0;
-    int m_nListings = 0; // how many handlers list this record; not copied
+    std::atomic<int> m_nListings{0}; // how many handlers list this record; not copied
 };

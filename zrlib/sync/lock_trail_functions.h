@@ -11,8 +11,8 @@ ZR_API ZRLockTrailHandler* ZRGetLockTrailHandler();
 
 extern "C" {
 
-// The operations of that handler (lock_trail_handler.h). Once it has gone, at the end of the process, they do nothing
-// and give 0 or null.
+// The operations of that handler (lock_trail_handler.h). Once it has gone, at the end of the process, they and
+// those operations do nothing and give 0 or null.
 //
 // Threads: any.
 

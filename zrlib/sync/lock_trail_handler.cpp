@@ -4,6 +4,8 @@
 #include "zrlib/messaging/message_functions.h"
 #include "zrlib/observation/observed_object_event.h"
 #include "zrlib/sync/lock_trail.h"
+#include "zrlib/sync/lock_trail_functions.h"
+#include "zrlib/sync/process_lock_trail_handler.h"
 #include "zrlib/sync/sync_guard.h"
 
 #include <memory>
@@ -36,13 +38,9 @@ ZRLockTrailHandler& ZRLockTrailHandler::operator=(const ZRLockTrailHandler& othe
     return *this;
 }
 
-ZRLockTrailHandler::~ZRLockTrailHandler()
-{
-    const ZRSyncGuard guard(m_sync);
-    AddListings(-1);
-}
+/// Takes no lock, since it must not wait for a thread that holds it.
+ZRLockTrailHandler::~ZRLockTrailHandler() { AddListings(-1); }
 
-/// Handlers that list the same record share one lock, under which its listings are counted.
 void ZRLockTrailHandler::AddListings(int count)
 {
     for (ZRLockTrail* const trail : m_Trails) {
@@ -50,8 +48,15 @@ void ZRLockTrailHandler::AddListings(int count)
     }
 }
 
+/// Whether this is not the handler of the process after it has gone. To be asked within a ZRModuleUse.
+bool ZRLockTrailHandler::Stands() const { return this != ZRGetLockTrailHandler() || g_LockTrailHandler.Stands(); }
+
 ZRLockTrail* ZRLockTrailHandler::Append()
 {
+    const ZRModuleUse use;
+    if (!Stands()) {
+        return nullptr;
+    }
     const ZRSyncGuard guard(m_sync);
     try {
         auto trail = std::make_unique<ZRLockTrail>();
@@ -65,10 +70,11 @@ ZRLockTrail* ZRLockTrailHandler::Append()
 
 char ZRLockTrailHandler::Remove(ZRLockTrail* trail)
 {
-    const ZRSyncGuard guard(m_sync);
-    if (trail == nullptr) {
+    const ZRModuleUse use;
+    if (trail == nullptr || !Stands()) {
         return 0;
     }
+    const ZRSyncGuard guard(m_sync);
     for (auto place = m_Trails.Begin(); place != m_Trails.End(); ++place) {
         ZRLockTrail* const listed = *place;
         if (listed->Identity() == trail->Identity()) {
@@ -97,6 +103,10 @@ void ZRLockTrailHandler::Send(const ZRLockTrail* trail, short type)
 
 void ZRLockTrailHandler::BroadcastLock(ZRLockTrail& trail)
 {
+    const ZRModuleUse use;
+    if (!Stands()) {
+        return;
+    }
     const ZRSyncGuard guard(m_sync);
     if (m_bEnabled == 0) {
         return;

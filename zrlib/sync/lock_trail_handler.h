@@ -57,6 +57,7 @@ protected:
 private:
     void Send(const ZRLockTrail* trail, short type);
     void AddListings(int count);
+    bool Stands() const;
 
     HCThreadSync m_sync;
     ZRList<ZRLockTrail*> m_Trails; // the records belong to the handlers that list them

@@ -3,6 +3,7 @@
 #include "hcbase/string.h"
 #include "hcbase/thread.h"
 #include "zrlib/messaging/message_functions.h"
+#include "zrlib/platform/thread_mark.h"
 #include "zrlib/profiling/profiler.h"
 #include "zrlib/sync/lock_trail_functions.h"
 #include "zrlib/sync/threading_switch.h"
@@ -81,26 +82,39 @@ char ZRThreadSync::Unlock(const char* /*location*/, ZRLockTrail* trail)
 }
 
 // The count is changed only while the lock is held, so that it need not be an atomic addition, which would cost as much
-// as the lock. An unlock by a thread that does not hold the lock takes its change back, and may lose one that the
-// holder makes at that moment.
+// as the lock. So it is counted down before the lock is given up, and only by a thread that Lock has given it.
 
 char ZRThreadSync::LockCounted()
 {
     const char isLocked = lock();
     if (isLocked != 0) {
         m_nLockCount = m_nLockCount + 1;
+        m_nHolder = zr::ThreadMark();
     }
     return isLocked;
 }
 
 char ZRThreadSync::UnlockCounted()
 {
-    m_nLockCount = m_nLockCount - 1;
-    const char isUnlocked = unlock();
-    if (isUnlocked == 0) {
-        m_nLockCount = m_nLockCount + 1;
+    const std::uintptr_t self = zr::ThreadMark();
+    const bool isHolder = m_nHolder == self;
+    if (!isHolder && unlock() == 0) {
+        return 0;
     }
-    return isUnlocked;
+    const int count = m_nLockCount;
+    m_nLockCount = count - 1;
+    if (!isHolder) {
+        return 1; // was locked with `lock`
+    }
+    if (count == 1) {
+        m_nHolder = 0;
+    }
+    if (unlock() == 0) { // was given up with `unlock`
+        m_nLockCount = count;
+        m_nHolder = self;
+        return 0;
+    }
+    return 1;
 }
 
 unsigned int ZRThreadSync::GetMainThread() { return m_main_thread; }

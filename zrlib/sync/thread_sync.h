@@ -5,6 +5,8 @@
 #include "zrlib/export.h"
 #include "zrlib/sync/relaxed.h"
 
+#include <cstdint>
+
 class ZRLockTrail;
 
 /// The foundation's re-entrant lock with four additions: it can be switched off, by itself (SetActive) or with all
@@ -43,8 +45,8 @@ public:
     char Lock(const char* location, ZRLockTrail* trail);
 
     /// Gives up one level of the hold. Gives 1, at once while the lock is switched off; 0 when the calling thread does
-    /// not hold the lock. The trail is told in either case, when the lock has been given up. The location has no
-    /// effect.
+    /// not hold the lock. The trail is told in either case, when the lock has been given up; an observer of it may
+    /// throw. The location has no effect.
     char Unlock(const char* location, ZRLockTrail* trail);
 
     /// Whether attempts are reported too.
@@ -77,6 +79,7 @@ private:
     char UnlockCounted();
 
     zr::Relaxed<int> m_nLockCount; // for reports only
+    zr::Relaxed<std::uintptr_t> m_nHolder; // mark of the thread that Lock has given the lock; 0 when it is given up
     zr::Relaxed<char> m_bVerbose;
     zr::Relaxed<char> m_bReport;
     zr::Relaxed<char> m_bActive{1};

@@ -16,6 +16,7 @@ ZR_API char ZRGetThreadingEnabled();
 
 /// Sets the switch, and tells the observers of the process of a change with ZR_EVENT_THREADING_ENABLED
 /// (ZRAttachObserver). Only where the preferences allow it (ZRMode::IsThreading); otherwise that is reported with
-/// ZRError, and the switch stays.
+/// ZRError, and the switch stays. An observer that throws ends the process. Once the library's own objects have gone,
+/// at the end of the process, nothing happens.
 ZR_API void ZRSetThreadingEnabled(char enable);
 }
