@@ -5,6 +5,8 @@ find_package(Threads REQUIRED)
 # What every target of this project is compiled with. Not passed on to clients.
 add_library(zrlib_compile_options INTERFACE)
 target_compile_features(zrlib_compile_options INTERFACE cxx_std_20)
+# Results are promised with each operation rounded by itself, whatever the processor offers.
+target_compile_options(zrlib_compile_options INTERFACE -ffp-contract=off)
 target_compile_options(zrlib_compile_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
 target_compile_options(zrlib_compile_options INTERFACE $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>)
 # g++ 12 warns of overlapping copies inside its own std::string (gcc bug 105651).

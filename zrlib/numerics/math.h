@@ -36,7 +36,7 @@ public:
     ZRMath() = default;
 
     /// The argument has no effect.
-    explicit ZRMath(char) {}
+    ZRMath(char) {}
 
     // The last error: one of the codes above, or 0.
 
@@ -58,7 +58,7 @@ public:
     static char ParmLTZero(double x);
 
     // Comparisons of two numbers, to within 4.4408920985006264e-17 times b, which is less than doubles can tell apart
-    // unless b is denormal. False when one of them is NaN.
+    // but next to the smallest normal ones. False when one of them is NaN.
 
     static char ParmEQ(double a, double b);
     static char ParmNE(double a, double b);
@@ -112,7 +112,8 @@ public:
     static double Sin(double x, char mode);
     static double Cos(double x, char mode);
 
-    /// The tangent. Fails for angles that are 90 or 270 degrees after reduction to one turn; negative ones do not fail.
+    /// The tangent. Fails for angles that are 90 or 270 degrees, or MATH_PI_OVER_2 or MATH_THREE_PI_OVER_2, after
+    /// reduction to one turn; negative ones do not fail.
     static double Tan(double x, char mode);
 
     /// 1 divided by the tangent. Fails where that does and where it is 0.
@@ -125,13 +126,15 @@ public:
     /// The angle of the point (x, y). Always 90 degrees when ParmZero holds for x, whatever y is.
     static double Atan2(double y, double x, char mode);
 
-    // Tics of a scale. A number that is on a tic stays, and all do when the step is 0 to ParmZero. From others a whole
-    // step is added or taken away and the rest cut off, towards 0: on the way towards 0 that leads one tic too far.
+    // Tics of a scale. A number that is on a tic stays, and all do when the step is 0 to ParmZero. To others a whole
+    // step is added, or taken away, and the result brought to the tic below it, or, when x is negative, to the tic
+    // above it. So on the way towards 0 that leads one tic too far: TicBelow(7, 5) is 0.
 
     static double TicAbove(double x, double step);
     static double TicBelow(double x, double step);
 
-    // Random numbers, from 15 bits of the standard library's rand, whose series is that of the whole process.
+    // Random numbers, from 15 bits of the standard library's rand. Its series is one for the whole process on Linux,
+    // one for each thread on Windows.
 
     /// 0.0 to 1.0, both included.
     static double Rand();
@@ -151,10 +154,10 @@ public:
     /// lo if x is below it; else hi if x is above that; else x.
     static double ClipRange(double lo, double x, double hi);
 
-    /// The larger of the two.
+    /// At least b: the larger of the two; a with NaN.
     static double ClipMin(double a, double b);
 
-    /// The smaller of the two.
+    /// At most b: the smaller of the two; a with NaN.
     static double ClipMax(double a, double b);
 
 protected:

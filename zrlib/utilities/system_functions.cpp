@@ -41,7 +41,7 @@ int ZRStringToBuffer(char* buffer, int size, const HCString& text)
         return 0;
     }
     const int length = std::min(text.GetLength(), size - 1);
-    std::memcpy(buffer, static_cast<const char*>(text), static_cast<std::size_t>(length));
+    std::memmove(buffer, static_cast<const char*>(text), static_cast<std::size_t>(length));
     std::memset(buffer + length, 0, static_cast<std::size_t>(size - length));
     return length;
 }
@@ -50,10 +50,9 @@ char ZRCheckDiskSpace(std::uint64_t size1, std::uint64_t size2)
 {
     HCFileSystem fileSystem;
     std::uint64_t available = 0;
-    std::uint64_t total = 0;
-    std::uint64_t free = 0;
-    const bool isKnown = fileSystem.GetDiskInfo(fileSystem.GetCurDirectory(""), &available, &total, &free) != 0;
-    return isKnown && free >= size1 + size2 ? 1 : 0;
+    std::uint64_t unread = 0;
+    const bool isKnown = fileSystem.GetDiskInfo(fileSystem.GetCurDirectory(""), &available, &unread, &unread) != 0;
+    return isKnown && available >= size1 + size2 ? 1 : 0;
 }
 
 const char* ZRGetOpSysName(int code)
@@ -62,7 +61,7 @@ const char* ZRGetOpSysName(int code)
         return name;
     }
     constexpr std::size_t kLongest = 64;
-    static char unidentified[kLongest]; // no string, which would need code to be built and to go
+    static char unidentified[kLongest]; // a string would need code at load and unload
     const char* const text = FindText(ZR_TEXT_OPSYS_UNIDENTIFIED);
     std::snprintf(unidentified, sizeof unidentified, "%s %d", text != nullptr ? text : "", code);
     return unidentified;

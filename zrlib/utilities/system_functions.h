@@ -14,8 +14,8 @@ extern "C" {
 /// character of several bytes may be cut in two. Threads: any.
 ZR_API int ZRStringToBuffer(char* buffer, int size, const HCString& text);
 
-/// Whether the disk of the current directory has room for size1 + size2 bytes, the sum being taken modulo 2^64. 1 or 0;
-/// 0 also when the system does not say. Threads: any.
+/// Whether the process may still write size1 + size2 bytes, the sum being taken modulo 2^64, to the disk of the current
+/// directory. 1 or 0; 0 also when the system does not say. Threads: any.
 ZR_API char ZRCheckDiskSpace(std::uint64_t size1, std::uint64_t size2);
 
 /// The name of an operating system: 1 to 12 and 101 (text_codes.h). Never null. The name of any other code says so, and
