@@ -25,6 +25,42 @@ ZRThreadSync::~ZRThreadSync() = default;
 
 bool ZRThreadSync::IsOn() const { return g_bThreadingEnabled.load(std::memory_order_relaxed) != 0 && m_bActive != 0; }
 
+/// The two steps with their count. Compiled in where they are called, as a call is a good part of what they cost.
+struct ZRThreadSync::Counted {
+    [[gnu::always_inline]] static char Lock(ZRThreadSync& sync)
+    {
+        const char isLocked = sync.lock();
+        if (isLocked != 0) {
+            sync.m_nLockCount = sync.m_nLockCount + 1;
+            sync.m_nHolder = zr::ThreadMark();
+        }
+        return isLocked;
+    }
+
+    [[gnu::always_inline]] static char Unlock(ZRThreadSync& sync)
+    {
+        const std::uintptr_t self = zr::ThreadMark();
+        const bool isHolder = sync.m_nHolder == self;
+        if (!isHolder && sync.unlock() == 0) {
+            return 0;
+        }
+        const int count = sync.m_nLockCount;
+        sync.m_nLockCount = count - 1;
+        if (!isHolder) {
+            return 1; // was locked with `lock`
+        }
+        if (count == 1) {
+            sync.m_nHolder = 0;
+        }
+        if (sync.unlock() == 0) { // was given up with `unlock`
+            sync.m_nLockCount = count;
+            sync.m_nHolder = self;
+            return 0;
+        }
+        return 1;
+    }
+};
+
 char ZRThreadSync::Lock(const char* location, ZRLockTrail* trail)
 {
     if (!IsOn()) {
@@ -36,7 +72,7 @@ char ZRThreadSync::Lock(const char* location, ZRLockTrail* trail)
     if (IsToBeTold(trail)) {
         ZRLockTrailLock(trail);
     }
-    return LockCounted();
+    return Counted::Lock(*this);
 }
 
 char ZRThreadSync::LockTimed(const char* location, ZRLockTrail* trail)
@@ -52,7 +88,7 @@ char ZRThreadSync::LockTimed(const char* location, ZRLockTrail* trail)
     if (IsToBeTold(trail)) {
         ZRLockTrailLock(trail);
     }
-    const char isLocked = LockCounted();
+    const char isLocked = Counted::Lock(*this);
     if (timer.GetElapsed() > m_dWarningThreshold) {
         try {
             HCString text;
@@ -61,7 +97,7 @@ char ZRThreadSync::LockTimed(const char* location, ZRLockTrail* trail)
             ZRWarn(text, nullptr, 1);
         } catch (...) {
             if (isLocked != 0) {
-                UnlockCounted();
+                Counted::Unlock(*this);
             }
             throw;
         }
@@ -74,7 +110,7 @@ char ZRThreadSync::Unlock(const char* /*location*/, ZRLockTrail* trail)
     if (!IsOn()) {
         return 1;
     }
-    const char isUnlocked = UnlockCounted();
+    const char isUnlocked = Counted::Unlock(*this);
     if (IsToBeTold(trail)) {
         ZRLockTrailUnlock(trail);
     }
@@ -83,39 +119,6 @@ char ZRThreadSync::Unlock(const char* /*location*/, ZRLockTrail* trail)
 
 // The count is changed only while the lock is held, so that it need not be an atomic addition, which would cost as much
 // as the lock. So it is counted down before the lock is given up, and only by a thread that Lock has given it.
-
-char ZRThreadSync::LockCounted()
-{
-    const char isLocked = lock();
-    if (isLocked != 0) {
-        m_nLockCount = m_nLockCount + 1;
-        m_nHolder = zr::ThreadMark();
-    }
-    return isLocked;
-}
-
-char ZRThreadSync::UnlockCounted()
-{
-    const std::uintptr_t self = zr::ThreadMark();
-    const bool isHolder = m_nHolder == self;
-    if (!isHolder && unlock() == 0) {
-        return 0;
-    }
-    const int count = m_nLockCount;
-    m_nLockCount = count - 1;
-    if (!isHolder) {
-        return 1; // was locked with `lock`
-    }
-    if (count == 1) {
-        m_nHolder = 0;
-    }
-    if (unlock() == 0) { // was given up with `unlock`
-        m_nLockCount = count;
-        m_nHolder = self;
-        return 0;
-    }
-    return 1;
-}
 
 unsigned int ZRThreadSync::GetMainThread() { return m_main_thread; }
 

@@ -73,10 +73,10 @@ public:
     static char IsNotMainThread();
 
 private:
+    struct Counted;
+
     bool IsOn() const;
     char LockTimed(const char* location, ZRLockTrail* trail);
-    char LockCounted();
-    char UnlockCounted();
 
     zr::Relaxed<int> m_nLockCount; // for reports only
     zr::Relaxed<std::uintptr_t> m_nHolder; // mark of the thread that Lock has given the lock; 0 when it is given up
