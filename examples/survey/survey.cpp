@@ -36,6 +36,34 @@ HCString Describe(const std::string& what, const FileCount& count)
     return text;
 }
 
+/// Holds a lock for the length of a scope.
+class Hold {
+public:
+    Hold(ZRThreadSync& sync, const char* location)
+        : m_sync(sync)
+        , m_location(location)
+    {
+        m_sync.Lock(m_location, nullptr);
+    }
+    ~Hold() { m_sync.Unlock(m_location, nullptr); }
+    Hold(const Hold&) = delete;
+    Hold& operator=(const Hold&) = delete;
+
+private:
+    ZRThreadSync& m_sync; // not owned
+    const char* m_location;
+};
+
+/// Reads a file; each block is counted by `count`, which takes the time.
+template <typename Count> ReadResult ReadText(const fs::path& path, FileCount& result, Count count)
+{
+    TextFile text(path);
+    while (text.ReadBlock()) {
+        count(text);
+    }
+    return text.Finish(result);
+}
+
 void WarnSkipped(const fs::path& path, const char* reason)
 {
     HCString text;
@@ -114,15 +142,13 @@ void Survey::Read()
             continue;
         }
         FileCount count;
-        ReadResult result;
+        ReadResult result = ReadResult::kUnreadable;
         {
             const ZRProfiler reading(&m_reading);
-            TextFile text(file.path);
-            while (text.ReadBlock()) {
+            result = ReadText(file.path, count, [this](TextFile& text) {
                 const ZRProfiler counting(&m_counting);
                 text.CountBlock();
-            }
-            result = text.Finish(count);
+            });
         }
         Keep(file, result, count);
     }
@@ -162,16 +188,14 @@ void Survey::ReadUntilDone()
         const ZRProfiler reading;
         const bool isReadable = IsReadable(file.path);
         if (isReadable) {
-            TextFile text(file.path);
-            while (text.ReadBlock()) {
+            result = ReadText(file.path, count, [&counted](TextFile& text) {
                 const ZRProfiler counting;
                 text.CountBlock();
                 counted += counting.GetElapsed();
-            }
-            result = text.Finish(count);
+            });
         }
         const double elapsed = reading.GetElapsed();
-        m_sync.Lock("Survey::ReadUntilDone", nullptr);
+        const Hold hold(m_sync, "Survey::ReadUntilDone");
         m_counting.Update(counted);
         m_reading.RemoveDependantTime(counted);
         m_reading.Update(elapsed);
@@ -182,7 +206,6 @@ void Survey::ReadUntilDone()
         if (isReadable) {
             Keep(file, result, count);
         }
-        m_sync.Unlock("Survey::ReadUntilDone", nullptr);
     }
 }
 

@@ -41,12 +41,6 @@ TEST(TextTable, HasTheTextsThatClientsSee)
         // clang-format off
         {ZR_TEXT_UNTITLED, "Untitled"},
         {ZR_TEXT_UNKNOWN_FORMAT_CODE, "Unknown format code"},
-        {100, "RSX"},
-        {101, "Vax"},
-        {102, "Dos"},
-        {111, "Generic Unix"},
-        {112, "Windows"},
-        {113, "Unidentified operating system"},
         {200, "Windows"},
         {209, "Unidentified platform"},
         {-65636, "Error in shared memory assignment"},

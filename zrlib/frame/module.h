@@ -20,6 +20,14 @@ public:
     ZRModule(const ZRModule&) = delete;
     ZRModule& operator=(const ZRModule&) = delete;
 
+    /// A text of the library's table (text_codes.h); null when there is no such text and while there is no table.
+    const char* FindText(int code) const noexcept
+    {
+        const char* text = nullptr;
+        HFTextGet(m_hText, code, &text);
+        return text;
+    }
+
     HCTextHandle m_hText; // of ZRTextTable
     ZRMode* m_pMode; // owned
     ZRMessageHandler* m_pMessageHandler; // owned; the one message handler of the process

@@ -1,6 +1,5 @@
 #include "zrlib/numerics/math.h"
 
-#include "hcbase/text_table.h"
 #include "zrlib/frame/module.h"
 #include "zrlib/frame/text_codes.h"
 #include "zrlib/messaging/message_functions.h"
@@ -24,12 +23,10 @@ constexpr double kGreatestExponent = 38; // decimal for powers, natural for expo
 /// The class from within: the constants, and everything that must not clear the last error on the way.
 class Checked : public ZRMath {
 public:
-    static void Begin() { m_nError.store(0, kRelaxed); }
-
     /// Gives what a comparison or a plain function has worked out.
     template <typename Result> static Result Plain(Result result)
     {
-        Begin();
+        ResetError();
         return result;
     }
     static char Truth(bool isTrue) { return Plain(isTrue ? char{1} : char{0}); }
@@ -38,9 +35,8 @@ public:
     static double Fail(int code)
     {
         constexpr int kLevel = 1;
-        const char* text = nullptr;
-        HFTextGet(ZRGetModule()->m_hText, ZR_TEXT_MATH_LOG_OF_ZERO + (ZR_ERROR_MATH_LOG_OF_ZERO - code), &text);
-        ZRErrorSet(code, text, "ZRMath", 0, kLevel);
+        const int number = ZR_TEXT_MATH_LOG_OF_ZERO + (ZR_ERROR_MATH_LOG_OF_ZERO - code);
+        ZRErrorSet(code, ZRGetModule()->FindText(number), "ZRMath", 0, kLevel);
         m_nError.store(code, kRelaxed);
         return 0.0;
     }
@@ -129,7 +125,7 @@ public:
     /// Ends a guarded function: reports its error, or gives its result.
     template <typename Result> static double Guarded(int error, Result result)
     {
-        Begin();
+        ResetError();
         return error != 0 ? Fail(error) : result();
     }
 };

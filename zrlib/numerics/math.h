@@ -73,7 +73,7 @@ public:
     static double RMin(double a, double b);
     static double RMax(double a, double b);
 
-    /// Makes *p 0.0 when ParmZero holds for it.
+    /// Makes *p 0.0 when ParmZero holds for it. p must not be null.
     static void SetToZero(double* p);
 
     static double Radians(double degrees);
@@ -97,7 +97,10 @@ public:
     static double Exp(double x);
     static double Exp10(double x);
 
+    /// The table above tells which arguments are bad. Zero is what ParmZero takes for it.
     static double Pow(double base, double power);
+
+    /// Fails below zero, beyond what ParmZero takes for it; NaN from there to zero.
     static double Sqrt(double x);
 
     /// a / b. Zero is what ParmZero takes for it.

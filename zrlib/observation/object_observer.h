@@ -37,8 +37,7 @@ public:
     /// messages that observes something else too must not send messages from here, which would take them in the other
     /// order: two threads could wait for each other for ever. An exception that it throws passes through to the sender,
     /// no lock stays held, and the observers behind it do not get the event; where the event is sent by a destructor,
-    /// as those of progress, of the threading
-    /// switch and of timers are, it ends the process.
+    /// as those of progress, of the threading switch and of timers are, it ends the process.
     virtual void OnEvent(ZRObservedObjectEvent* event);
 
     /// The subject to which this observer was attached last; null when it was detached since, from whichever subject.

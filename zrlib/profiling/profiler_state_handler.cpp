@@ -3,6 +3,8 @@
 #include "zrlib/frame/module.h"
 #include "zrlib/observation/observed_object_event.h"
 
+#include <optional>
+
 namespace {
 
 /// Holds a lock for the length of a scope.
@@ -24,6 +26,26 @@ private:
 };
 
 } // namespace
+
+/// A scope in which the handler is locked, does not go, and is on if this says so. The operations ask the switch before
+/// they make one, so that timers cost little while nobody wants to see them.
+class ZRProfilerStateHandler::Turn {
+public:
+    Turn(ZRProfilerStateHandler& handler, const char* location)
+    {
+        if (m_module.Stands()) {
+            m_hold.emplace(handler.m_sync, location);
+            m_isOn = handler.GetEnabled() != 0;
+        }
+    }
+
+    explicit operator bool() const { return m_isOn; }
+
+private:
+    ZRModuleUse m_module;
+    std::optional<Hold> m_hold;
+    bool m_isOn = false;
+};
 
 constinit std::atomic<char> ZRProfilerStateHandler::m_bEnabled{0};
 
@@ -53,20 +75,13 @@ void ZRProfilerStateHandler::SetEnabled(char enabled)
     }
 }
 
-// Each operation asks the switch before it takes the lock, so that timers cost little while nobody wants to see them,
-// and again when it has it. In between it makes sure that the handler does not go.
-
 char ZRProfilerStateHandler::Push(ZRProfilerState* state)
 {
     if (GetEnabled() == 0 || state == nullptr) {
         return 0;
     }
-    const ZRModuleUse module;
-    if (!module.Stands()) {
-        return 0;
-    }
-    const Hold hold(m_sync, "ZRProfilerStateHandler::Push");
-    if (GetEnabled() == 0) {
+    const Turn turn(*this, "ZRProfilerStateHandler::Push");
+    if (!turn) {
         return 0;
     }
     m_stack.Push(state);
@@ -78,13 +93,9 @@ char ZRProfilerStateHandler::Pop(ZRProfilerState* state)
     if (GetEnabled() == 0 || state == nullptr) {
         return 0;
     }
-    const ZRModuleUse module;
-    if (!module.Stands()) {
-        return 0;
-    }
-    const Hold hold(m_sync, "ZRProfilerStateHandler::Pop");
+    const Turn turn(*this, "ZRProfilerStateHandler::Pop");
     ZRProfilerState* top = nullptr;
-    return GetEnabled() != 0 && m_stack.Pop(top) != 0 && top == state ? 1 : 0;
+    return turn && m_stack.Pop(top) != 0 && top == state ? 1 : 0;
 }
 
 char ZRProfilerStateHandler::PeekTop(ZRProfilerState*& state)
@@ -92,12 +103,8 @@ char ZRProfilerStateHandler::PeekTop(ZRProfilerState*& state)
     if (GetEnabled() == 0) {
         return 0;
     }
-    const ZRModuleUse module;
-    if (!module.Stands()) {
-        return 0;
-    }
-    const Hold hold(m_sync, "ZRProfilerStateHandler::PeekTop");
-    return GetEnabled() != 0 ? m_stack.Peek(state) : char{0};
+    const Turn turn(*this, "ZRProfilerStateHandler::PeekTop");
+    return turn ? m_stack.Peek(state) : char{0};
 }
 
 void ZRProfilerStateHandler::Update(ZRProfilerState* state)
@@ -105,13 +112,16 @@ void ZRProfilerStateHandler::Update(ZRProfilerState* state)
     if (GetEnabled() == 0 || state == nullptr) {
         return;
     }
-    const ZRModuleUse module;
-    if (!module.Stands()) {
-        return;
+    if (const Turn turn(*this, "ZRProfilerStateHandler::Update"); turn && IsObserved()) {
+        ZRProfilerState copy(*state);
+        Broadcast(copy);
     }
-    const Hold hold(m_sync, "ZRProfilerStateHandler::Update");
-    ZRProfilerState copy(*state);
-    Broadcast(copy);
+}
+
+/// Whether anybody may see an event: an observer, or AdjustEvent of a class that a client derived.
+bool ZRProfilerStateHandler::IsObserved() const
+{
+    return GetObserverCount() > 0 || this != ZRGetModule()->m_pProfilerStateHandler;
 }
 
 void ZRProfilerStateHandler::Broadcast(ZRProfilerState& state)

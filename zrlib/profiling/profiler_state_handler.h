@@ -69,7 +69,10 @@ protected:
     static std::atomic<char> m_bEnabled;
 
 private:
+    class Turn;
     friend class ZRProfiler; // asks for the switch when the handler may have gone
+
+    bool IsObserved() const;
 
     ZRStack<ZRProfilerState*> m_stack;
     ZRThreadSync m_sync;

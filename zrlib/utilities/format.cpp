@@ -1,7 +1,6 @@
 #include "zrlib/utilities/format.h"
 
 #include "hcbase/format.h"
-#include "hcbase/text_table.h"
 #include "zrlib/frame/module.h"
 #include "zrlib/frame/text_codes.h"
 #include "zrlib/utilities/fixed_text.h"
@@ -60,7 +59,5 @@ HCString ZRFormat::KMGT(std::int64_t value, std::int32_t format, int precision)
     if (format == BYTES) {
         return KMGT(value, "bytes", "B", precision);
     }
-    const char* text = nullptr;
-    HFTextGet(ZRGetModule()->m_hText, ZR_TEXT_UNKNOWN_FORMAT_CODE, &text);
-    return text;
+    return ZRGetModule()->FindText(ZR_TEXT_UNKNOWN_FORMAT_CODE);
 }

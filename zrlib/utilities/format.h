@@ -6,6 +6,7 @@
 
 #include <cstdint>
 
+/// Errors: std::bad_alloc, and std::length_error for a precision in the range of 2,147,483,647. Threads: any.
 class ZR_API ZRFormat {
 public:
     /// Format code: bytes, as "999 bytes" and "1.00 KB".
@@ -16,7 +17,7 @@ public:
     /// stands for 1e15. Below 1000, negative numbers included, the digits with the unit: "999 bytes". A null unit is
     /// left out, and so is the blank before `unit`.
     ///
-    /// precision: decimals; below 0 it counts as 0. The decimal point is a point whatever the locale is. Threads: any.
+    /// precision: decimals; below 0 it counts as 0. The decimal point is a point whatever the locale is.
     static HCString KMGT(std::int64_t value, const char* unit, const char* scaledUnit, int precision);
 
     /// The same by a format code. "Unknown format code" for others than the one above.

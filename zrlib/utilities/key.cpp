@@ -16,6 +16,17 @@ HCString Digits(std::int64_t value)
     return HFFormat64(value, kDecimal, 0);
 }
 
+/// Says what was done with a ticket, if that is wanted. Gives the ticket.
+std::int64_t Told(const char* what, std::int64_t ticket)
+{
+    if (ZRKey::GetVerbose() != 0) {
+        HCString text;
+        text.Format("%s %s", what, static_cast<const char*>(Digits(ticket)));
+        ZROut(text, nullptr, 1);
+    }
+    return ticket;
+}
+
 } // namespace
 
 constinit std::atomic<char> ZRKey::m_bVerbose{0};
@@ -23,38 +34,11 @@ constinit std::atomic<std::int64_t> ZRKey::m_nTicket{0};
 
 char ZRKey::GetVerbose() { return m_bVerbose.load(kRelaxed); }
 
-std::int64_t ZRKey::GetLastTicket()
-{
-    const std::int64_t ticket = m_nTicket.load(kRelaxed);
-    if (GetVerbose() != 0) {
-        HCString text;
-        text.Format("Last ticket was %s", static_cast<const char*>(Digits(ticket)));
-        ZROut(text, nullptr, 1);
-    }
-    return ticket;
-}
+std::int64_t ZRKey::GetLastTicket() { return Told("Last ticket was", m_nTicket.load(kRelaxed)); }
 
-std::int64_t ZRKey::GetNextTicket()
-{
-    const std::int64_t ticket = m_nTicket.load(kRelaxed) + 1;
-    if (GetVerbose() != 0) {
-        HCString text;
-        text.Format("Next ticket will be %s", static_cast<const char*>(Digits(ticket)));
-        ZROut(text, nullptr, 1);
-    }
-    return ticket;
-}
+std::int64_t ZRKey::GetNextTicket() { return Told("Next ticket will be", m_nTicket.load(kRelaxed) + 1); }
 
-std::int64_t ZRKey::IssueTicket()
-{
-    const std::int64_t ticket = m_nTicket.fetch_add(1, kRelaxed) + 1;
-    if (GetVerbose() != 0) {
-        HCString text;
-        text.Format("Issued key %s", static_cast<const char*>(Digits(ticket)));
-        ZROut(text, nullptr, 1);
-    }
-    return ticket;
-}
+std::int64_t ZRKey::IssueTicket() { return Told("Issued key", m_nTicket.fetch_add(1, kRelaxed) + 1); }
 
 int ZRGenerateKey(HCString& key, int value)
 {

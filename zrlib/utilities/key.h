@@ -20,8 +20,10 @@ public:
     /// The ticket that would be issued now. Does not reserve it.
     static std::int64_t GetNextTicket();
 
+    /// The next ticket, which nobody else gets.
     static std::int64_t IssueTicket();
 
+    /// Whether operations say what they do.
     static char GetVerbose();
 
 protected:
@@ -33,9 +35,9 @@ extern "C" {
 
 /// Overwrites `key` with "K:", `value` in hexadecimal, a random number in hexadecimal and the clock's ticks, parted by
 /// colons: "K:0000002A:1F3C:123456789012". Gives its length. Draws a number from the standard library's rand, without
-/// seeding it.
+/// seeding it. Threads: any, each with a key of its own.
 ZR_API int ZRGenerateKey(HCString& key, int value);
 
-/// The short ID of an object code: its low 16 bits. The code is not tested.
+/// The short ID of an object code: its low 16 bits. The code is not tested. Threads: any.
 ZR_API int ZRShortID(int code);
 }

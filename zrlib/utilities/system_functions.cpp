@@ -2,7 +2,6 @@
 
 #include "hcbase/file_system.h"
 #include "hcbase/string.h"
-#include "hcbase/text_table.h"
 #include "zrlib/frame/module.h"
 #include "zrlib/frame/text_codes.h"
 
@@ -16,21 +15,13 @@ constexpr int kFirstSystem = 1;
 constexpr int kLastSystem = 12;
 constexpr int kWindows = 101;
 
-/// A text of the library; null when there is none.
-const char* FindText(int number)
-{
-    const char* text = nullptr;
-    HFTextGet(ZRGetModule()->m_hText, number, &text);
-    return text;
-}
-
 /// The name of a system in the table of texts; null when it is not there.
 const char* FindSystem(int code)
 {
     if (code >= kFirstSystem && code <= kLastSystem) {
-        return FindText(ZR_TEXT_OPSYS_RSX + code - kFirstSystem);
+        return ZRGetModule()->FindText(ZR_TEXT_OPSYS_RSX + code - kFirstSystem);
     }
-    return code == kWindows ? FindText(ZR_TEXT_OPSYS_WINDOWS) : nullptr;
+    return code == kWindows ? ZRGetModule()->FindText(ZR_TEXT_OPSYS_WINDOWS) : nullptr;
 }
 
 } // namespace
@@ -62,7 +53,7 @@ const char* ZRGetOpSysName(int code)
     }
     constexpr std::size_t kLongest = 64;
     static char unidentified[kLongest]; // a string would need code at load and unload
-    const char* const text = FindText(ZR_TEXT_OPSYS_UNIDENTIFIED);
+    const char* const text = ZRGetModule()->FindText(ZR_TEXT_OPSYS_UNIDENTIFIED);
     std::snprintf(unidentified, sizeof unidentified, "%s %d", text != nullptr ? text : "", code);
     return unidentified;
 }
