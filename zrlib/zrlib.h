@@ -28,6 +28,7 @@
 #include "zrlib/registry/object_entry.h"
 #include "zrlib/registry/object_registry.h"
 #include "zrlib/registry/registry_functions.h"
+#include "zrlib/selfcheck/self_checks.h"
 #include "zrlib/sync/global_thread_sync.h"
 #include "zrlib/sync/lock_trail.h"
 #include "zrlib/sync/lock_trail_functions.h"

@@ -1,8 +1,11 @@
 // survey [--registry] [--threads N] [PATH]: counts files, lines and bytes of a folder tree for each type of file.
+// survey --selfcheck
 //
 // --registry: dumps the object registry last, which then holds the types of file.
 //
 // --threads: reads the files on N threads, 1 to 256, and warns when one waits long for another.
+//
+// --selfcheck: lets the library check itself instead, and ends with status 0 if all is well, otherwise 1.
 //
 // Shows a bar while it works, if it writes to a terminal, and tells at the end where its time went and how many
 // messages it sent until then.
@@ -35,6 +38,8 @@ struct Arguments {
             const std::string value = values[place];
             if (value == "--registry") {
                 dumpsRegistry = true;
+            } else if (value == "--selfcheck") {
+                checksLibrary = true;
             } else if (value == "--threads") {
                 areGood = ++place < count && SetThreads(values[place]) && areGood;
             } else if (value.rfind("--", 0) == 0 || hasPath) {
@@ -57,6 +62,7 @@ struct Arguments {
     std::string path = ".";
     int threads = 0;
     bool dumpsRegistry = false;
+    bool checksLibrary = false;
     bool areGood = true;
 };
 
@@ -94,8 +100,11 @@ int main(int argc, char** argv)
     ShowMessagesUnlessPreferencesDo();
     const Arguments arguments(argc, argv);
     if (!arguments.areGood) {
-        ZRError("Usage: survey [--registry] [--threads N] [PATH]", "main", 1);
+        ZRError("Usage: survey [--registry] [--threads N] [PATH], or survey --selfcheck", "main", 1);
         return kBadArguments;
+    }
+    if (arguments.checksLibrary) {
+        return ZRTestAll(1) != 0 ? 0 : 1;
     }
     MessageCounter messages;
     ReportRun();

@@ -14,6 +14,7 @@
 #include "zrlib/observation/progress_texts.h"
 #include "zrlib/registry/object_registry.h"
 #include "zrlib/registry/process_registry.h"
+#include "zrlib/selfcheck/test_observer.h"
 #include "zrlib/sync/global_sync.h"
 #include "zrlib/sync/process_lock_trail_handler.h"
 #include "zrlib/sync/thread_sync.h"
@@ -55,6 +56,8 @@ unsigned int ZRMode::m_main_thread = HCThread::GetCurrentThreadId();
 
 // Empty. When it goes it releases what clients left registered.
 ZRObjectRegistry g_ObjectRegistry;
+
+TestObserver g_TestObserver;
 
 const HCString ZRText::ICON_FILENAME("IconFileName");
 const HCString ZRText::BITMAP_FILENAME("BitmapFileName");

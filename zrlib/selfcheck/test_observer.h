@@ -1,0 +1,19 @@
+/// TestObserver: counts messages. Not exported.
+#pragma once
+
+#include "zrlib/observation/object_observer.h"
+#include "zrlib/sync/relaxed.h"
+
+/// There is one, which counts from the load of the library on, whenever it is attached.
+class TestObserver : public ZRObjectObserver {
+public:
+    void OnEvent(ZRObservedObjectEvent* event) override;
+
+    // By type. Written under the lock of the observer only.
+    zr::Relaxed<int> m_nOutCount;
+    zr::Relaxed<int> m_nWarnCount;
+    zr::Relaxed<int> m_nErrorCount;
+    zr::Relaxed<int> m_nTraceCount;
+};
+
+extern TestObserver g_TestObserver;
