@@ -1,5 +1,6 @@
 // Loads the library by hand: nothing of it is linked to this program.
 
+#include "tests/support/process.h"
 #include "tests/support/surroundings.h"
 
 #include <atomic>
@@ -123,6 +124,40 @@ TEST(Loading, ReleasesTheErrorsOfThreadsThatLiveOn)
     EXPECT_FALSE(IsMapped("libhcbase.so"));
     step = 2;
     other.join(); // its end must not run code that is gone
+}
+
+// By what the library asks of its foundation meanwhile, and how many of its texts stand then.
+TEST(Loading, ObjectsComeInOrderAndGoInTheReverse)
+{
+    EXPECT_EQ(test::Run(STARTUP_ORDER_PROGRAM, {}).output,
+        "text of no table 0, 0 texts\n" // the global subject, before there is a module
+        "lock built 1, 0 texts\n" // the lock of the process
+        "text table ZRLib, 0 texts\n" // the module
+        "version ZRLIB, 0 texts\n"
+        "text 0, 0 texts\n" // its message handler
+        "lock built 2, 0 texts\n"
+        "text 0, 0 texts\n" // its profiler state handler
+        "lock built 3, 0 texts\n"
+        "preference Threading, 0 texts\n" // its switches
+        "preference SendToFile, 0 texts\n"
+        "text 0, 0 texts\n" // the lock trail handler
+        "lock built 4, 0 texts\n"
+        "preference Threading, 1 texts\n" // behind the name of the log: the switches for the second time
+        "preference SendToFile, 1 texts\n"
+        "thread ID, 1 texts\n"
+        "text 0, 1 texts\n" // behind the object registry: the observer of the self-checks
+        "lock built 5, 1 texts\n"
+        "thread ID, 8 texts\n"
+        "live\n"
+        "lock gone 5, 8 texts\n"
+        "name of a registered object deleted, 8 texts\n"
+        "lock gone 4, 8 texts\n"
+        "text table released, 8 texts\n"
+        "lock gone 2, 8 texts\n"
+        "message handler deleted, 8 texts\n"
+        "lock gone 3, 8 texts\n"
+        "profiler state handler deleted, 8 texts\n"
+        "lock gone 1, 8 texts\n");
 }
 
 } // namespace
