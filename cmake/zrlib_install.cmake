@@ -4,20 +4,20 @@ include(CMakePackageConfigHelpers)
 
 install(TARGETS hcbase zrlib
     EXPORT zrlib-targets
-    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
+    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 
 # find_package(zrlib CONFIG)
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/zrlib")
-install(FILES cmake/zrlib-config.cmake DESTINATION "${package_dir}")
+install(FILES cmake/zrlib-config.cmake DESTINATION "${package_dir}" COMPONENT development)
 # Each target is also in the namespace of its own name, hcbase::hcbase and zrlib::zrlib.
 set_target_properties(hcbase PROPERTIES EXPORT_NAME hcbase::hcbase)
 set_target_properties(zrlib PROPERTIES EXPORT_NAME zrlib::zrlib)
-install(EXPORT zrlib-targets DESTINATION "${package_dir}")
+install(EXPORT zrlib-targets DESTINATION "${package_dir}" COMPONENT development)
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/zrlib-config-version.cmake" COMPATIBILITY SameMajorVersion)
-install(FILES "${PROJECT_BINARY_DIR}/zrlib-config-version.cmake" DESTINATION "${package_dir}")
+install(FILES "${PROJECT_BINARY_DIR}/zrlib-config-version.cmake" DESTINATION "${package_dir}" COMPONENT development)
 
 # pkg-config zrlib
 set(pkgconfig_dir "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
@@ -25,5 +25,16 @@ file(RELATIVE_PATH prefix_from_pkgconfig "/${pkgconfig_dir}" "/")
 string(REGEX REPLACE "/$" "" prefix_from_pkgconfig "${prefix_from_pkgconfig}")
 foreach(package hcbase zrlib)
     configure_file(cmake/${package}.pc.in "${PROJECT_BINARY_DIR}/${package}.pc" @ONLY)
-    install(FILES "${PROJECT_BINARY_DIR}/${package}.pc" DESTINATION "${pkgconfig_dir}")
+    install(FILES "${PROJECT_BINARY_DIR}/${package}.pc" DESTINATION "${pkgconfig_dir}" COMPONENT development)
 endforeach()
+
+install(FILES README.md CHANGELOG.md docs/guide.md docs/porting.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT development)
+
+# gdb shows texts as texts. It loads the printer by itself with the library, from a folder named after the library's own
+# place below the one for all such scripts; elsewhere one says "source" with this file.
+if(NOT WIN32)
+    install(FILES tools/hcbase-gdb.py
+        DESTINATION "${CMAKE_INSTALL_DATADIR}/gdb/auto-load${CMAKE_INSTALL_FULL_LIBDIR}"
+        RENAME "$<TARGET_FILE_NAME:hcbase>-gdb.py"
+        COMPONENT development)
+endif()
