@@ -1,0 +1,195 @@
+// Eight threads use all of the library at once for a long time. In the end nothing may be missing, and memory must not
+// have grown. Usage: soak SECONDS
+
+#include "hcbase/hcbase.h"
+#include "zrlib/zrlib.h"
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <malloc.h>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+constexpr int kThreads = 8;
+constexpr int kToFile = 256; // one round of so many sends an error to the log too
+
+using Clock = std::chrono::steady_clock;
+
+/// Counts what arrives. It runs under the lock of the message handler.
+class Counter : public ZRObjectObserver {
+public:
+    void OnEvent(ZRObservedObjectEvent* event) override
+    {
+        const ZRMsg message = event->GetMsg();
+        for (std::size_t type = 0; type < counts.size(); ++type) {
+            counts[type] += message.GetType() == 1 << type ? 1 : 0;
+        }
+    }
+
+    std::array<long, 4> counts{};
+};
+
+/// What all threads share, and what they have done to it.
+struct Shared {
+    ZRThreadSync sync;
+    long guarded = 0;
+    ZRProfilerState place{"soak"};
+    std::atomic<bool> isOver{false};
+    std::atomic<long> rounds{0};
+    std::atomic<long> errors{0}; // that went to the log
+    std::atomic<long> faults{0};
+};
+
+void Require(bool holds, Shared& shared, const char* what)
+{
+    if (!holds && shared.faults++ < 10) {
+        std::fprintf(stderr, "does not hold: %s\n", what);
+    }
+}
+
+/// Nothing of the library in it takes a lock of its own, so the thread holds the one of the process.
+void UseSharedState(Shared& shared, int thread)
+{
+    ZRGlobalThreadSync::Lock("soak");
+    const int library = (thread + 1) << 12;
+    const int object = static_cast<int>(0xA04F0000U) | library | 1;
+    Require(ZRRegisterLibrary(library, "a library") != 0, shared, "a library can be registered");
+    Require(ZRRegisterFactoryObject(
+                object, "an object whose name is too long to lie inside its string", ZRClassID::MakeExternalID(object))
+            != 0,
+        shared, "an object can be registered");
+    char known = 0;
+    ZRGetObjectName(object, &known);
+    Require(known != 0, shared, "an object is found");
+    ZRUnregisterObject(object);
+    ZRUnregisterLibrary(library);
+    ZRProgressStart("soak");
+    ZRProgressUpdate(thread, nullptr);
+    ZRProgressEnd();
+    shared.place.Update(1e-6);
+    ZRGlobalThreadSync::Unlock("soak");
+}
+
+void UseAnywhere(Shared& shared)
+{
+    const ZRProfiler stopwatch;
+    ZRLockTrail* const trail = ZRAppendLockTrail();
+    shared.sync.Lock("soak", trail);
+    ++shared.guarded;
+    shared.sync.Unlock("soak", trail);
+    Require(ZRRemoveLockTrail(trail) != 0, shared, "a lock trail is removed");
+    ZRMath::Divide(1, static_cast<double>(ZRKey::IssueTicket()));
+    const HCString id = HFGenerateGuid();
+    Require(ZRClassID::IsFormat(id) != 0, shared, "an identifier has the form of one");
+    Require(ZRFormat::KMGT(1536, ZRFormat::BYTES, 1) == "1.5 KB", shared, "a number is formatted");
+    ZRStack<int> stack;
+    stack.Push(1);
+    HCError error;
+    HFErrorSet(-1, "an error whose text is too long to lie inside its string", "soak", 1);
+    Require(HFErrorGet(error) != 0 && error.code == -1, shared, "a thread has its own last error");
+    Require(stopwatch.GetElapsed() >= 0, shared, "time goes forward");
+}
+
+void Work(Shared& shared, int thread)
+{
+    ZRMessageHandler& handler = *ZRGetMessageHandler();
+    HCString text;
+    for (long round = 0; !shared.isOver; ++round) {
+        text.Format("thread %d, round %ld, with a text that is long enough to need the heap", thread, round);
+        handler.Out(text, "soak", 1);
+        handler.Warn(text, nullptr, 1);
+        ZRTrace(text, "soak", 7);
+        if (round % kToFile == 0) {
+            ZRError(text, "soak", 1);
+            ++shared.errors;
+        }
+        UseSharedState(shared, thread);
+        UseAnywhere(shared);
+        ++shared.rounds;
+    }
+}
+
+std::size_t HeapInUse() { return mallinfo2().uordblks; }
+
+/// Pages of the process that are in memory.
+std::size_t Resident()
+{
+    std::size_t size = 0;
+    std::size_t resident = 0;
+    std::ifstream("/proc/self/statm") >> size >> resident;
+    return resident * 4096;
+}
+
+long LinesOf(const std::string& path)
+{
+    std::ifstream file(path);
+    long lines = 0;
+    for (std::string line; std::getline(file, line);) {
+        lines += line.rfind("ERROR - thread ", 0) == 0 && line.find("the heap") + 8 == line.size() ? 1 : 0;
+    }
+    return lines;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const double seconds = argc > 1 ? std::atof(argv[1]) : 600;
+    std::string home = (std::filesystem::temp_directory_path() / "soak-XXXXXX").string();
+    if (mkdtemp(home.data()) == nullptr) {
+        std::perror("soak");
+        return 1;
+    }
+    setenv("HCBASE_HOME", home.c_str(), 1);
+    Shared shared;
+    Counter counter;
+    ZRSetMessagesEnabled(1);
+    ZRSetErrorFlags(ZR_DEST_FILE);
+    ZRProgressEnable(1);
+    ZRGetMessageHandler()->AttachObserver(&counter, 1);
+
+    const auto start = Clock::now();
+    const auto elapsed = [start] { return std::chrono::duration<double>(Clock::now() - start).count(); };
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < kThreads; ++thread) {
+        threads.emplace_back(Work, std::ref(shared), thread);
+    }
+    std::size_t settled = 0;
+    while (elapsed() < seconds) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        if (settled == 0 && elapsed() > seconds / 4) {
+            settled = Resident();
+        }
+    }
+    const std::size_t resident = Resident();
+    shared.isOver = true;
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    ZRGetMessageHandler()->DetachObserver(&counter, 1);
+
+    const long rounds = shared.rounds;
+    constexpr std::size_t kSlack = 1024 * 1024; // arenas of the allocator that fill up
+    Require(resident <= settled + kSlack, shared, "memory does not grow");
+    Require(
+        counter.counts == std::array<long, 4>{rounds, rounds, shared.errors, rounds}, shared, "all messages arrive");
+    Require(shared.guarded == rounds, shared, "a lock keeps threads apart");
+    Require(ZRKey::GetLastTicket() == rounds, shared, "each ticket is issued once");
+    Require(shared.place.GetCalls() == rounds, shared, "no run of a place is lost");
+    Require(ZRGetRegisteredObjectCount() == 0, shared, "the registry is empty");
+    Require(LinesOf(home + "/zr_messages.txt") == shared.errors, shared, "each line of the log is there and whole");
+    std::filesystem::remove_all(home);
+    std::printf(
+        "%.0f s, %d threads, %ld rounds, %ld messages, heap %zu bytes, resident %zu bytes then and %zu in the end, "
+        "%ld faults\n",
+        elapsed(), kThreads, rounds, 3 * rounds + shared.errors, HeapInUse(), settled, resident, shared.faults.load());
+    return shared.faults == 0 ? 0 : 1;
+}
