@@ -6,13 +6,13 @@
 #include "hcbase/system/files.h"
 
 #include <algorithm>
-#include <exception>
+#include <new>
 #include <set>
 #include <string>
 #include <string_view>
 #include <utility>
 
-#define TOML_EXCEPTIONS 0
+#define TOML_EXCEPTIONS 1 // without them its functions cannot say that there is no memory, and end the process
 #define TOML_ENABLE_FORMATTERS 0
 
 // toml++ 3.3 takes it for impossible that a character from U+00A1 to U+0499 stands where it looks for white space, and
@@ -149,11 +149,10 @@ struct HCPreferenceSystem::Store {
             Complain(PlaceAt(1 + std::count(content.begin(), end, '\n')), "not UTF-8");
             return;
         }
-        toml::parse_result parsed = toml::parse(content);
-        if (parsed) {
-            root = std::move(parsed).table();
-        } else {
-            Complain(PlaceAt(parsed.error().source().begin.line), parsed.error().description());
+        try {
+            root = toml::parse(content);
+        } catch (const toml::parse_error& error) {
+            Complain(PlaceAt(error.source().begin.line), error.description());
         }
     }
 
@@ -186,6 +185,16 @@ char HCPreferenceSystem::GetBooleanValue(const char* key, char defaultValue)
     if (key == nullptr) {
         return defaultValue;
     }
+    try {
+        return Find(key, defaultValue);
+    } catch (const std::bad_alloc&) {
+        system::WriteErrorLine("hcbase: no memory for the preferences");
+        return defaultValue;
+    }
+}
+
+char HCPreferenceSystem::Find(const char* key, char defaultValue)
+{
     if (m_store == nullptr) {
         m_store = new Store;
     }

@@ -22,11 +22,14 @@ public:
 
     /// The boolean under a slash-separated key: "/Libraries/zrlib/Threading" is the entry `Threading` of the table
     /// `[Libraries.zrlib]`. 1 or 0; `defaultValue` when the key does not exist, its value is no boolean, or the file
-    /// cannot be read or parsed. A null key does not exist, nor can an entry be reached that has a slash in its name.
+    /// cannot be read or parsed, or there is no memory for it, which is told on standard error too. A null key does not
+    /// exist, nor can an entry be reached that has a slash in its name.
     char GetBooleanValue(const char* key, char defaultValue);
 
 private:
     struct Store;
+
+    char Find(const char* key, char defaultValue);
 
     Store* m_store; // owned; null until the first question
 };

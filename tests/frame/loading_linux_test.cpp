@@ -160,4 +160,16 @@ TEST(Loading, ObjectsComeInOrderAndGoInTheReverse)
         "lock gone 1, 8 texts\n");
 }
 
+TEST(Loading, WithoutMemoryGivesALibraryThatDoesWhatItCan)
+{
+    const test::Home home;
+    test::WriteFile(home.PreferencesPath(), "[Libraries.zrlib]\nOutEnabled = true\nThreading = 3\n");
+    test::ProcessResult result;
+    for (int allocations = 0; result.output != "0 failed\n"; ++allocations) {
+        const test::EnvironmentGuard limit("ALLOCATIONS", std::to_string(allocations));
+        result = test::Run(FAILING_STARTUP_PROGRAM, {});
+        ASSERT_EQ(result.exitCode, 0) << "with " << allocations << " allocations: " << result.errors;
+    }
+}
+
 } // namespace

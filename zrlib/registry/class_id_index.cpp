@@ -1,6 +1,5 @@
 #include "zrlib/registry/class_id_index.h"
 
-#include <algorithm>
 #include <cstring>
 #include <utility>
 
@@ -108,14 +107,6 @@ void ClassIDIndex::Erase(const char* classID, int code) noexcept
     }
     m_slots[gap] = {};
     --m_count;
-}
-
-void ClassIDIndex::Clear() noexcept
-{
-    m_slots.resize(kLeastSize); // never more than there are, so that it cannot fail
-    m_slots.shrink_to_fit(); // does nothing when it fails
-    std::fill(m_slots.begin(), m_slots.end(), Slot{});
-    m_count = 0;
 }
 
 } // namespace zr

@@ -28,8 +28,6 @@ public:
     /// Does nothing when it is not there.
     void Erase(const char* classID, int code) noexcept;
 
-    void Clear() noexcept;
-
 private:
     struct Slot {
         int code; // 0 in a free slot

@@ -102,7 +102,7 @@ void CodeIndex::Erase(int code) noexcept
     }
 }
 
-void CodeIndex::Clear() noexcept
+CodeIndex::~CodeIndex()
 {
     for (Tables*& tables : m_tables) {
         Free(tables);

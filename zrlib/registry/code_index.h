@@ -24,7 +24,7 @@ public:
     };
 
     CodeIndex() noexcept { m_tables.fill(&s_noTables); }
-    ~CodeIndex() { Clear(); }
+    ~CodeIndex();
     CodeIndex(const CodeIndex&) = delete;
     CodeIndex& operator=(const CodeIndex&) = delete;
 
@@ -48,8 +48,6 @@ public:
 
     /// Removes a code that is in the index.
     void Erase(int code) noexcept;
-
-    void Clear() noexcept;
 
 private:
     static constexpr unsigned int kBits = 4; // of a position, for each level but the uppermost

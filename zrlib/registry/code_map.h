@@ -11,7 +11,7 @@
 /// iterator hold until their own pair is erased. A key is sought from the first pair on, in linear time; who knows a
 /// place inserts and erases there in constant time, and a key behind the last one is inserted in constant time too.
 ///
-/// Errors: std::bad_alloc, also when it is built; the map then is as it was. Threads: one object may be read by several
+/// Errors: std::bad_alloc; the map then is as it was. Threads: one object may be read by several
 /// threads at once or used by one.
 template <typename T> class ZRCodeMap {
 public:

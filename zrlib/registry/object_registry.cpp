@@ -120,10 +120,7 @@ enum class ZRObjectRegistry::Rule {
     kClassIDIsNew,
 };
 
-ZRObjectRegistry::ZRObjectRegistry()
-    : m_index(std::make_unique<Index>())
-{
-}
+ZRObjectRegistry::ZRObjectRegistry() noexcept = default;
 
 ZRObjectRegistry::ZRObjectRegistry(const ZRObjectRegistry& other)
     : ZRObjectRegistry()
@@ -206,8 +203,7 @@ char ZRObjectRegistry::UnregisterObject(int code)
 void ZRObjectRegistry::Release()
 {
     m_Libraries.Clear();
-    m_index->byCode.Clear();
-    m_index->byClassID.Clear();
+    m_index.reset();
     for (const auto& [code, entry] : m_Objects) {
         delete entry;
     }
@@ -217,6 +213,12 @@ void ZRObjectRegistry::Release()
 bool ZRObjectRegistry::Allows(const Request& request, std::initializer_list<Rule> rules) const
 {
     return std::all_of(rules.begin(), rules.end(), [&](Rule rule) { return Holds(rule, request); });
+}
+
+/// The entry with just this code; null when there is none.
+ZRObjectEntry* ZRObjectRegistry::Find(int code) const
+{
+    return m_index != nullptr ? m_index->byCode.Find(code) : nullptr;
 }
 
 /// Reports when the rule does not hold.
@@ -240,16 +242,17 @@ bool ZRObjectRegistry::Holds(Rule rule, const Request& request) const
         return m_Libraries.Find(library) != m_Libraries.End() || Refuse(kLibraryIsNotRegistered, location, {library});
     }
     case Rule::kObjectIsNew: {
-        const ZRObjectEntry* const holder = m_index->byCode.Find(code);
+        const ZRObjectEntry* const holder = Find(code);
         return holder == nullptr || Refuse(kObjectExists, location, {code, "", holder->m_csName});
     }
     case Rule::kObjectIsKnown:
-        return m_index->byCode.Find(code) != nullptr || Refuse(kObjectIsNotFound, location, {code});
+        return Find(code) != nullptr || Refuse(kObjectIsNotFound, location, {code});
     case Rule::kClassIDIsWellFormed:
         return ZRClassID::IsFormat(request.classID) != 0
             || Refuse(kClassIDIsMalformed, location, {code, request.classID});
     case Rule::kClassIDIsNew: {
-        const ZRObjectEntry* const holder = m_index->byClassID.Find(request.classID, m_index->byCode);
+        const ZRObjectEntry* const holder =
+            m_index != nullptr ? m_index->byClassID.Find(request.classID, m_index->byCode) : nullptr;
         if (holder == nullptr) {
             return true;
         }
@@ -276,6 +279,9 @@ bool ZRObjectRegistry::TryAdd(int code, const HCString& name, const HCString* cl
 /// Adds an entry that the rules allow. Throws std::bad_alloc; nothing is added then.
 void ZRObjectRegistry::Add(int code, std::unique_ptr<ZRObjectEntry> entry)
 {
+    if (m_index == nullptr) {
+        m_index = std::make_unique<Index>();
+    }
     if (entry->m_bHasClassID != 0) {
         m_index->byClassID.ReserveOne();
     }
@@ -327,10 +333,13 @@ ZRObjectEntry* ZRObjectRegistry::GetObjectEntry(int code, char report) const
     if (code == ALL_PASS || (!isShort && IsValidObjectCode(code, report) == 0)) {
         return nullptr;
     }
-    return m_index->byCode.FindInRange(code);
+    return m_index != nullptr ? m_index->byCode.FindInRange(code) : nullptr;
 }
 
-ZRObjectEntry* ZRObjectRegistry::GetObjectEntryAt(int index) const { return m_index->byCode.At(index); }
+ZRObjectEntry* ZRObjectRegistry::GetObjectEntryAt(int index) const
+{
+    return m_index != nullptr ? m_index->byCode.At(index) : nullptr;
+}
 
 const char* ZRObjectRegistry::GetObjectName(int code, char* known) const
 {
@@ -403,7 +412,7 @@ char ZRObjectRegistry::SetObjectMirror(int code, int mirror)
     return 1;
 }
 
-char ZRObjectRegistry::ObjectIsKnown(int code) const { return Truth(m_index->byCode.Find(code) != nullptr); }
+char ZRObjectRegistry::ObjectIsKnown(int code) const { return Truth(Find(code) != nullptr); }
 
 int ZRObjectRegistry::GetObjectCount() const { return m_Objects.GetCount(); }
 

@@ -26,10 +26,11 @@ public:
     /// A code that counts as valid but names no object: lookups do not find it, whatever is registered.
     static constexpr int ALL_PASS = 0x1234;
 
-    /// Throws std::bad_alloc, as copying does; the target of an assignment is then as it was.
-    ZRObjectRegistry();
+    /// An empty registry; takes no memory, so that it cannot fail.
+    ZRObjectRegistry() noexcept;
 
-    /// Copies the entries too: each registry owns its own.
+    /// Copies the entries too: each registry owns its own. Throws std::bad_alloc; the target of an assignment is then
+    /// as it was.
     ZRObjectRegistry(const ZRObjectRegistry& other);
     ZRObjectRegistry& operator=(const ZRObjectRegistry& other);
     virtual ~ZRObjectRegistry();
@@ -121,10 +122,11 @@ private:
 
     ZRCodeMap<HCString> m_Libraries;
     ZRCodeMap<ZRObjectEntry*> m_Objects; // the entries are owned
-    std::unique_ptr<Index> m_index; // of the same entries; makes lookups fast
+    std::unique_ptr<Index> m_index; // of the same entries; makes lookups fast; null before the first
 
     bool Allows(const Request& request, std::initializer_list<Rule> rules) const;
     bool Holds(Rule rule, const Request& request) const;
+    ZRObjectEntry* Find(int code) const;
     bool TryAdd(int code, const HCString& name, const HCString* classID);
     void Add(int code, std::unique_ptr<ZRObjectEntry> entry);
     static const char* ClassIDOf(const ZRObjectEntry* entry);

@@ -6,7 +6,7 @@
 /// A doubly linked list. An iterator is valid until its own element is erased. What pointers among the elements point
 /// at is not owned.
 ///
-/// Errors: std::bad_alloc, also when it is built; the list then is as it was. Threads: one object may be read by
+/// Errors: std::bad_alloc; the list then is as it was. Threads: one object may be read by
 /// several threads at once or used by one.
 template <typename T> class ZRList {
 public:
@@ -19,6 +19,7 @@ public:
     /// Removes an element. Gives the place behind it; End() is not removed.
     Iterator Erase(Iterator place) { return m_ring.Erase(place); }
 
+    /// End() of either list is not that of the other afterwards.
     void Swap(ZRList& other) noexcept { m_ring.Swap(other.m_ring); }
 
     int GetCount() const { return m_ring.GetCount(); }

@@ -11,7 +11,7 @@ namespace zr {
 
 /// A ring of nodes with a sentinel. Each node has a cell of its own, so a cell stays where it is until it is erased.
 ///
-/// Errors: std::bad_alloc, also when it is built; the ring then is as it was.
+/// Errors: std::bad_alloc; the ring then is as it was.
 template <typename Cell> class Ring {
     struct Node {
         Node* previous = nullptr;
@@ -87,11 +87,7 @@ public:
     using Iterator = BasicIterator<Cell>;
     using ConstIterator = BasicIterator<const Cell>;
 
-    Ring()
-        : m_head(new Node)
-    {
-        SetEmpty();
-    }
+    Ring() noexcept { SetEmpty(); }
 
     Ring(const Ring& other)
         : Ring()
@@ -110,24 +106,21 @@ public:
         return *this;
     }
 
-    ~Ring()
-    {
-        Clear();
-        delete m_head;
-    }
+    ~Ring() { Clear(); }
 
+    /// End() of either ring is not that of the other afterwards.
     void Swap(Ring& other) noexcept
     {
         std::swap(m_head, other.m_head);
-        std::swap(m_first, other.m_first);
-        std::swap(m_last, other.m_last);
         std::swap(m_count, other.m_count);
+        CloseAtHead();
+        other.CloseAtHead();
     }
 
-    Iterator Begin() { return Iterator(m_first); }
-    Iterator End() { return Iterator(m_head); }
-    ConstIterator Begin() const { return ConstIterator(m_first); }
-    ConstIterator End() const { return ConstIterator(m_head); }
+    Iterator Begin() { return Iterator(m_head.next); }
+    Iterator End() { return Iterator(&m_head); }
+    ConstIterator Begin() const { return ConstIterator(m_head.next); }
+    ConstIterator End() const { return ConstIterator(const_cast<Node*>(&m_head)); } // whose cell nobody can change
 
     int GetCount() const { return m_count; }
 
@@ -141,8 +134,6 @@ public:
         node->cell = owned.release();
         node->previous->next = node;
         node->next->previous = node;
-        m_first = m_head->next;
-        m_last = m_head->previous;
         ++m_count;
         return Iterator(node);
     }
@@ -152,11 +143,9 @@ public:
     {
         Node* const node = place.m_node;
         const Iterator next(node->next);
-        if (node != m_head) {
+        if (node != &m_head) {
             node->previous->next = node->next;
             node->next->previous = node->previous;
-            m_first = m_head->next;
-            m_last = m_head->previous;
             --m_count;
             delete node->cell;
             delete node;
@@ -166,7 +155,7 @@ public:
 
     void Clear()
     {
-        for (Node* node = m_first; node != m_head;) {
+        for (Node* node = m_head.next; node != &m_head;) {
             Node* const next = node->next;
             delete node->cell;
             delete node;
@@ -176,18 +165,25 @@ public:
     }
 
 private:
-    void SetEmpty()
+    void SetEmpty() noexcept
     {
-        m_head->next = m_head;
-        m_head->previous = m_head;
-        m_first = m_head;
-        m_last = m_head;
+        m_head.next = &m_head;
+        m_head.previous = &m_head;
         m_count = 0;
     }
 
-    Node* m_head; // the sentinel; owned, and with it the ring
-    Node* m_first; // the sentinel when the ring is empty
-    Node* m_last; // likewise
+    /// After the head has got the links of another one.
+    void CloseAtHead() noexcept
+    {
+        if (m_count == 0) {
+            SetEmpty();
+        } else {
+            m_head.next->previous = &m_head;
+            m_head.previous->next = &m_head;
+        }
+    }
+
+    Node m_head; // the sentinel; owns the ring
     int m_count; // of cells
 };
 
