@@ -168,6 +168,50 @@ TEST_F(MessageEvents, NeedNoHeapForShortTexts)
     EXPECT_EQ(reader.length, 39);
     ZRGetMessageHandler()->DetachObserver(&reader, 1);
 }
+
+TEST_F(MessageEvents, AreLostWithoutMemoryButNothingElseIs)
+{
+    class Counter : public ZRObjectObserver {
+    public:
+        void OnEvent(ZRObservedObjectEvent* /*event*/) override { ++count; }
+        int count = 0;
+    };
+    Counter counter;
+    ZRGetMessageHandler()->DetachObserver(&m_observer, 1);
+    ZRGetMessageHandler()->AttachObserver(&counter, 1);
+    ZRSetAllFlags(ZR_DEST_FILE | ZR_DEST_DEBUGGER);
+    const std::string longText(200, 't');
+    bool isWhole = false;
+    for (long allocations = 0; !isWhole; ++allocations) {
+        SCOPED_TRACE(allocations);
+        ASSERT_LT(allocations, 100);
+        const int seen = counter.count;
+        const std::size_t written = m_home.Log().size();
+        bool hasThrown = false;
+        HFErrorClear();
+        long atEnd = 0;
+        {
+            const test::FailingHeap heap(allocations);
+            const long before = test::AllocationCount();
+            try {
+                ZRErrorSet(-1, longText.c_str(), longText.c_str(), 0, 1);
+            } catch (const std::bad_alloc&) {
+                hasThrown = true;
+            }
+            atEnd = test::AllocationCount() - before;
+        }
+        EXPECT_EQ(counter.count == seen, hasThrown) << "the sender learns that nobody was told";
+        const std::size_t line = m_home.Log().size() - written;
+        EXPECT_TRUE(line == 0 || line == longText.size() + 9) << line << ": whole lines only";
+        isWhole = atEnd <= allocations;
+        if (isWhole) {
+            EXPECT_EQ(hasThrown ? "lost" : test::TakeError(), "-1 " + longText + " " + longText + " 0");
+            EXPECT_GT(line, 0U);
+        }
+        std::thread([] { ZROut("the next one", "another thread", 1); }).join(); // the lock was given back
+    }
+    ZRGetMessageHandler()->DetachObserver(&counter, 1);
+}
 #endif
 
 } // namespace
