@@ -87,18 +87,33 @@ TEST(Startup, AModeReadAgainOverwritesTheSwitchesAndLeavesTheMessages)
 {
     const test::Home home;
     ZRSetMessagesEnabled(0);
-    ZRMode::SetThreading(5);
-    EXPECT_EQ(ZRMode::IsThreading(), 5) << "kept as given";
-    EXPECT_EQ(ZRMode::IsCacheQueueing(), 0) << "a setter changes nothing else";
-    ZRMode::SetCacheQueueing(1);
-    ZRMode::SetCache(0);
+    const struct {
+        void (*set)(char);
+        char (*get)();
+        char byDefault;
+    } switches[] = {
+        {ZRMode::SetThreading, ZRMode::IsThreading, 0},
+        {ZRMode::SetCacheQueueing, ZRMode::IsCacheQueueing, 0},
+        {ZRMode::SetThreadBasedCache, ZRMode::IsThreadBasedCache, 0},
+        {ZRMode::SetCache, ZRMode::IsCache, 1},
+        {ZRMode::SetForceRunInSingleThread, ZRMode::IsForceRunInSingleThread, 0},
+        {ZRMode::SetThreadingChannelLocking, ZRMode::IsThreadingChannelLocking, 0},
+        {ZRMode::SetForceMainThreadToUseStreamBasedCache, ZRMode::IsForceMainThreadToUseStreamBasedCache, 1},
+    };
+    char value = 1;
+    for (const auto& each : switches) {
+        each.set(++value);
+    }
+    for (const auto& each : switches) {
+        EXPECT_EQ(each.get(), 2 + (&each - switches)) << "kept as given, and no other setter changes it";
+    }
     test::WriteFile(home.PreferencesPath(), Table("OutEnabled = true\nSendToFile = true\n"));
     const ZRMode first;
     ZRMode copy(first);
     copy = first;
-    EXPECT_EQ(ZRMode::IsThreading(), 0);
-    EXPECT_EQ(ZRMode::IsCacheQueueing(), 0);
-    EXPECT_EQ(ZRMode::IsCache(), 1);
+    for (const auto& each : switches) {
+        EXPECT_EQ(each.get(), each.byDefault);
+    }
     EXPECT_EQ(ZRMode::IsOutEnabled(), 1);
     EXPECT_EQ(ZRMode::SendToFile(), 1);
     EXPECT_EQ(ZRGetMessagesEnabled(), 0);
