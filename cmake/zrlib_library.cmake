@@ -36,16 +36,19 @@ function(zrlib_add_shared_library name version soversion prefix)
     if(WIN32)
         set_target_properties(${name} PROPERTIES PREFIX "")
     else()
-        # Unique symbols would keep an unloaded library mapped. Calls inside the library go straight to their function.
+        # Unique symbols would keep an unloaded library mapped. What the library uses of itself it reaches directly, but
+        # for data that a client's program may hold a copy of. Code and constants in one segment: each segment that
+        # there is costs as much at load as all initialisers together.
         target_compile_options(${name} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique> -fno-semantic-interposition)
         set(exports "${CMAKE_CURRENT_BINARY_DIR}/exports.map")
+        set(shared_data "${CMAKE_CURRENT_BINARY_DIR}/shared_data.list")
         configure_file("${PROJECT_SOURCE_DIR}/cmake/exports.map.in" "${exports}" @ONLY)
-        target_link_options(${name} PRIVATE -Wl,-Bsymbolic-functions "-Wl,--version-script=${exports}")
-        set_target_properties(${name} PROPERTIES LINK_DEPENDS "${exports}")
+        configure_file("${PROJECT_SOURCE_DIR}/cmake/shared_data.list.in" "${shared_data}" @ONLY)
+        target_link_options(${name} PRIVATE
+            "-Wl,--dynamic-list=${shared_data}" "-Wl,--version-script=${exports}" -Wl,-z,noseparate-code)
+        set_target_properties(${name} PROPERTIES LINK_DEPENDS "${exports};${shared_data}")
         if(NOT ZRLIB_SANITIZE)
             target_link_options(${name} PRIVATE -Wl,-z,defs)
         endif()
-        # An installed library finds the one it stands on beside itself, wherever the tree is moved to.
-        set_target_properties(${name} PROPERTIES INSTALL_RPATH "\$ORIGIN")
     endif()
 endfunction()

@@ -29,7 +29,5 @@ public:
 private:
     struct Store;
 
-    char Find(const char* key, char defaultValue);
-
     Store* m_store; // owned; null until the first question
 };

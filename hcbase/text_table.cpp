@@ -3,6 +3,7 @@
 #include "hcbase/records.h"
 #include "hcbase/string.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <bit>
@@ -70,6 +71,7 @@ constexpr unsigned kSlotBits = 10;
 
 constinit std::array<Slot, std::size_t{1} << kSlotBits> g_slots;
 constinit HCTextHandle g_registrations HC_GUARDED_BY(g_recordsLock) = 0;
+constinit std::size_t g_used HC_GUARDED_BY(g_recordsLock) = 0; // slots from the first that have ever been used
 
 Slot& SlotOf(HCTextHandle handle) { return g_slots[handle % g_slots.size()]; }
 
@@ -77,7 +79,8 @@ Slot& SlotOf(HCTextHandle handle) { return g_slots[handle % g_slots.size()]; }
 
 void ReleaseTextTables() noexcept
 {
-    for (Slot& slot : g_slots) {
+    for (std::size_t number = 0; number < g_used; ++number) {
+        Slot& slot = g_slots[number];
         if (slot.handle.load(std::memory_order_relaxed) == 0) { // the others are still their client's
             delete std::exchange(slot.table, nullptr);
         }
@@ -100,6 +103,7 @@ HCTextHandle HFTextCreateEmbedded(const char* name, const HCTextRow* table, int 
                 const HCTextHandle handle = (++hcbase::g_registrations << hcbase::kSlotBits) | number;
                 delete std::exchange(slot.table, registered.release());
                 slot.handle.store(handle, std::memory_order_release);
+                hcbase::g_used = std::max(hcbase::g_used, number + 1);
                 return handle;
             }
         }
@@ -138,7 +142,8 @@ HCTextHandle HFTextFind(const char* name)
     }
     const hcbase::LockGuard guard(hcbase::g_recordsLock);
     HCTextHandle newest = 0;
-    for (const hcbase::Slot& slot : hcbase::g_slots) {
+    for (std::size_t number = 0; number < hcbase::g_used; ++number) {
+        const hcbase::Slot& slot = hcbase::g_slots[number];
         const HCTextHandle handle = slot.handle.load(std::memory_order_relaxed);
         if (handle > newest && slot.table->Name() == name) { // later registrations have greater handles
             newest = handle;

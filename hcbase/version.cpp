@@ -2,19 +2,34 @@
 
 #include "hcbase/records.h"
 
+#include <algorithm>
 #include <exception>
-#include <map>
-#include <string>
-#include <string_view>
 #include <utility>
+#include <vector>
 
 namespace hcbase {
 
 namespace {
 
-using Versions = std::map<std::string, HCVersion, std::less<>>;
+struct Record {
+    HCString name;
+    HCVersion version;
+};
+
+using Versions = std::vector<Record>; // a process has a handful of them
 
 constinit Versions* g_versions HC_PT_GUARDED_BY(g_recordsLock) = nullptr; // made with the first record
+
+/// The record of a name; null when there is none.
+Record* FindRecord(const char* name) HC_REQUIRES(g_recordsLock)
+{
+    if (g_versions == nullptr) {
+        return nullptr;
+    }
+    const auto hasName = [name](const Record& record) { return record.name == name; };
+    const auto found = std::find_if(g_versions->begin(), g_versions->end(), hasName);
+    return found != g_versions->end() ? &*found : nullptr;
+}
 
 } // namespace
 
@@ -28,7 +43,7 @@ char HFVersionLoad(const char* name, int major, int minor, int revision, const c
         return 0;
     }
     try {
-        const HCVersion version{major, minor, revision, date, time};
+        HCVersion version{major, minor, revision, date, time};
         const hcbase::LockGuard guard(hcbase::g_recordsLock);
         if (hcbase::g_recordsClosed) {
             return 0;
@@ -36,7 +51,11 @@ char HFVersionLoad(const char* name, int major, int minor, int revision, const c
         if (hcbase::g_versions == nullptr) {
             hcbase::g_versions = new hcbase::Versions;
         }
-        hcbase::g_versions->insert_or_assign(name, version);
+        if (hcbase::Record* const record = hcbase::FindRecord(name)) {
+            record->version = std::move(version);
+        } else {
+            hcbase::g_versions->push_back({name, std::move(version)});
+        }
         return 1;
     } catch (const std::exception&) {
         return 0;
@@ -49,13 +68,10 @@ char HFVersionGet(const char* name, HCVersion& version)
         return 0;
     }
     const hcbase::LockGuard guard(hcbase::g_recordsLock);
-    if (hcbase::g_versions == nullptr) {
+    const hcbase::Record* const record = hcbase::FindRecord(name);
+    if (record == nullptr) {
         return 0;
     }
-    const auto found = hcbase::g_versions->find(std::string_view(name));
-    if (found == hcbase::g_versions->end()) {
-        return 0;
-    }
-    version = found->second;
+    version = record->version;
     return 1;
 }

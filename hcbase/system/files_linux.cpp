@@ -115,21 +115,25 @@ Reading ReadFile(const char* path, std::size_t limit, std::string& content)
     const Descriptor file(Uninterrupted([&] { return open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY); }));
     if (file.Get() < 0) {
         const int error = errno;
-        content = ReasonOf(error);
-        return error == ENOENT || error == ENOTDIR ? Reading::kMissing : Reading::kFailed;
-    }
-    content.clear();
-    char buffer[4096];
-    for (;;) {
-        const ssize_t count = Uninterrupted([&] { return read(file.Get(), buffer, sizeof(buffer)); });
-        if (count == 0) {
-            return Reading::kDone;
+        if (error == ENOENT || error == ENOTDIR) {
+            return Reading::kMissing;
         }
-        if (count < 0 || content.size() + static_cast<std::size_t>(count) > limit) {
+        content = ReasonOf(error);
+        return Reading::kFailed;
+    }
+    constexpr std::size_t kStep = 4096;
+    for (std::size_t size = 0;;) {
+        content.resize(size + kStep);
+        const ssize_t count = Uninterrupted([&] { return read(file.Get(), content.data() + size, kStep); });
+        if (count < 0 || size + static_cast<std::size_t>(count) > limit) {
             content = ReasonOf(count < 0 ? errno : EFBIG);
             return Reading::kFailed;
         }
-        content.append(buffer, static_cast<std::size_t>(count));
+        size += static_cast<std::size_t>(count);
+        if (count == 0) {
+            content.resize(size);
+            return Reading::kDone;
+        }
     }
 }
 

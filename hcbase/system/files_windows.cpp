@@ -116,8 +116,11 @@ Reading ReadFile(const char* path, std::size_t limit, std::string& content)
         Wide(path).c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (file.Get() == INVALID_HANDLE_VALUE) {
         const DWORD error = GetLastError();
+        if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) {
+            return Reading::kMissing;
+        }
         content = ReasonOf(error);
-        return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ? Reading::kMissing : Reading::kFailed;
+        return Reading::kFailed;
     }
     content.clear();
     std::vector<char> buffer(4096);

@@ -1,0 +1,1 @@
+// A library without anything in it, to compare with.

@@ -1,0 +1,104 @@
+// Loading and unloading beside two empty libraries of which one needs the other, and beside libraries for the same
+// purposes. Each first load is in a process of its own, which has the C++ runtime already.
+
+#include "benchmarks/report.h"
+
+#include <benchmark/benchmark.h>
+#include <cstdio>
+#include <cstdlib>
+#include <iterator>
+#include <memory>
+#include <string>
+
+namespace {
+
+using report::AddTarget;
+using report::Measure;
+
+const struct {
+    const char* name;
+    const char* file;
+    bool isUnloaded; // the others stay in the process once they are loaded
+} libraries[] = {
+    {"ZRLib", ZRLIB_FILE, true},
+    {"Empty", EMPTY_FILE, true},
+    {"GObject", GOBJECT_FILE, false},
+    {"Spdlog", SPDLOG_FILE, false},
+    {"Poco", POCO_FILE, false},
+};
+
+struct Times { // in seconds
+    double first = 0;
+    double cycle = 0;
+};
+
+/// False when the program fails.
+bool Load(const std::string& file, const std::string& binding, int cycles, Times& times)
+{
+    const std::string command = LOAD_PROGRAM " '" + file + "' " + binding + " " + std::to_string(cycles);
+    const std::unique_ptr<FILE, int (*)(FILE*)> output(popen(command.c_str(), "r"), pclose);
+    if (output == nullptr || std::fscanf(output.get(), "%lf %lf", &times.first, &times.cycle) != 2) {
+        return false;
+    }
+    times.first *= 1e-9;
+    times.cycle *= 1e-9;
+    return true;
+}
+
+void Measured(benchmark::State& state, const char* file, const std::string& binding, int cycles)
+{
+    setenv("HCBASE_PREFERENCES", "/nonexistent/preferences.toml", 1);
+    for (auto _ : state) {
+        Times times;
+        if (!Load(file, binding, cycles, times)) {
+            state.SkipWithError("cannot be loaded");
+            break;
+        }
+        state.SetIterationTime(cycles > 0 ? times.cycle : times.first);
+    }
+}
+
+/// Two kinds of binding: a program that links with a library has its functions bound lazily, when each is called first;
+/// dlopen is mostly asked to bind them all at once.
+bool Register()
+{
+    for (const std::string binding : {"Lazy", "Now"}) {
+        for (const auto& library : libraries) {
+            const std::string suffix = binding + library.name;
+            benchmark::RegisterBenchmark(("FirstLoad" + suffix).c_str(), Measured, library.file, binding, 0)
+                ->UseManualTime()
+                ->Iterations(20);
+            if (library.isUnloaded) {
+                benchmark::RegisterBenchmark(("LoadCycle" + suffix).c_str(), Measured, library.file, binding, 200)
+                    ->UseManualTime()
+                    ->Iterations(1);
+            }
+        }
+    }
+    return true;
+}
+
+const bool isRegistered = Register();
+
+const AddTarget targets[] = {
+    AddTarget({"first load to two empty libraries, bound lazily", Measure::kRatio, "FirstLoadLazyZRLib",
+        "FirstLoadLazyEmpty", 1.5}),
+    AddTarget({"first load to two empty libraries, bound at once", Measure::kRatio, "FirstLoadNowZRLib",
+        "FirstLoadNowEmpty", 1.5}),
+    AddTarget({"first load to GLib with GObject, bound lazily", Measure::kRatio, "FirstLoadLazyZRLib",
+        "FirstLoadLazyGObject", 1}),
+    AddTarget({"first load to GLib with GObject, bound at once", Measure::kRatio, "FirstLoadNowZRLib",
+        "FirstLoadNowGObject", 1}),
+    AddTarget({"first load to spdlog, bound lazily", Measure::kRatio, "FirstLoadLazyZRLib", "FirstLoadLazySpdlog", 1}),
+    AddTarget({"first load to spdlog, bound at once", Measure::kRatio, "FirstLoadNowZRLib", "FirstLoadNowSpdlog", 1}),
+    AddTarget(
+        {"first load to POCO Foundation, bound lazily", Measure::kRatio, "FirstLoadLazyZRLib", "FirstLoadLazyPoco", 1}),
+    AddTarget(
+        {"first load to POCO Foundation, bound at once", Measure::kRatio, "FirstLoadNowZRLib", "FirstLoadNowPoco", 1}),
+    AddTarget({"load and unload to two empty libraries, bound lazily", Measure::kRatio, "LoadCycleLazyZRLib",
+        "LoadCycleLazyEmpty", 2}),
+    AddTarget({"load and unload to two empty libraries, bound at once", Measure::kRatio, "LoadCycleNowZRLib",
+        "LoadCycleNowEmpty", 2}),
+};
+
+} // namespace

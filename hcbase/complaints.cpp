@@ -1,0 +1,45 @@
+#include "hcbase/complaints.h"
+
+#include "hcbase/records.h"
+#include "hcbase/system/environment.h"
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+namespace hcbase {
+
+namespace {
+
+using Complaints = std::set<std::string>;
+
+constinit Complaints* g_complaints HC_PT_GUARDED_BY(g_recordsLock) = nullptr; // made with the first complaint
+
+bool IsNews(const std::string& complaint)
+{
+    const LockGuard guard(g_recordsLock);
+    if (g_recordsClosed) {
+        return true;
+    }
+    if (g_complaints == nullptr) {
+        g_complaints = new Complaints;
+    }
+    return g_complaints->insert(complaint).second;
+}
+
+} // namespace
+
+void Complain(const std::string& place, std::string_view reason)
+{
+    std::string complaint = "hcbase: " + place + ": ";
+    complaint.append(reason);
+    std::replace_if(
+        complaint.begin(), complaint.end(), [](char character) { return character == '\n' || character == '\r'; }, ' ');
+    if (IsNews(complaint)) {
+        system::WriteErrorLine(complaint.c_str());
+    }
+}
+
+void ReleaseComplaints() noexcept { delete std::exchange(g_complaints, nullptr); }
+
+} // namespace hcbase
