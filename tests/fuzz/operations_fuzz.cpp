@@ -1,7 +1,6 @@
 // Any sequence of operations on an object registry, beside a model of it, and on subjects and their observers, which
 // attach and detach each other while they handle events.
 
-#include "hcbase/hcbase.h"
 #include "tests/fuzz/fuzz.h"
 #include "tests/registry/registry_model.h"
 #include "zrlib/zrlib.h"
@@ -13,72 +12,16 @@
 namespace {
 
 using test::Require;
-using test::TextFrom;
-
-int AnyCode(FuzzedDataProvider& data)
-{
-    const std::uint32_t small = data.ConsumeIntegral<std::uint16_t>();
-    switch (data.ConsumeIntegralInRange(0, 4)) {
-    case 0:
-        return static_cast<int>(data.ConsumeIntegral<std::uint32_t>());
-    case 1:
-        return static_cast<int>(small & 0xF000);
-    case 2:
-        return 0x1234;
-    default:
-        return static_cast<int>(0xA04F0000U | (small & 0xF00FU));
-    }
-}
 
 void ChangeRegistry(FuzzedDataProvider& data)
 {
-    ZRObjectRegistry registry;
-    test::RegistryModel model;
-    for (int steps = 0; steps < 40 && data.remaining_bytes() > 0; ++steps) {
-        const int code = AnyCode(data);
-        const std::string name = TextFrom(data, 50);
-        std::string classID = static_cast<const char*>(ZRClassID::MakeExternalID(AnyCode(data)));
-        if (data.ConsumeIntegralInRange(0, 7) == 0) {
-            classID = TextFrom(data, 40);
-        }
-        int error = 0;
-        char result = 0;
-        switch (data.ConsumeIntegralInRange(0, 4)) {
-        case 0:
-            error = model.AddLibrary(code, name);
-            result = registry.RegisterLibrary(code, name.c_str());
-            break;
-        case 1:
-            error = model.RemoveLibrary(code);
-            result = registry.UnregisterLibrary(code);
-            break;
-        case 2:
-            error = model.Add(code, name);
-            result = registry.RegisterObject(code, name.c_str());
-            break;
-        case 3:
-            error = model.Add(code, name, classID);
-            result = registry.RegisterObject(code, name.c_str(), classID.c_str());
-            break;
-        default:
-            error = model.Remove(code);
-            result = registry.UnregisterObject(code);
-        }
-        HCError reported;
-        Require((HFErrorGet(reported) != 0 ? reported.code : 0) == error, "the error of the registry");
-        Require(result == (error == 0 ? 1 : 0), "the result of the registry");
-        HFErrorClear();
+    const auto random = [&data](unsigned int limit) { return data.ConsumeIntegralInRange(0U, limit - 1); };
+    test::RegistryBesideModel both(random, data.ConsumeBool());
+    for (int steps = 0; steps < 100 && data.remaining_bytes() > 0; ++steps) {
+        const char* const difference = both.Step();
+        Require(difference == nullptr, difference);
     }
-    const ZRObjectRegistry copy(registry);
-    registry.Release();
-    Require(copy.GetObjectCount() == static_cast<int>(model.objects.size()), "the number of objects");
-    Require(copy.GetLibraryCount() == static_cast<int>(model.libraries.size()), "the number of libraries");
-    int index = 0;
-    for (const auto& [code, object] : model.objects) {
-        Require(
-            copy.GetObjectIDAt(index) == code && copy.GetObjectNameAt(index) == object.name, "the order of objects");
-        ++index;
-    }
+    Require(both.CompareAll() == nullptr, "the same contents");
 }
 
 constexpr std::size_t kSubjects = 3;
