@@ -177,7 +177,7 @@ int main(int argc, char** argv)
     ZRGetMessageHandler()->DetachObserver(&counter, 1);
 
     const long rounds = shared.rounds;
-    constexpr std::size_t kSlack = 1024 * 1024; // arenas of the allocator that fill up
+    constexpr std::size_t kSlack = std::size_t{1024} * 1024; // arenas of the allocator that fill up
     Require(resident <= settled + kSlack, shared, "memory does not grow");
     Require(
         counter.counts == std::array<long, 4>{rounds, rounds, shared.errors, rounds}, shared, "all messages arrive");
