@@ -156,6 +156,7 @@ void* operator new(std::size_t size)
     return memory != nullptr ? memory : throw std::bad_alloc();
 }
 void* operator new[](std::size_t size) { return operator new(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size); }
 
 int main()
 {
