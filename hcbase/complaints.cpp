@@ -21,8 +21,11 @@ bool IsNews(const std::string& complaint)
     if (g_recordsClosed) {
         return true;
     }
+    constexpr std::size_t kMost = 1000;
     if (g_complaints == nullptr) {
         g_complaints = new Complaints;
+    } else if (g_complaints->size() >= kMost) {
+        g_complaints->clear(); // rather than grow for ever: what comes again is told again
     }
     return g_complaints->insert(complaint).second;
 }

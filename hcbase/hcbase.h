@@ -2,8 +2,8 @@
 /// text tables, version records and the last error.
 ///
 /// Loading is all the set-up there is. Every function may be called from any thread unless its own text says otherwise.
-/// No operation raises an exception of its own; std::bad_alloc and std::length_error of the text operations pass
-/// through.
+/// No operation raises an exception but std::bad_alloc, and std::length_error for texts and arrays that would be too
+/// large.
 #pragma once
 
 #include "hcbase/array.h"

@@ -67,11 +67,16 @@ char HFVersionGet(const char* name, HCVersion& version)
     if (name == nullptr) {
         return 0;
     }
-    const hcbase::LockGuard guard(hcbase::g_recordsLock);
-    const hcbase::Record* const record = hcbase::FindRecord(name);
-    if (record == nullptr) {
+    try {
+        const hcbase::LockGuard guard(hcbase::g_recordsLock);
+        const hcbase::Record* const record = hcbase::FindRecord(name);
+        if (record == nullptr) {
+            return 0;
+        }
+        HCVersion copy = record->version;
+        version = std::move(copy);
+        return 1;
+    } catch (const std::exception&) {
         return 0;
     }
-    version = record->version;
-    return 1;
 }

@@ -11,7 +11,8 @@
 // messages it sent until then.
 //
 // It is a whole application on the library: it reports by messages only, and where they go is the user's choice.
-// Without preferences it turns them on itself, for the console. Ends with status 2 when PATH does not exist.
+// Without preferences it turns them on itself, for the console. Ends with status 2 when PATH does not exist or
+// the arguments are wrong.
 
 #include "message_counter.h"
 #include "profile.h"
@@ -36,10 +37,10 @@ struct Arguments {
         bool hasPath = false;
         for (int place = 1; place < count; ++place) {
             const std::string value = values[place];
-            if (value == "--registry") {
-                dumpsRegistry = true;
-            } else if (value == "--selfcheck") {
+            if (value == "--selfcheck" && count == 2) {
                 checksLibrary = true;
+            } else if (value == "--registry") {
+                dumpsRegistry = true;
             } else if (value == "--threads") {
                 areGood = ++place < count && SetThreads(values[place]) && areGood;
             } else if (value.rfind("--", 0) == 0 || hasPath) {

@@ -112,7 +112,8 @@ bool CloseFile(std::intptr_t file)
 
 Reading ReadFile(const char* path, std::size_t limit, std::string& content)
 {
-    const Descriptor file(Uninterrupted([&] { return open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY); }));
+    // A pipe that nobody writes to is an empty file, and not to be waited for.
+    const Descriptor file(Uninterrupted([&] { return open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK); }));
     if (file.Get() < 0) {
         const int error = errno;
         if (error == ENOENT || error == ENOTDIR) {
@@ -121,6 +122,7 @@ Reading ReadFile(const char* path, std::size_t limit, std::string& content)
         content = ReasonOf(error);
         return Reading::kFailed;
     }
+    fcntl(file.Get(), F_SETFL, O_RDONLY); // a pipe that somebody writes to is waited for
     constexpr std::size_t kStep = 4096;
     for (std::size_t size = 0;;) {
         content.resize(size + kStep);

@@ -43,7 +43,7 @@ void SendWhenTheLibraryHasGone(int /*status*/, void* /*argument*/)
     const bool locksOrNot = ZRGlobalThreadSync::Lock(nullptr) == ZRGlobalThreadSync::Unlock(nullptr);
     ZRLockTrail* const trail = ZRAppendLockTrail();
     const bool areConsistent = locksOrNot && (trail == nullptr || ZRRemoveLockTrail(trail) != 0)
-        && ZRGetLockTrailEnabled() == 0 && ZRGetThreadingEnabled() != 0;
+        && ZRGetLockTrailEnabled() == 0 && ZRGetThreadingEnabled() != 0 && ZRTestMessageThreading(1) == 0;
     std::puts(findsNothing && isUnobserved && locksItself && areConsistent ? "after the library"
                                                                            : "some of it is still there");
 }

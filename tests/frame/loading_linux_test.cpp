@@ -166,6 +166,7 @@ TEST(Loading, WithoutMemoryGivesALibraryThatDoesWhatItCan)
     test::WriteFile(home.PreferencesPath(), "[Libraries.zrlib]\nOutEnabled = true\nThreading = 3\n");
     test::ProcessResult result;
     for (int allocations = 0; result.output != "0 failed\n"; ++allocations) {
+        ASSERT_LT(allocations, 1000) << result.output;
         const test::EnvironmentGuard limit("ALLOCATIONS", std::to_string(allocations));
         result = test::Run(FAILING_STARTUP_PROGRAM, {});
         ASSERT_EQ(result.exitCode, 0) << "with " << allocations << " allocations: " << result.errors;

@@ -10,11 +10,13 @@
 
 namespace test {
 
-/// Ends the program with a report when what must hold does not.
+/// Ends the program with a report when what must hold does not. On standard output, since the other one is closed to
+/// the library.
 inline void Require(bool holds, const char* what)
 {
     if (!holds) {
-        std::fprintf(stderr, "does not hold: %s\n", what);
+        std::printf("does not hold: %s\n", what);
+        std::fflush(stdout);
         std::abort();
     }
 }

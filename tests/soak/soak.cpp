@@ -1,5 +1,5 @@
 // Eight threads use all of the library at once for a long time. In the end nothing may be missing, and memory must not
-// have grown. Usage: soak SECONDS
+// have grown. Usage: soak [SECONDS]    600 by default
 
 #include "hcbase/hcbase.h"
 #include "zrlib/zrlib.h"
@@ -14,6 +14,7 @@
 #include <malloc.h>
 #include <string>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -125,7 +126,7 @@ std::size_t Resident()
     std::size_t size = 0;
     std::size_t resident = 0;
     std::ifstream("/proc/self/statm") >> size >> resident;
-    return resident * 4096;
+    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 }
 
 long LinesOf(const std::string& path)
@@ -143,6 +144,10 @@ long LinesOf(const std::string& path)
 int main(int argc, char** argv)
 {
     const double seconds = argc > 1 ? std::atof(argv[1]) : 600;
+    if (seconds <= 0) {
+        std::fprintf(stderr, "Usage: soak [SECONDS]\n");
+        return 1;
+    }
     std::string home = (std::filesystem::temp_directory_path() / "soak-XXXXXX").string();
     if (mkdtemp(home.data()) == nullptr) {
         std::perror("soak");
@@ -152,6 +157,7 @@ int main(int argc, char** argv)
     Shared shared;
     Counter counter;
     ZRSetMessagesEnabled(1);
+    ZRSetAllFlags(0); // whatever the preferences say
     ZRSetErrorFlags(ZR_DEST_FILE);
     ZRProgressEnable(1);
     ZRGetMessageHandler()->AttachObserver(&counter, 1);

@@ -17,8 +17,8 @@ class ZRThreadSync;
 /// | CacheQueueing, ThreadBasedCache | 1 | for clients; both are 0 while Threading is 0 in the store |
 /// | Cache, ForceMainThreadToUseStreamBasedCache | 1 | for clients |
 /// | ForceRunInSingleThread, TTStreaming, ThreadingChannelLocking | 0 | for clients |
-/// | OutEnabled, WarnEnabled, ErrorEnabled, TraceEnabled | 0 | one of them turns messages on at load; each sets its bit
-/// | | SendToMsgView, SendToConsole, SendToDebugger, SendToFile | 0 | destinations of all types from load on |
+/// | OutEnabled, WarnEnabled, ErrorEnabled, TraceEnabled | 0 | any turns messages on at load; each sets its bit |
+/// | SendToMsgView, SendToConsole, SendToDebugger, SendToFile | 0 | destinations of all types from load on |
 ///
 /// The setters store what they are given and change nothing else: neither another switch nor the state of the messages,
 /// for which there are functions of their own (message_functions.h).

@@ -41,8 +41,8 @@ ZRModule g_Module;
 
 ZRModuleObject<ZRLockTrailHandler> g_LockTrailHandler;
 
-// Goes before the module does, so that a thread in the middle of a message may still read it. The text is short enough
-// to lie inside the string, whose storage stays.
+// It goes before the module does, and a thread in the middle of a message may still read it after that: the text is
+// short enough to lie inside the string, whose storage stays.
 const HCString ZRMessageHandler::m_csFileName("zr_messages");
 
 namespace {
@@ -57,7 +57,7 @@ unsigned int ZRMode::m_main_thread = HCThread::GetCurrentThreadId();
 // Empty. When it goes it releases what clients left registered.
 ZRObjectRegistry g_ObjectRegistry;
 
-TestObserver g_TestObserver;
+ZRModuleObject<TestObserver> g_TestObserver;
 
 const HCString ZRText::ICON_FILENAME("IconFileName");
 const HCString ZRText::BITMAP_FILENAME("BitmapFileName");

@@ -94,7 +94,8 @@ int ZRTestObjectRegistry(char messages)
     const int objects = registry.GetObjectCount();
     if (libraries != kLibrariesLeft || objects != kObjectsLeft) {
         HCString text;
-        text.Format("Found %d libraries and %d objects, expected 4 libraries and 8 objects", libraries, objects);
+        text.Format("Found %d libraries and %d objects, expected %d libraries and %d objects", libraries, objects,
+            kLibrariesLeft, kObjectsLeft);
         ZRError(text, nullptr, 1);
         ZRError("ObjectRegistry test failed", nullptr, 1);
         return 0;

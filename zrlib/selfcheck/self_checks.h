@@ -7,7 +7,8 @@
 extern "C" {
 
 // Each check turns the master switch of messages on or off first, as `messages` says, and leaves it so. It tells how it
-// went with messages, without location and of level 1, and gives 1 when all was well, otherwise 0.
+// went with messages, without location and of level 1, and gives 1 when all was well, otherwise 0. What it reports is
+// afterwards the last error of the thread, also with messages off.
 //
 // Threads: any, one check at a time. The switches that a check sets belong to the process. Errors: std::bad_alloc when
 // there is no memory for a check or its messages; with less of it than a check needs it may also give 0.
@@ -20,12 +21,12 @@ ZR_API int ZRTestAll(char messages);
 ZR_API int ZRTestCollections(char messages);
 
 /// Whether a registry of the check's own accepts what it should and refuses what it should; the registry of the process
-/// is not touched. The refusals are reported as any others. For them the enabled bit of errors is cleared, and put back
-/// afterwards.
+/// is not touched. The refusals are reported as any others, so the last of them is the last error of the thread. For
+/// them the enabled bit of errors is cleared, and put back afterwards.
 ZR_API int ZRTestObjectRegistry(char messages);
 
 /// Whether four threads that send 384 messages each get all of them through to an observer, each just once. With
-/// messages off it gives 0.
+/// messages off it gives 0, and when an observer throws on one of the threads.
 ///
 /// All that is sent meanwhile is counted, by whomever, and the counts run on: a good result can be had once in a
 /// process, while no other thread sends. As for every observer, nobody may send while the check begins or ends.

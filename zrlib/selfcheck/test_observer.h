@@ -1,6 +1,7 @@
 /// TestObserver: counts messages. Not exported.
 #pragma once
 
+#include "zrlib/frame/module.h"
 #include "zrlib/observation/object_observer.h"
 #include "zrlib/sync/relaxed.h"
 
@@ -16,4 +17,4 @@ public:
     zr::Relaxed<int> m_nTraceCount;
 };
 
-extern TestObserver g_TestObserver;
+extern ZRModuleObject<TestObserver> g_TestObserver;
