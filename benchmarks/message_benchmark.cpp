@@ -4,13 +4,17 @@
 
 #include <benchmark/benchmark.h>
 #include <cstdlib>
-#include <filesystem>
-#include <string>
-
 #include <fcntl.h>
-#include <sys/stat.h>
-#include <sys/uio.h>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <spdlog/details/file_helper.h>
+#include <spdlog/sinks/base_sink.h>
+#include <spdlog/sinks/null_sink.h>
+#include <spdlog/spdlog.h>
+#include <string>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -56,6 +60,41 @@ void OutOff(benchmark::State& state)
 }
 BENCHMARK(OutOff);
 const AddTarget outOff({"ZROut, messages off, beyond building the text", Measure::kDifference, "OutOff", "Text", 4});
+
+void LiteralOff(benchmark::State& state)
+{
+    const Messages messages(0, 0);
+    for (auto _ : state) {
+        ZROut("text", "where", 1);
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(LiteralOff);
+const AddTarget literalOff({"ZROut of a literal, messages off", Measure::kTime, "LiteralOff", "", 1});
+
+void MacroOff(benchmark::State& state)
+{
+    const Messages messages(0, 0);
+    int number = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(number);
+        ZR_OUT("%d of %s", number, std::to_string(number).c_str());
+    }
+}
+BENCHMARK(MacroOff);
+const AddTarget macroOff({"ZR_OUT with dear arguments, messages off", Measure::kTime, "MacroOff", "", 1});
+
+void SpdlogOff(benchmark::State& state)
+{
+    spdlog::set_level(spdlog::level::off); // of the logger that spdlog::info takes
+    for (auto _ : state) {
+        spdlog::info("text");
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(SpdlogOff);
+const AddTarget literalToSpdlog(
+    {"ZROut of a literal, messages off, to spdlog off", Measure::kRatio, "LiteralOff", "SpdlogOff", 0.4});
 
 void OutNowhere(benchmark::State& state)
 {
@@ -109,8 +148,6 @@ void BareCalls(benchmark::State& state)
     close(open(path.c_str(), O_WRONLY | O_CREAT, 0666));
     char line[] = "OUT - a short text\n";
     for (auto _ : state) {
-        struct stat status {};
-        benchmark::DoNotOptimize(stat(path.c_str(), &status));
         const int file = open(path.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
         benchmark::DoNotOptimize(write(file, line, sizeof(line) - 1));
         close(file);
@@ -118,6 +155,43 @@ void BareCalls(benchmark::State& state)
 }
 BENCHMARK(BareCalls);
 const AddTarget outToFile(
-    {"ZROut to the file to stat, open, write, close", Measure::kRatio, "OutToFile", "BareCalls", 1.15});
+    {"ZROut to the file to bare open, write, close", Measure::kRatio, "OutToFile", "BareCalls", 1.15});
+
+/// Opens its file for each line, so that the file may move.
+class ReopeningSink : public spdlog::sinks::base_sink<std::mutex> {
+public:
+    explicit ReopeningSink(std::string path)
+        : m_path(std::move(path))
+    {
+    }
+
+protected:
+    void sink_it_(const spdlog::details::log_msg& message) override
+    {
+        spdlog::memory_buf_t line;
+        formatter_->format(message, line);
+        spdlog::details::file_helper file;
+        file.open(m_path);
+        file.write(line);
+        file.close();
+    }
+    void flush_() override {}
+
+private:
+    std::string m_path;
+};
+
+void SpdlogReopening(benchmark::State& state)
+{
+    const Home home;
+    spdlog::logger logger("file", std::make_shared<ReopeningSink>(home.PathOf("spdlog.txt")));
+    logger.set_pattern("OUT - %v");
+    for (auto _ : state) {
+        logger.info(kText);
+    }
+}
+BENCHMARK(SpdlogReopening);
+const AddTarget fileToSpdlog({"ZROut to the file to spdlog that opens its file for each line", Measure::kRatio,
+    "OutToFile", "SpdlogReopening", 0.55});
 
 } // namespace

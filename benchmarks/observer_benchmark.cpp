@@ -44,16 +44,12 @@ struct Received {
 
 class MessageObserver : public ZRObjectObserver {
 public:
-    MessageObserver() { ZRGetMessageHandler()->AttachObserver(this, 1); }
-    ~MessageObserver() override { ZRGetMessageHandler()->DetachObserver(this, 1); }
-    MessageObserver(const MessageObserver&) = delete;
-    MessageObserver& operator=(const MessageObserver&) = delete;
-
     void OnEvent(ZRObservedObjectEvent* event) override
     {
-        const ZRMsg message = event->GetMsg();
-        const HCString text = message.GetText();
-        m_received = {static_cast<std::size_t>(text.GetLength()), message.GetThreadID(), message.GetLevel()};
+        const ZRMsg& message = event->GetMsg();
+        const auto length = static_cast<std::size_t>(message.GetText().GetLength())
+            + static_cast<std::size_t>(message.GetLocation().GetLength());
+        m_received = {length, message.GetThreadID(), message.GetLevel()};
         benchmark::DoNotOptimize(m_received);
     }
 
@@ -61,17 +57,48 @@ private:
     Received m_received;
 };
 
-void MessageToObserver(benchmark::State& state)
+/// Messages are on, and go to the observer if there is one, while any thread is inside.
+void Send(benchmark::State& state, ZRObjectObserver* observer)
 {
-    const MessageObserver observer;
-    ZRSetMessagesEnabled(1);
-    ZRSetAllFlags(0);
+    ZRAttachment attachment;
+    if (state.thread_index() == 0) {
+        if (observer != nullptr) {
+            attachment = ZRAttachment(*ZRGetMessageHandler(), *observer);
+        }
+        ZRSetMessagesEnabled(1);
+        ZRSetAllFlags(0);
+    }
     for (auto _ : state) {
         ZROut(kText, "Benchmark", 1);
     }
-    ZRSetMessagesEnabled(0);
+    if (state.thread_index() == 0) {
+        ZRSetMessagesEnabled(0);
+    }
 }
+
+MessageObserver messageObserver;
+
+void MessageToObserver(benchmark::State& state) { Send(state, &messageObserver); }
+void MessageToObserverByTwo(benchmark::State& state) { Send(state, &messageObserver); }
+void MessageNowhereByTwo(benchmark::State& state) { Send(state, nullptr); }
 BENCHMARK(MessageToObserver);
+BENCHMARK(MessageToObserverByTwo)->Threads(2)->UseRealTime();
+BENCHMARK(MessageNowhereByTwo)->Threads(2)->UseRealTime();
+
+void MacroToObserver(benchmark::State& state)
+{
+    MessageObserver observer;
+    const ZRAttachment attachment(*ZRGetMessageHandler(), observer);
+    const ZRMessageSettings settings;
+    ZRSetMessagesEnabled(1);
+    ZRSetAllFlags(0);
+    int number = 0;
+    for (auto _ : state) {
+        ZR_OUT("read %d of %d files", number, 1000);
+        ++number;
+    }
+}
+BENCHMARK(MacroToObserver);
 
 class SpdlogSink : public spdlog::sinks::base_sink<std::mutex> {
 protected:
@@ -94,6 +121,29 @@ void MessageToSpdlog(benchmark::State& state)
     }
 }
 BENCHMARK(MessageToSpdlog);
+
+void NumbersToSpdlog(benchmark::State& state)
+{
+    const auto logger = std::make_shared<spdlog::logger>("benchmark", std::make_shared<SpdlogSink>());
+    const auto former = spdlog::default_logger();
+    spdlog::set_default_logger(logger);
+    int number = 0;
+    for (auto _ : state) {
+        spdlog::info("read {} of {} files", number, 1000);
+        ++number;
+    }
+    spdlog::set_default_logger(former);
+}
+BENCHMARK(NumbersToSpdlog);
+
+void MessageToSpdlogByTwo(benchmark::State& state)
+{
+    static spdlog::logger logger("benchmark", std::make_shared<SpdlogSink>());
+    for (auto _ : state) {
+        logger.info(kText);
+    }
+}
+BENCHMARK(MessageToSpdlogByTwo)->Threads(2)->UseRealTime();
 
 class BoostLogSink : public boost::log::sinks::basic_sink_backend<boost::log::sinks::synchronized_feeding> {
 public:
@@ -178,7 +228,13 @@ void MessageToGLib(benchmark::State& state)
 BENCHMARK(MessageToGLib);
 
 const AddTarget messages[] = {
-    AddTarget({"message to an observer, to spdlog", Measure::kRatio, "MessageToObserver", "MessageToSpdlog", 1.25}),
+    AddTarget({"message to an observer, to spdlog", Measure::kRatio, "MessageToObserver", "MessageToSpdlog", 0.9}),
+    AddTarget({"ZR_OUT with two numbers to an observer, to spdlog::info", Measure::kRatio, "MacroToObserver",
+        "NumbersToSpdlog", 0.9}),
+    AddTarget({"message to an observer, to spdlog: two threads", Measure::kRatio, "MessageToObserverByTwo",
+        "MessageToSpdlogByTwo", 1.2}),
+    AddTarget({"message that goes nowhere, to spdlog to a sink: two threads", Measure::kRatio, "MessageNowhereByTwo",
+        "MessageToSpdlogByTwo", 0.5}),
     AddTarget({"message to an observer, to Boost.Log", Measure::kRatio, "MessageToObserver", "MessageToBoostLog", 1}),
     AddTarget({"message to an observer, to POCO", Measure::kRatio, "MessageToObserver", "MessageToPoco", 1}),
     AddTarget({"message to an observer, to GLib", Measure::kRatio, "MessageToObserver", "MessageToGLib", 1}),

@@ -7,6 +7,7 @@
 #include <benchmark/benchmark.h>
 #include <chrono>
 #include <mutex>
+#include <vector>
 
 namespace {
 
@@ -66,6 +67,25 @@ BENCHMARK(LockBesideThreadsStandard)->Threads(2)->UseRealTime();
 BENCHMARK(LockContended)->Threads(2)->UseRealTime();
 BENCHMARK(LockContendedStandard)->Threads(2)->UseRealTime();
 
+void Guarded(benchmark::State& state)
+{
+    ZRThreadSync sync;
+    for (auto _ : state) {
+        const ZRLockGuard guard(sync, "Guarded");
+        benchmark::ClobberMemory();
+    }
+}
+void GuardedStandard(benchmark::State& state)
+{
+    std::recursive_mutex mutex;
+    for (auto _ : state) {
+        const std::lock_guard guard(mutex);
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(Guarded);
+BENCHMARK(GuardedStandard);
+
 void LockSwitchedOff(benchmark::State& state)
 {
     OurLock lock;
@@ -85,6 +105,23 @@ void TwoClockReadings(benchmark::State& state)
     }
 }
 BENCHMARK(TwoClockReadings);
+
+void TwoClockReadingsAndStack(benchmark::State& state)
+{
+    std::mutex mutex;
+    std::vector<const void*> stack;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(std::chrono::steady_clock::now());
+        {
+            const std::lock_guard guard(mutex);
+            stack.push_back(&mutex);
+        }
+        benchmark::DoNotOptimize(std::chrono::steady_clock::now());
+        const std::lock_guard guard(mutex);
+        stack.pop_back();
+    }
+}
+BENCHMARK(TwoClockReadingsAndStack);
 
 void Stopwatch(benchmark::State& state)
 {
@@ -116,11 +153,14 @@ const AddTarget targets[] = {
         "LockBesideThreadsStandard", 1.1}),
     AddTarget({"ZRThreadSync to std::recursive_mutex: two threads, one lock", Measure::kRatio, "LockContended",
         "LockContendedStandard", 1.1}),
+    AddTarget(
+        {"ZRLockGuard to std::lock_guard<std::recursive_mutex>", Measure::kRatio, "Guarded", "GuardedStandard", 1.1}),
     AddTarget({"ZRThreadSync switched off: lock, unlock", Measure::kTime, "LockSwitchedOff", "", 5}),
     AddTarget({"stopwatch, to two readings of the clock", Measure::kRatio, "Stopwatch", "TwoClockReadings", 1.3}),
     AddTarget({"timer of a state, handler off, to two readings of the clock", Measure::kRatio, "StateBoundDisabled",
         "TwoClockReadings", 1.2}),
-    AddTarget({"timer of a state, handler on, no observer", Measure::kTime, "StateBoundEnabled", "", 250}),
+    AddTarget({"timer of a state, handler on, to two readings of the clock and a locked stack", Measure::kRatio,
+        "StateBoundEnabled", "TwoClockReadingsAndStack", 1.4}),
 };
 
 } // namespace

@@ -39,10 +39,17 @@ public:
     {
         if (this != &other) {
             HCArray copy(other);
-            m_storage.Swap(copy.m_storage);
-            m_nSize = copy.m_nSize;
-            m_nGrowBy = copy.m_nGrowBy;
+            Swap(copy);
         }
+        return *this;
+    }
+
+    /// Takes over the elements of `other`, which is empty afterwards.
+    HCArray(HCArray&& other) noexcept { Swap(other); }
+    HCArray& operator=(HCArray&& other) noexcept
+    {
+        HCArray taken(std::move(other));
+        Swap(taken);
         return *this;
     }
 
@@ -69,12 +76,25 @@ public:
         m_nSize = newSize;
     }
 
+    void Swap(HCArray& other) noexcept
+    {
+        m_storage.Swap(other.m_storage);
+        std::swap(m_nSize, other.m_nSize);
+        std::swap(m_nGrowBy, other.m_nGrowBy);
+    }
+
     /// Number of elements.
     int GetSize() const { return m_nSize; }
 
     /// The elements; null when there are none.
     T* GetData() { return m_nSize > 0 ? m_storage.Data() : nullptr; }
     const T* GetData() const { return m_nSize > 0 ? m_storage.Data() : nullptr; }
+
+    // For range-based loops and algorithms.
+    T* begin() { return m_storage.Data(); }
+    T* end() { return begin() + m_nSize; }
+    const T* begin() const { return m_storage.Data(); }
+    const T* end() const { return begin() + m_nSize; }
 
     /// The element at an index from 0. Outside the bounds an element with the value T(), which must not be written to.
     T& GetAt(int index) { return IsInBounds(index) ? m_storage.Data()[index] : s_none; }

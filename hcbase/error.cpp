@@ -58,8 +58,9 @@ constinit std::atomic<int> g_inside{0};
 class CallUnderWay {
 public:
     CallUnderWay()
-        : m_isOpen((g_inside.fetch_add(1), !g_closed.load()))
     {
+        g_inside.fetch_add(1); // before the question: store-then-load handshake with unloading, hence seq_cst
+        m_isOpen = !g_closed.load();
     }
     ~CallUnderWay() { g_inside.fetch_sub(1); }
     CallUnderWay(const CallUnderWay&) = delete;
@@ -68,7 +69,7 @@ public:
     bool IsOpen() const { return m_isOpen; }
 
 private:
-    bool m_isOpen;
+    bool m_isOpen = false;
 };
 
 ErrorHistory* FindHistory(const CallUnderWay& call)
@@ -109,17 +110,26 @@ void ReleaseErrors(ErrorHistory*& errors) noexcept
     errors = nullptr;
 }
 
-void ReleaseAllErrors() noexcept HC_NO_THREAD_SAFETY_ANALYSIS
+void AbandonErrorsOfOthers(ErrorHistory* own) noexcept
+{
+    if (g_inside.exchange(0) != 0) { // whom the child does not have: nobody forks from inside
+        g_histories = {};
+        if (own != nullptr) {
+            g_histories.Add(*own);
+        }
+    }
+}
+
+bool ReleaseAllErrors() noexcept HC_NO_THREAD_SAFETY_ANALYSIS
 {
     g_closed = true;
     if (g_inside != 0) {
-        // The process ends with a thread in the middle of a record, or it is a child that was forked in the middle of
-        // another thread's: the memory goes with the process.
-        return;
+        return false; // the process ends, and the memory goes with it
     }
     for (ErrorHistory* history = std::exchange(g_histories.first, nullptr); history != nullptr;) {
         delete std::exchange(history, history->next);
     }
+    return true;
 }
 
 } // namespace hcbase

@@ -20,7 +20,7 @@ extern "C" {
 HC_API char HFErrorSet(int code, const char* text, const char* location, char chain);
 
 /// Copies the calling thread's newest record into `error` and gives 1; without one gives 0 and leaves `error` as it is.
-/// Reading does not remove the record.
+/// Reading does not remove the record. Throws std::bad_alloc when there is no memory for the copy.
 HC_API char HFErrorGet(HCError& error);
 
 /// The same for the record `steps` before the newest: 1 is the one before it, 0 the newest itself. Gives 0 when there

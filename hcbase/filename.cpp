@@ -1,5 +1,6 @@
 #include "hcbase/filename.h"
 
+#include "hcbase/complaints.h"
 #include "hcbase/system/environment.h"
 #include "hcbase/system/files.h"
 
@@ -17,6 +18,9 @@ HCString HFTranslateName(const HCString& name)
     HCString home = system::Environment("HCBASE_HOME");
     if (home.GetLength() == 0) {
         home = system::HomeDirectory();
+    }
+    if (home.GetLength() == 0) {
+        Complain("home", "unknown: neither the environment nor the account has one");
     }
     return home;
 }

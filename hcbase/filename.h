@@ -5,9 +5,12 @@
 #include "hcbase/string.h"
 
 /// The directory that a logical name stands for. The one name is "home": the directory in the environment variable
-/// HCBASE_HOME, else in HOME (Windows: USERPROFILE), else the account's home directory; a variable set to nothing
-/// counts as not set. Any other name gives an empty text. The environment is asked afresh each time. Threads: any,
-/// while none changes the environment.
+/// HCBASE_HOME, else in HOME (Windows: USERPROFILE), else the home directory of the account as which the process runs;
+/// a variable set to nothing counts as not set. In a program with the set-user-ID or set-group-ID bit, or file
+/// capabilities, the environment does not count. A relative directory is relative to the current one of the process.
+/// When nobody knows a home, which is told on standard error once, and for any other name the text is empty. The
+/// environment is asked afresh each time, the account database once for each user ID. Threads: any, while none changes
+/// the environment.
 HC_API HCString HFTranslateName(const HCString& name);
 
 /// Joins directory, name and extension to a path, with just one separator between directory and name, however many they

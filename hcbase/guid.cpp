@@ -1,5 +1,6 @@
 #include "hcbase/guid.h"
 
+#include "hcbase/system/keep_errno.h"
 #include "hcbase/system/threads.h"
 
 #include <array>
@@ -48,6 +49,7 @@ void SeedFromClock(std::uint64_t (&state)[4])
 
 void Seed(std::uint64_t (&state)[4])
 {
+    const system::KeepErrno keep;
     try {
         std::random_device source;
         for (std::uint64_t& word : state) {

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
+#include <vector>
 
 #define TOML_EXCEPTIONS 1 // without them its functions cannot say that there is no memory, and end the process
 #define TOML_ENABLE_FORMATTERS 0
@@ -54,6 +56,92 @@ std::size_t EndOfUtf8(std::string_view text)
     return place;
 }
 
+/// Follows how deep keys and brackets lead into each other. The parser builds a table for each part of a dotted key,
+/// and destroys tables from the outside inwards, each within the one around it, so that a deep file would exhaust the
+/// stack of a small thread.
+class Depth {
+public:
+    /// Offset of the first character that lies too deep; the length of the text when none does.
+    static std::size_t EndOfShallow(std::string_view text)
+    {
+        Depth depth;
+        std::size_t offset = 0;
+        while (offset < text.size() && !depth.IsTooDeep()) {
+            offset += depth.Read(text.substr(offset));
+        }
+        return depth.IsTooDeep() ? offset - 1 : text.size();
+    }
+
+private:
+    static constexpr std::size_t kDeepest = 16; // of tables within each other; a small stack holds some 30
+
+    bool IsTooDeep() const { return m_brackets.size() + m_outerDots + m_dots > kDeepest; }
+
+    /// Reads a character, or a whole comment or text. Gives how many characters that is.
+    std::size_t Read(std::string_view rest)
+    {
+        switch (rest.front()) {
+        case '#':
+            return std::min(rest.find('\n'), rest.size());
+        case '"':
+        case '\'':
+            return LengthOfText(rest);
+        case '.':
+            ++m_dots;
+            break;
+        case '[':
+        case '{':
+            m_brackets.push_back(m_dots);
+            m_outerDots += std::exchange(m_dots, 0);
+            break;
+        case ']':
+        case '}':
+            if (!m_brackets.empty()) {
+                m_dots = m_brackets.back();
+                m_outerDots -= m_dots;
+                m_brackets.pop_back();
+            }
+            break;
+        case '\n':
+            m_dots = m_brackets.empty() ? 0 : m_dots;
+            break;
+        case ',':
+            m_dots = 0;
+            break;
+        default:
+            break;
+        }
+        return 1;
+    }
+
+    static std::size_t LengthOfText(std::string_view rest)
+    {
+        const char quote = rest.front();
+        const std::string_view three(rest.substr(0, 3));
+        const bool isLong = three.size() == 3 && three[1] == quote && three[2] == quote;
+        const std::string_view end = isLong ? three : three.substr(0, 1);
+        for (std::size_t offset = end.size(); offset < rest.size(); ++offset) {
+            if (rest[offset] == '\\' && quote == '"') {
+                ++offset;
+            } else if (rest.substr(offset, end.size()) == end) {
+                offset += end.size();
+                const std::size_t most = offset + (isLong ? 2 : 0); // a long text may end in quotes of its own
+                while (offset < std::min(most, rest.size()) && rest[offset] == quote) {
+                    ++offset;
+                }
+                return offset;
+            } else if (rest[offset] == '\n' && !isLong) {
+                return offset; // the parser stops here
+            }
+        }
+        return rest.size();
+    }
+
+    std::vector<std::size_t> m_brackets; // that are open; with the dots before each
+    std::size_t m_outerDots = 0; // before all of them
+    std::size_t m_dots = 0; // since the last of them, or since the last comma or line
+};
+
 std::string_view NameOf(toml::node_type type)
 {
     switch (type) {
@@ -82,16 +170,27 @@ struct PreferenceFile::Entries {
 
     std::string PlaceAt(std::int64_t line) const { return std::string(path) + ":" + std::to_string(line); }
 
+    /// Says that what stands under a key is of the wrong kind.
+    void ComplainOf(std::string_view key, const toml::node& node, const char* wanted) const
+    {
+        std::string reason(key);
+        reason.append(" is ").append(NameOf(node.type())).append(" where ").append(wanted).append(" belongs");
+        Complain(PlaceAt(node.source().begin.line), reason);
+    }
+
     const toml::node* Find(std::string_view key) const
     {
         const toml::node* node = &root;
-        while (node != nullptr && !key.empty()) {
-            const std::size_t length = std::min(key.find('/'), key.size());
-            if (length > 0) {
-                const toml::table* const table = node->as_table();
-                node = table != nullptr ? table->get(key.substr(0, length)) : nullptr;
+        for (std::size_t begin = 0, end = 0; node != nullptr && begin < key.size(); begin = end + 1) {
+            end = std::min(key.find('/', begin), key.size());
+            if (end == begin) {
+                continue;
             }
-            key.remove_prefix(std::min(length + 1, key.size()));
+            const toml::table* const table = node->as_table();
+            if (table == nullptr) {
+                ComplainOf(key.substr(0, begin - 1), *node, "a table");
+            }
+            node = table != nullptr ? table->get(key.substr(begin, end - begin)) : nullptr;
         }
         return node != &root ? node : nullptr;
     }
@@ -112,9 +211,7 @@ char PreferenceFile::GetBoolean(std::string_view key, char defaultValue) const
     }
     const toml::value<bool>* const value = node->as_boolean();
     if (value == nullptr) {
-        std::string reason(key);
-        reason.append(" is ").append(NameOf(node->type())).append(" where true or false belongs");
-        Complain(m_entries->PlaceAt(node->source().begin.line), reason);
+        m_entries->ComplainOf(key, *node, "true or false");
         return defaultValue;
     }
     return value->get() ? 1 : 0;
@@ -124,11 +221,17 @@ std::unique_ptr<const PreferenceFile::Entries> PreferenceFile::Parse(const HCStr
 {
     auto entries = std::make_unique<Entries>();
     entries->path = path;
-    const std::size_t good = EndOfUtf8(content);
-    if (good < content.size()) { // the parser would name the line to which it has read ahead
-        const auto end = content.begin() + static_cast<std::ptrdiff_t>(good);
-        Complain(entries->PlaceAt(1 + std::count(content.begin(), end, '\n')), "not UTF-8");
-        return entries;
+    // The parser would name the line to which it has read ahead, and has no limit for keys with many parts.
+    const struct {
+        std::size_t goodUpTo;
+        const char* reason;
+    } tests[] = {{EndOfUtf8(content), "not UTF-8"}, {Depth::EndOfShallow(content), "nested too deeply"}};
+    for (const auto& test : tests) {
+        if (test.goodUpTo < content.size()) {
+            const auto end = content.begin() + static_cast<std::ptrdiff_t>(test.goodUpTo);
+            Complain(entries->PlaceAt(1 + std::count(content.begin(), end, '\n')), test.reason);
+            return entries;
+        }
     }
     try {
         entries->root = toml::parse(content);

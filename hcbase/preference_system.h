@@ -4,12 +4,14 @@
 #include "hcbase/export.h"
 
 /// Access to the preferences of the account, one TOML file: the path in the environment variable HCBASE_PREFERENCES;
-/// else `hcbase/preferences.toml` under $XDG_CONFIG_HOME, else under ~/.config; on Windows under %APPDATA%.
+/// else `hcbase/preferences.toml` under $XDG_CONFIG_HOME, else under ~/.config; on Windows under %APPDATA%. In a
+/// program with the set-user-ID or set-group-ID bit, or file capabilities, no variable of the environment counts, HOME
+/// neither.
 ///
 /// The file, of at most 16 MiB, is read once, at the first question to the object, so an object answers from one state
-/// of the file. A file that is missing is an empty store. A file that cannot be read or parsed, or a value of another
-/// kind than asked for, is told on standard error in one line that names file, line and reason; the same line is not
-/// told twice.
+/// of the file. A file that is missing is an empty store. A file that cannot be read or parsed, or nests keys more than
+/// 16 deep, or a value of another kind than asked for, is told on standard error in one line that names file, line and
+/// reason; the same line is not told twice.
 ///
 /// Threads: one object is used by one thread at a time, while none changes the environment.
 class HC_API HCPreferenceSystem {

@@ -9,6 +9,9 @@ namespace hcbase {
 // missed.
 void ReentrantLock::Wait() noexcept
 {
+    if (TakeWithPauses()) {
+        return;
+    }
     while (m_word.exchange(kHeldAndAwaited, std::memory_order_acquire) != kFree) {
         if (system::OtherThreadsAreGone()) {
             m_depth = 0; // the holder went without unlocking, and nobody else is left to hold it
@@ -16,6 +19,25 @@ void ReentrantLock::Wait() noexcept
         }
         system::WaitWhileEqual(m_word, kHeldAndAwaited);
     }
+}
+
+/// Most locks are held for much less time than it takes to fall asleep and be woken. Each look takes the word, and what
+/// it guards, away from the holder's cache, so the pauses between them grow: several short holds of one thread in a row
+/// cost less than a change of hands for each (Thomas Anderson, "The Performance of Spin Lock Alternatives for
+/// Shared-Memory Multiprocessors", IEEE Transactions on Parallel and Distributed Systems 1, 1990).
+bool ReentrantLock::TakeWithPauses() noexcept
+{
+    constexpr int kFirst = 16;
+    constexpr int kLongest = 256;
+    for (int pauses = kFirst; pauses <= kLongest; pauses *= 2) {
+        for (int count = 0; count < pauses; ++count) {
+            system::PauseProcessor();
+        }
+        if (m_word.load(std::memory_order_relaxed) == kFree && TryTake()) {
+            return true;
+        }
+    }
+    return false;
 }
 
 void ReentrantLock::WakeAnother() noexcept { system::WakeOne(m_word); }

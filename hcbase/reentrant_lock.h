@@ -26,23 +26,23 @@ public:
             return true;
         }
         if (m_holder.load(std::memory_order_relaxed) == self) {
-            const bool canCount = m_depth < std::numeric_limits<std::uint32_t>::max() - 1;
-            m_depth += canCount ? 1 : 0;
-            return canCount;
+            return CountOneMore();
         }
         Wait();
         m_holder.store(self, std::memory_order_relaxed);
         return true;
     }
 
-    /// Takes the lock if nobody holds it; otherwise gives false at once.
+    /// Takes the lock if nobody else holds it; otherwise gives false at once. False too when the calling thread holds
+    /// it as often as can be counted.
     bool TryLock() noexcept HC_TRY_ACQUIRE(true)
     {
-        const bool isTaken = TryTake();
-        if (isTaken) {
-            m_holder.store(system::CurrentThreadMark(), std::memory_order_relaxed);
+        const system::ThreadMark self = system::CurrentThreadMark();
+        if (TryTake()) {
+            m_holder.store(self, std::memory_order_relaxed);
+            return true;
         }
-        return isTaken;
+        return m_holder.load(std::memory_order_relaxed) == self && CountOneMore();
     }
 
     /// False when the calling thread does not hold the lock.
@@ -92,7 +92,15 @@ private:
         }
     }
 
+    bool CountOneMore() noexcept
+    {
+        const bool canCount = m_depth < std::numeric_limits<std::uint32_t>::max() - 1;
+        m_depth += canCount ? 1 : 0;
+        return canCount;
+    }
+
     void Wait() noexcept;
+    bool TakeWithPauses() noexcept;
     void WakeAnother() noexcept;
 
     std::atomic<std::uint32_t> m_word{kFree};

@@ -2,6 +2,7 @@
 // what it has put on the heap goes here.
 
 #include "hcbase/records.h"
+#include "hcbase/system/environment.h"
 #include "hcbase/system/threads.h"
 
 namespace hcbase {
@@ -20,6 +21,7 @@ void ReleaseRecords() HC_NO_THREAD_SAFETY_ANALYSIS
         ReleaseComplaints();
         ReleaseTextTables();
         ReleaseVersions();
+        system::ReleaseAccountHome();
         g_recordsLock.Unlock();
     }
 }
@@ -30,8 +32,12 @@ public:
 
     ~Startup()
     {
-        ReleaseAllErrors();
-        system::RemoveHooks();
+        if (system::OtherThreadsAreGone()) {
+            return; // one may have been in the middle of an allocation: the memory goes with the process
+        }
+        if (ReleaseAllErrors()) {
+            system::RemoveHooks();
+        }
         ReleaseRecords();
     }
 

@@ -1,11 +1,15 @@
 #include "hcbase/string.h"
 
+#include "hcbase/system/keep_errno.h"
+
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cstdarg>
 #include <cstdio>
 #include <limits>
 #include <stdexcept>
+#include <system_error>
 
 namespace {
 
@@ -28,6 +32,78 @@ char* AllocateText(std::size_t capacity)
         throw std::length_error("HCString: text too long");
     }
     return new char[capacity + 1];
+}
+
+/// The digits of a number in capitals, with zeros before them up to a width of at most 9. Gives the number of
+/// characters.
+std::size_t PutHexadecimal(char (&digits)[9], unsigned int number, std::size_t width)
+{
+    std::size_t length = 0;
+    for (unsigned int rest = number; rest != 0 || length == 0; rest >>= 4U) {
+        ++length;
+    }
+    length = std::max(length, width);
+    for (std::size_t place = length; place > 0; --place, number >>= 4U) {
+        digits[place - 1] = "0123456789ABCDEF"[number & 15U];
+    }
+    return length;
+}
+
+/// Formats what needs no more than %d, %u, %s, %c, %X, %01X to %09X and %%, several times faster than the standard
+/// library. False when there is anything else, or the text does not fit; then nothing of the buffer counts.
+bool FormatPlainly(char* buffer, std::size_t size, const char* format, std::va_list arguments, std::size_t& length)
+{
+    char* out = buffer;
+    char* const end = buffer + size;
+    const auto put = [&out, end](const char* text, std::size_t count) {
+        const bool fits = count <= static_cast<std::size_t>(end - out);
+        if (fits) {
+            std::memcpy(out, text, count);
+            out += count;
+        }
+        return fits;
+    };
+    const auto putNumber = [&out, end](auto number) {
+        const std::to_chars_result result = std::to_chars(out, end, number);
+        out = result.ptr;
+        return result.ec == std::errc();
+    };
+    const auto putText = [&put](const char* text) { return text != nullptr && put(text, std::strlen(text)); };
+    while (true) {
+        const std::size_t literal = std::strcspn(format, "%");
+        if (!put(format, literal)) {
+            return false;
+        }
+        format += literal;
+        if (*format == '\0') {
+            length = static_cast<std::size_t>(out - buffer);
+            return true;
+        }
+        bool isDone = false;
+        const char conversion = format[1];
+        if (conversion == 'd') {
+            isDone = putNumber(va_arg(arguments, int));
+        } else if (conversion == 'u') {
+            isDone = putNumber(va_arg(arguments, unsigned int));
+        } else if (conversion == 's') {
+            isDone = putText(va_arg(arguments, const char*));
+        } else if (conversion == 'c') {
+            const char character = static_cast<char>(va_arg(arguments, int));
+            isDone = put(&character, 1);
+        } else if (conversion == '%') {
+            isDone = put("%", 1);
+        } else {
+            const bool hasWidth = conversion == '0' && format[2] >= '1' && format[2] <= '9';
+            const std::size_t width = hasWidth ? static_cast<std::size_t>(format[2] - '0') : 0;
+            format += hasWidth ? 2 : 0;
+            char digits[9];
+            isDone = format[1] == 'X' && put(digits, PutHexadecimal(digits, va_arg(arguments, unsigned int), width));
+        }
+        if (!isDone) {
+            return false;
+        }
+        format += 2;
+    }
 }
 
 } // namespace
@@ -73,17 +149,27 @@ const HCString& HCString::operator=(const char* text)
 
 void HCString::Format(const char* format, ...)
 {
+    const hcbase::system::KeepErrno keep;
     char buffer[kFormatBufferSize];
     std::va_list arguments;
+    if (format != nullptr) {
+        std::size_t plainLength = 0;
+        va_start(arguments, format);
+        const bool isPlain = FormatPlainly(buffer, sizeof(buffer), format, arguments, plainLength);
+        va_end(arguments);
+        if (isPlain) {
+            Assign(buffer, plainLength);
+            return;
+        }
+    }
     va_start(arguments, format);
-    errno = 0;
     const int length = format != nullptr ? std::vsnprintf(buffer, sizeof(buffer), format, arguments) : -1;
     va_end(arguments);
 
-    if (length < 0 && errno == EOVERFLOW) {
-        throw std::length_error("HCString: text too long");
-    }
     if (length < 0) {
+        if (format != nullptr && errno == EOVERFLOW) {
+            throw std::length_error("HCString: text too long");
+        }
         Assign("", 0);
     } else if (static_cast<std::size_t>(length) < sizeof(buffer)) {
         Assign(buffer, static_cast<std::size_t>(length));
@@ -91,6 +177,7 @@ void HCString::Format(const char* format, ...)
         // Formatted beside the text that the string has, because that may be one of the arguments.
         HCString formatted;
         formatted.Reserve(static_cast<std::size_t>(length));
+        errno = keep.Value(); // "%m" is among the conversions
         va_start(arguments, format);
         std::vsnprintf(formatted.Text(), static_cast<std::size_t>(length) + 1, format, arguments);
         va_end(arguments);
@@ -122,10 +209,10 @@ void HCString::Empty() noexcept
 
 HCString HCString::Left(int count)
 {
-    if (count < m_storage.sizes.length) {
-        ReleaseBuffer(std::max(count, 0));
-    }
-    return *this;
+    HCString first; // made first, so that this string keeps its text when there is no memory for the copy
+    first.Assign(Text(), static_cast<std::size_t>(std::clamp(count, 0, GetLength())));
+    ReleaseBuffer(first.GetLength());
+    return first;
 }
 
 char* HCString::GetBuffer(int minimumLength)

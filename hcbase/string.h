@@ -6,6 +6,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <functional>
+#include <string>
+#include <string_view>
 
 // The arguments of Format are checked against its format by the compiler, as those of printf are.
 #if defined(__MINGW32__)
@@ -17,7 +20,9 @@
 /// A zero-terminated text of 8-bit characters that owns its storage.
 ///
 /// Bytes pass through unchanged, so UTF-8 stays UTF-8; lengths count bytes. Texts of up to 39 characters lie inside the
-/// object and need no heap. Null pointers count as the empty text wherever a text is taken.
+/// object and need no heap. Null pointers count as the empty text wherever a text is taken. A zero byte that was
+/// written through GetBuffer is kept by copies; whoever reads the text as a `const char*`, comparisons and messages
+/// among them, sees it end there.
 ///
 /// Threads: as for an int, one object may be read by several threads at once or used by one.
 /// Errors: std::bad_alloc when memory runs out, std::length_error for a text beyond 2,147,483,646 characters; the
@@ -51,7 +56,7 @@ public:
     operator const char*() const noexcept { return IsOnHeap() ? m_storage.heap : m_storage.local; }
 
     /// Replaces the text by the result of formatting as printf does; this string's own text may be among the arguments.
-    /// A null format, or one that printf refuses, gives the empty text.
+    /// A null format, or one that printf refuses, gives the empty text. errno stays as it was, and "%m" shows it.
     void Format(const char* format, ...) HC_PRINTF_FORMAT(2, 3);
 
     /// Below, equal to or above 0 as this text comes before, is equal to or comes after `text` in the order of its
@@ -67,8 +72,22 @@ public:
     /// Number of characters (bytes).
     int GetLength() const noexcept { return m_storage.sizes.length; }
 
+    // Among the standard types. The characters as a range; valid while the string is neither changed nor destroyed.
+
+    /// A copy of `text`, zero bytes included.
+    explicit HCString(std::string_view text)
+        : HCString()
+    {
+        Assign(text.data(), text.size());
+    }
+
+    std::string_view View() const noexcept { return {begin(), static_cast<std::size_t>(GetLength())}; }
+    std::string ToString() const { return std::string(View()); }
+    const char* begin() const noexcept { return *this; }
+    const char* end() const noexcept { return begin() + GetLength(); }
+
     /// Cuts this string to its first `count` characters and gives a copy of them. A count of 0 or below empties it, a
-    /// count beyond the length changes nothing.
+    /// count beyond the length changes nothing. When there is no memory for the copy the string is not cut.
     HCString Left(int count);
 
     /// Writable text with room for at least `minimumLength` characters and the end mark; the text it has stays in
@@ -87,8 +106,7 @@ private:
             char local[kLocalSize];
             char* heap;
         };
-        // Characters without the end mark. Heap capacity: 0 while the text lies inside the object. One member, so that
-        // both are written in one piece; see SetLocal.
+        // Characters without the end mark. Heap capacity: 0 while the text lies inside the object.
         struct Sizes {
             std::int32_t length;
             std::int32_t heapCapacity;
@@ -112,36 +130,19 @@ private:
 
 static_assert(sizeof(HCString) == 48, "clients are compiled against this size");
 
-/// Fills the inside storage word by word, the last one padded with zeros. A copy that follows at once reads whole words
-/// back, and a processor can forward a store to a load only if one store wrote all that the load reads.
 inline void HCString::SetLocal(const char* text, std::size_t length) noexcept
 {
-    static_assert(
-        __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the last characters are shifted to the front of their word");
-    std::uint64_t word = 0;
-    constexpr std::size_t kSize = sizeof(word);
-    const std::size_t tail = length % kSize;
-    std::size_t place = 0;
-    for (; place + tail < length; place += kSize) {
-        std::memcpy(&word, text + place, kSize);
-        std::memcpy(m_storage.local + place, &word, kSize);
-    }
-    word = 0;
-    if (length < kSize) {
-        for (std::size_t character = 0; character < length; ++character) {
-            word |= std::uint64_t{static_cast<unsigned char>(text[character])} << (8 * character);
-        }
-    } else if (tail != 0) {
-        std::memcpy(&word, text + length - kSize, kSize); // reaches back, because nothing beyond the text may be read
-        word >>= 8 * (kSize - tail);
-    }
-    std::memcpy(m_storage.local + place, &word, kSize);
+    std::memcpy(m_storage.local, text, length);
+    m_storage.local[length] = '\0';
     m_storage.sizes = {static_cast<std::int32_t>(length), 0};
 }
 
 inline HCString::HCString(const char* text)
 {
-    const std::size_t length = text != nullptr ? std::strlen(text) : 0;
+    if (text == nullptr) {
+        text = "";
+    }
+    const std::size_t length = std::strlen(text);
     if (length < kLocalSize) {
         SetLocal(text, length);
     } else {
@@ -155,7 +156,7 @@ inline HCString::HCString(const HCString& other)
 {
     if (IsOnHeap()) {
         SetEmpty();
-        *this = static_cast<const char*>(other);
+        Assign(other, static_cast<std::size_t>(other.GetLength()));
     }
 }
 
@@ -168,9 +169,10 @@ inline HCString::HCString(HCString&& other) noexcept
 inline const HCString& HCString::operator=(const HCString& other)
 {
     if (IsOnHeap() || other.IsOnHeap()) {
-        return *this = static_cast<const char*>(other);
+        Assign(other, static_cast<std::size_t>(other.GetLength()));
+    } else {
+        m_storage = other.m_storage;
     }
-    m_storage = other.m_storage;
     return *this;
 }
 
@@ -186,10 +188,36 @@ inline const HCString& HCString::operator=(HCString&& other) noexcept
     return *this;
 }
 
-// Without these, == between a string and a literal would compare the two addresses.
+// Without these, comparisons, and so std::map and std::sort, would compare addresses.
 inline bool operator==(const HCString& left, const HCString& right) noexcept { return left.Compare(right) == 0; }
 inline bool operator==(const HCString& left, const char* right) noexcept { return left.Compare(right) == 0; }
 inline bool operator==(const char* left, const HCString& right) noexcept { return right.Compare(left) == 0; }
 inline bool operator!=(const HCString& left, const HCString& right) noexcept { return left.Compare(right) != 0; }
 inline bool operator!=(const HCString& left, const char* right) noexcept { return left.Compare(right) != 0; }
 inline bool operator!=(const char* left, const HCString& right) noexcept { return right.Compare(left) != 0; }
+inline bool operator<(const HCString& left, const HCString& right) noexcept { return left.Compare(right) < 0; }
+inline bool operator<(const HCString& left, const char* right) noexcept { return left.Compare(right) < 0; }
+inline bool operator<(const char* left, const HCString& right) noexcept { return right.Compare(left) > 0; }
+inline bool operator>(const HCString& left, const HCString& right) noexcept { return left.Compare(right) > 0; }
+inline bool operator>(const HCString& left, const char* right) noexcept { return left.Compare(right) > 0; }
+inline bool operator>(const char* left, const HCString& right) noexcept { return right.Compare(left) < 0; }
+inline bool operator<=(const HCString& left, const HCString& right) noexcept { return left.Compare(right) <= 0; }
+inline bool operator<=(const HCString& left, const char* right) noexcept { return left.Compare(right) <= 0; }
+inline bool operator<=(const char* left, const HCString& right) noexcept { return right.Compare(left) >= 0; }
+inline bool operator>=(const HCString& left, const HCString& right) noexcept { return left.Compare(right) >= 0; }
+inline bool operator>=(const HCString& left, const char* right) noexcept { return left.Compare(right) >= 0; }
+inline bool operator>=(const char* left, const HCString& right) noexcept { return right.Compare(left) <= 0; }
+
+#if defined(__cpp_impl_three_way_comparison)
+// Nor by this one, which the standard library tries first for pairs, tuples and vectors.
+void operator<=>(const HCString&, const HCString&) = delete;
+void operator<=>(const HCString&, const char*) = delete;
+#endif
+
+/// As that of the text, up to its first zero byte, so that equal strings have equal hashes.
+template <> struct std::hash<HCString> {
+    std::size_t operator()(const HCString& string) const noexcept
+    {
+        return std::hash<std::string_view>()(static_cast<const char*>(string));
+    }
+};

@@ -1,8 +1,13 @@
 #include "hcbase/text_io.h"
 
+#include "hcbase/records.h"
 #include "hcbase/system/files.h"
 
+#include <algorithm>
+#include <array>
+#include <atomic>
 #include <cstring>
+#include <utility>
 
 using namespace hcbase;
 
@@ -11,10 +16,57 @@ namespace {
 constexpr int kModeCreate = 3;
 constexpr int kModeAppend = 5;
 
+/// The files that end in the middle of a line of this process, because the disk was full: the next line that it writes
+/// there begins with a line ending. Of more files than have a slot, some keep the gap.
+class CutLines {
+public:
+    void Add(const system::FileIdentity& file) noexcept
+    {
+        const LockGuard guard(g_recordsLock);
+        const std::size_t slot = m_next++ % m_files.size();
+        m_files[slot] = file;
+        m_isEmpty.store(false, std::memory_order_relaxed);
+    }
+
+    /// Whether the file is one of them, which it then is no longer.
+    bool Remove(std::intptr_t openFile) noexcept
+    {
+        system::FileIdentity file{};
+        bool wasEmptied = false;
+        if (m_isEmpty.load(std::memory_order_relaxed) || !system::GetFileIdentity(openFile, file, wasEmptied)) {
+            return false;
+        }
+        const LockGuard guard(g_recordsLock);
+        const auto found = std::find(m_files.begin(), m_files.end(), file);
+        if (found == m_files.end()) {
+            return false;
+        }
+        *found = kNone;
+        m_isEmpty.store(std::all_of(m_files.begin(), m_files.end(), [](const auto& other) { return other == kNone; }),
+            std::memory_order_relaxed);
+        return !wasEmptied; // and so is another file, or has lost the cut line too
+    }
+
+private:
+    static constexpr system::FileIdentity kNone{};
+
+    std::array<system::FileIdentity, 16> m_files HC_GUARDED_BY(g_recordsLock){};
+    std::size_t m_next HC_GUARDED_BY(g_recordsLock) = 0;
+    std::atomic<bool> m_isEmpty{true};
+};
+
+constinit CutLines g_cutLines;
+
 } // namespace
 
 HCTextIo::HCTextIo(const HCString& path)
     : m_path(path)
+    , m_file(system::kNoFile)
+{
+}
+
+HCTextIo::HCTextIo(HCString&& path) noexcept
+    : m_path(std::move(path))
     , m_file(system::kNoFile)
 {
 }
@@ -33,8 +85,17 @@ char HCTextIo::Open(int mode)
 
 char HCTextIo::WriteString(const char* text)
 {
+    if (m_file == system::kNoFile) {
+        return 0;
+    }
     const char* const line = text != nullptr ? text : "";
-    return m_file != system::kNoFile && system::WriteLine(m_file, line, std::strlen(line)) ? 1 : 0;
+    const system::LineResult result = system::WriteLine(m_file, line, std::strlen(line), g_cutLines.Remove(m_file));
+    system::FileIdentity file{};
+    bool isEmpty = false;
+    if (result.isCut && system::GetFileIdentity(m_file, file, isEmpty)) {
+        g_cutLines.Add(file);
+    }
+    return result.isWhole ? 1 : 0;
 }
 
 char HCTextIo::Close()

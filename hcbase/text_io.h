@@ -7,14 +7,16 @@
 #include <cstdint>
 
 /// A text file on one path. Lines always go to the end that the file has at that moment, so that several processes can
-/// write one file and no line is torn or lost, unless the disk is full: then a line may be cut short. Child processes
-/// do not inherit the open file.
+/// write one file and no line is torn or lost, unless the disk is full: then a line may be cut short, and the next one
+/// that this process writes there begins on a line of its own. Child processes do not inherit the open file, and it
+/// never takes the place of a standard stream that is closed.
 ///
 /// Threads: one object is used by one thread at a time.
 class HC_API HCTextIo {
 public:
     /// Opens nothing yet.
     explicit HCTextIo(const HCString& path);
+    explicit HCTextIo(HCString&& path) noexcept;
 
     /// Closes the file if it is open.
     virtual ~HCTextIo();
@@ -23,8 +25,8 @@ public:
     HCTextIo& operator=(const HCTextIo&) = delete;
 
     /// Mode 3 opens the file for writing and creates it when there is none; it keeps what another process has written
-    /// meanwhile. Mode 5 opens an existing file for appending. 1 on success; 0 when the system refuses, for any other
-    /// mode, and when the object's file is open already.
+    /// meanwhile. Mode 5 opens an existing file for appending. 1 on success; 0 when the system refuses, for a pipe that
+    /// nobody reads, for any other mode, and when the object's file is open already.
     virtual char Open(int mode);
 
     /// Writes the text and one line ending in one call of the system. 1 when all of it was written; 0 otherwise, and

@@ -1,70 +1,25 @@
 #include "hcbase/text_table.h"
 
 #include "hcbase/records.h"
-#include "hcbase/string.h"
 
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <bit>
-#include <memory>
+#include <cstring>
+#include <exception>
 #include <utility>
-#include <vector>
 
 namespace hcbase {
 
 namespace {
 
-/// One registered table with an index from codes to texts: a hash table with open addressing, at most half full. The
-/// rows cannot change, so it is built once and read without a lock.
-class TextTable {
-public:
-    TextTable(const char* name, const HCTextRow* rows)
-        : m_name(name)
-    {
-        std::size_t count = 0;
-        while (rows[count].text != nullptr) {
-            ++count;
-        }
-        m_index.resize(std::bit_ceil(2 * count + 2), HCTextRow{0, nullptr});
-        m_shift = 64U - static_cast<unsigned>(std::countr_zero(m_index.size()));
-        for (std::size_t row = 0; row < count; ++row) {
-            HCTextRow& place = m_index[PlaceOf(rows[row].code)];
-            if (place.text == nullptr) {
-                place = rows[row];
-            }
-        }
-    }
-
-    const HCString& Name() const { return m_name; }
-
-    const char* Find(std::int32_t code) const { return m_index[PlaceOf(code)].text; }
-
-private:
-    /// Where the code stands, or the free place where it would stand. The multiplier is 2^64 divided by the golden
-    /// ratio, and the highest bits of the product count (Knuth, The Art of Computer Programming, volume 3,
-    /// section 6.4): that spreads runs of neighbouring codes.
-    std::size_t PlaceOf(std::int32_t code) const
-    {
-        const std::uint64_t hash = static_cast<std::uint32_t>(code) * 0x9E3779B97F4A7C15U;
-        std::size_t place = hash >> m_shift;
-        while (m_index[place].text != nullptr && m_index[place].code != code) {
-            place = (place + 1) & (m_index.size() - 1);
-        }
-        return place;
-    }
-
-    HCString m_name;
-    std::vector<HCTextRow> m_index; // a power of two of places
-    unsigned m_shift;
-};
-
-/// A handle is the number of its slot in the low bits and above them the number of the registration, which starts at 1.
-/// The index of a released table stays until its slot is used again or the library is unloaded, for the sake of a
-/// thread that has just looked up its handle.
+/// A handle is the number of its slot in the low bits and above them the number of the registration, which starts at 1,
+/// so that no two registrations have the same one. Lookups take no lock: they ask for the handle before and after they
+/// take the rows, which are the client's and stay where they are.
 struct Slot {
     std::atomic<HCTextHandle> handle{0}; // 0: released, or never used
-    const TextTable* table = nullptr; // owned
+    std::atomic<const HCTextRow*> rows{nullptr}; // not owned
+    char* name HC_PT_GUARDED_BY(g_recordsLock) = nullptr; // owned
 };
 
 constexpr unsigned kSlotBits = 10;
@@ -75,15 +30,30 @@ constinit std::size_t g_used HC_GUARDED_BY(g_recordsLock) = 0; // slots from the
 
 Slot& SlotOf(HCTextHandle handle) { return g_slots[handle % g_slots.size()]; }
 
+/// A copy of a text, which its owner deletes.
+char* CopyOf(const char* text)
+{
+    const std::size_t size = std::strlen(text) + 1;
+    return static_cast<char*>(std::memcpy(new char[size], text, size));
+}
+
+/// The rows of a registered table; null when the handle names none.
+const HCTextRow* RowsOf(HCTextHandle handle)
+{
+    const Slot& slot = SlotOf(handle);
+    if (handle == 0 || slot.handle.load(std::memory_order_acquire) != handle) {
+        return nullptr;
+    }
+    const HCTextRow* const rows = slot.rows.load(std::memory_order_acquire);
+    return slot.handle.load(std::memory_order_relaxed) == handle ? rows : nullptr;
+}
+
 } // namespace
 
 void ReleaseTextTables() noexcept
 {
     for (std::size_t number = 0; number < g_used; ++number) {
-        Slot& slot = g_slots[number];
-        if (slot.handle.load(std::memory_order_relaxed) == 0) { // the others are still their client's
-            delete std::exchange(slot.table, nullptr);
-        }
+        delete[] std::exchange(g_slots[number].name, nullptr); // lookups go on for whoever has the handle
     }
 }
 
@@ -95,13 +65,13 @@ HCTextHandle HFTextCreateEmbedded(const char* name, const HCTextRow* table, int 
         return 0;
     }
     try {
-        auto registered = std::make_unique<const hcbase::TextTable>(name, table);
         const hcbase::LockGuard guard(hcbase::g_recordsLock);
         for (std::size_t number = 0; number < hcbase::g_slots.size() && !hcbase::g_recordsClosed; ++number) {
             hcbase::Slot& slot = hcbase::g_slots[number];
             if (slot.handle.load(std::memory_order_relaxed) == 0) {
+                slot.name = hcbase::CopyOf(name);
                 const HCTextHandle handle = (++hcbase::g_registrations << hcbase::kSlotBits) | number;
-                delete std::exchange(slot.table, registered.release());
+                slot.rows.store(table, std::memory_order_release); // readers of the slot's last table must see it go
                 slot.handle.store(handle, std::memory_order_release);
                 hcbase::g_used = std::max(hcbase::g_used, number + 1);
                 return handle;
@@ -121,6 +91,7 @@ char HFTextRelease(HCTextHandle handle)
         return 0;
     }
     slot.handle.store(0, std::memory_order_relaxed);
+    delete[] std::exchange(slot.name, nullptr);
     return 1;
 }
 
@@ -129,9 +100,11 @@ char HFTextGet(HCTextHandle handle, int code, const char** text)
     if (text == nullptr) {
         return 0;
     }
-    const hcbase::Slot& slot = hcbase::SlotOf(handle);
-    const bool isRegistered = handle != 0 && slot.handle.load(std::memory_order_acquire) == handle;
-    *text = isRegistered ? slot.table->Find(code) : nullptr;
+    const HCTextRow* row = hcbase::RowsOf(handle);
+    while (row != nullptr && row->text != nullptr && row->code != code) {
+        ++row;
+    }
+    *text = row != nullptr ? row->text : nullptr;
     return *text != nullptr ? 1 : 0;
 }
 
@@ -142,10 +115,10 @@ HCTextHandle HFTextFind(const char* name)
     }
     const hcbase::LockGuard guard(hcbase::g_recordsLock);
     HCTextHandle newest = 0;
-    for (std::size_t number = 0; number < hcbase::g_used; ++number) {
+    for (std::size_t number = 0; number < hcbase::g_used && !hcbase::g_recordsClosed; ++number) {
         const hcbase::Slot& slot = hcbase::g_slots[number];
         const HCTextHandle handle = slot.handle.load(std::memory_order_relaxed);
-        if (handle > newest && slot.table->Name() == name) { // later registrations have greater handles
+        if (handle > newest && std::strcmp(slot.name, name) == 0) { // later registrations have greater handles
             newest = handle;
         }
     }

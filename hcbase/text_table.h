@@ -24,11 +24,13 @@ extern "C" {
 /// or when there is no memory.
 HC_API HCTextHandle HFTextCreateEmbedded(const char* name, const HCTextRow* table, int reserved);
 
-/// Gives a table up. No other thread may be looking up in it. Gives 1, or 0 when `handle` names no table.
+/// Gives a table up. Its rows and texts must stay in place while another thread may still be looking up in it. Gives 1,
+/// or 0 when `handle` names no table.
 HC_API char HFTextRelease(HCTextHandle handle);
 
 /// Stores the text of the row with that code in `*text`, or null when there is no such row or `handle` names no table.
-/// Gives 1 when there is a text, otherwise 0; with a null `text` 0. The text belongs to the table. Takes no lock.
+/// Gives 1 when there is a text, otherwise 0; with a null `text` 0. The text belongs to the table. Seeks from the first
+/// row on, and takes no lock.
 HC_API char HFTextGet(HCTextHandle handle, int code, const char** text);
 
 /// The handle of the table registered under `name`, of several the newest; 0 when there is none.

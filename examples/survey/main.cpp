@@ -21,6 +21,7 @@
 #include "terminal.h"
 
 #include <charconv>
+#include <hcbase/hcbase.h>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -89,8 +90,10 @@ void ReportRun()
     HCString text;
     text.Format("Survey %s", static_cast<const char*>(key));
     ZROut(text, "main", 1);
-    if (ZRCheckDiskSpace(kLogOfAWholeDisk, 0) == 0) {
-        ZRWarn("The disk of the current directory is nearly full", "main", 1);
+    std::uint64_t available = 0;
+    if (HCFileSystem().GetDiskInfo(HFTranslateName("home"), &available, nullptr, nullptr) != 0
+        && available < kLogOfAWholeDisk) {
+        ZRWarn("The disk of the log is nearly full", "main", 1);
     }
 }
 

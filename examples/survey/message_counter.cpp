@@ -3,7 +3,7 @@
 void MessageCounter::OnEvent(ZRObservedObjectEvent* event)
 {
     if (event->GetCode() == ZR_EVENT_MESSAGE) {
-        const ZRMsg message = event->GetMsg();
+        const ZRMsg& message = event->GetMsg();
         m_out += message.IsOut();
         m_warn += message.IsWarn();
         m_error += message.IsError();

@@ -6,11 +6,6 @@
 /// Counts the messages of the process by their type, for as long as it lives.
 class MessageCounter : public ZRObjectObserver {
 public:
-    MessageCounter() { ZRGetMessageHandler()->AttachObserver(this, 1); }
-    ~MessageCounter() override { ZRGetMessageHandler()->DetachObserver(this, 1); }
-    MessageCounter(const MessageCounter&) = delete;
-    MessageCounter& operator=(const MessageCounter&) = delete;
-
     void OnEvent(ZRObservedObjectEvent* event) override;
 
     /// All counts in one line.
@@ -21,4 +16,5 @@ private:
     int m_warn = 0;
     int m_error = 0;
     int m_trace = 0;
+    ZRAttachment m_attachment{*ZRGetMessageHandler(), *this}; // last, so that it goes before what it counts
 };

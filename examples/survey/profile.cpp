@@ -4,25 +4,21 @@
 #include <vector>
 
 Profile::Profile()
+    : m_attachment(*ZRGetProfilerStateHandler(), *this)
 {
-    if (ZRProfilerStateHandler* const handler = ZRGetProfilerStateHandler()) {
-        handler->AttachObserver(this, 1);
-        handler->SetEnabled(1);
-    }
+    ZRGetProfilerStateHandler()->SetEnabled(1);
 }
 
 Profile::~Profile()
 {
-    if (ZRProfilerStateHandler* const handler = ZRGetProfilerStateHandler()) {
-        handler->SetEnabled(0);
-        handler->DetachObserver(this, 1);
-    }
+    ZRGetProfilerStateHandler()->SetEnabled(0);
+    m_attachment.Detach(); // before what it is told goes
 }
 
 void Profile::OnEvent(ZRObservedObjectEvent* event)
 {
     if (event->GetCode() == ZR_EVENT_PROFILER_STATE) {
-        const ZRProfilerState state = event->GetProfilerState();
+        const ZRProfilerState& state = event->GetProfilerState();
         m_states[static_cast<const char*>(state.GetLocation())] = state;
     }
 }

@@ -20,4 +20,5 @@ public:
 
 private:
     std::map<std::string, ZRProfilerState> m_states; // the newest of each place
+    ZRAttachment m_attachment;
 };

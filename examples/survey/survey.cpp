@@ -36,24 +36,6 @@ HCString Describe(const std::string& what, const FileCount& count)
     return text;
 }
 
-/// Holds a lock for the length of a scope.
-class Hold {
-public:
-    Hold(ZRThreadSync& sync, const char* location)
-        : m_sync(sync)
-        , m_location(location)
-    {
-        m_sync.Lock(m_location, nullptr);
-    }
-    ~Hold() { m_sync.Unlock(m_location, nullptr); }
-    Hold(const Hold&) = delete;
-    Hold& operator=(const Hold&) = delete;
-
-private:
-    ZRThreadSync& m_sync; // not owned
-    const char* m_location;
-};
-
 /// Reads a file; each block is counted by `count`, which takes the time.
 template <typename Count> ReadResult ReadText(const fs::path& path, FileCount& result, Count count)
 {
@@ -99,7 +81,7 @@ bool Survey::Take(const fs::path& path, int threads)
     if (threads > 0) {
         ReadOnThreads(threads);
     } else {
-        Read();
+        ReadUntilDone();
     }
     ZRProgressEnd();
     return true;
@@ -135,25 +117,6 @@ void Survey::Walk(const fs::path& folder)
     }
 }
 
-void Survey::Read()
-{
-    for (File& file : m_files) {
-        if (!IsReadable(file.path)) {
-            continue;
-        }
-        FileCount count;
-        ReadResult result = ReadResult::kUnreadable;
-        {
-            const ZRProfiler reading(&m_reading);
-            result = ReadText(file.path, count, [this](TextFile& text) {
-                const ZRProfiler counting(&m_counting);
-                text.CountBlock();
-            });
-        }
-        Keep(file, result, count);
-    }
-}
-
 void Survey::ReadOnThreads(int threads)
 {
     std::vector<std::thread> readers;
@@ -175,37 +138,24 @@ void Survey::ReadOnThreads(int threads)
     }
 }
 
-// The stack on which timers find their parents is that of the process, and would mix up the timers of several threads.
-// So each thread measures with stopwatches of its own, and tells the states under the lock.
-
 void Survey::ReadUntilDone()
 {
     for (std::size_t next = m_next++; next < m_files.size(); next = m_next++) {
         File& file = m_files[next];
+        if (!IsReadable(file.path)) {
+            continue;
+        }
         FileCount count;
         ReadResult result = ReadResult::kUnreadable;
-        double counted = 0;
-        const ZRProfiler reading;
-        const bool isReadable = IsReadable(file.path);
-        if (isReadable) {
-            result = ReadText(file.path, count, [&counted](TextFile& text) {
-                const ZRProfiler counting;
+        {
+            const ZRProfiler reading(&m_reading);
+            result = ReadText(file.path, count, [this](TextFile& text) {
+                const ZRProfiler counting(&m_counting);
                 text.CountBlock();
-                counted += counting.GetElapsed();
             });
         }
-        const double elapsed = reading.GetElapsed();
-        const Hold hold(m_sync, "Survey::ReadUntilDone");
-        m_counting.Update(counted);
-        m_reading.RemoveDependantTime(counted);
-        m_reading.Update(elapsed);
-        if (ZRProfilerStateHandler* const handler = ZRGetProfilerStateHandler()) {
-            handler->Update(&m_counting);
-            handler->Update(&m_reading);
-        }
-        if (isReadable) {
-            Keep(file, result, count);
-        }
+        const ZRLockGuard guard(m_sync, "Survey::ReadUntilDone");
+        Keep(file, result, count);
     }
 }
 

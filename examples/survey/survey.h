@@ -39,7 +39,6 @@ private:
     };
 
     void Walk(const std::filesystem::path& folder);
-    void Read();
     void ReadOnThreads(int threads);
     void ReadUntilDone();
     static bool IsReadable(const std::filesystem::path& path);

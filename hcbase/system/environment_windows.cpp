@@ -44,6 +44,8 @@ HCString AccountHome()
 
 } // namespace
 
+void ReleaseAccountHome() noexcept {} // asked for afresh each time
+
 HCString Environment(const char* name)
 {
     const std::wstring wideName = Wide(name);

@@ -1,4 +1,4 @@
-/// Files of the system. Paths are UTF-8.
+/// Files of the system. Paths are UTF-8 and of any length. None of it changes errno.
 #pragma once
 
 #include <cstddef>
@@ -49,12 +49,38 @@ enum class Opening { kCreateIfMissing, kExistingOnly };
 
 constexpr std::intptr_t kNoFile = -1;
 
-/// Opens a file so that each write goes to the end it then has, whoever else writes. Never truncates. Child processes
-/// do not inherit it, and others may read, write, rename and delete the file meanwhile. Gives kNoFile on failure.
+/// Opens a file so that each write goes to the end it then has, whoever else writes. Never truncates, waits for nobody
+/// but the holder of a lease, and never takes the place of standard input, output or error. Child processes do not
+/// inherit it, and others may read, write, rename and delete the file meanwhile. Gives kNoFile on failure, and for a
+/// pipe without a reader.
 std::intptr_t OpenForAppending(const char* path, Opening opening);
 
-/// Writes the text and a line ending in one call of the system. True when all of it was written.
-bool WriteLine(std::intptr_t file, const char* text, std::size_t length);
+/// What has become of a line.
+struct LineResult {
+    bool isWhole; // all of it was written
+    bool isCut; // the file ends in the middle of a line of this process
+};
+
+/// Writes the text and a line ending in one call of the system. endsCutLine: begins with one more line ending, for the
+/// line before, which was cut.
+LineResult WriteLine(std::intptr_t file, const char* text, std::size_t length, bool endsCutLine);
+
+/// The result when `written` of `size` bytes were written, of which the first `ending` end the line before.
+constexpr LineResult ToLineResult(std::size_t written, std::size_t ending, std::size_t size)
+{
+    return {written == size, written != size && written != ending};
+}
+
+/// Tells files apart, whatever they are called.
+struct FileIdentity {
+    std::uint64_t device;
+    std::uint64_t number;
+
+    bool operator==(const FileIdentity&) const = default;
+};
+
+/// False when the system does not say.
+bool GetFileIdentity(std::intptr_t file, FileIdentity& identity, bool& isEmpty);
 
 bool CloseFile(std::intptr_t file);
 

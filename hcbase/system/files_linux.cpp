@@ -1,6 +1,11 @@
 #include "hcbase/system/files.h"
 
-#include <cerrno>
+#include "hcbase/system/keep_errno.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <climits>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -15,20 +20,23 @@ namespace {
 
 class Descriptor {
 public:
-    explicit Descriptor(int descriptor)
+    explicit Descriptor(int descriptor = -1)
         : m_descriptor(descriptor)
     {
     }
-    ~Descriptor()
-    {
-        if (m_descriptor >= 0) {
-            close(m_descriptor);
-        }
-    }
+    ~Descriptor() { Reset(-1); }
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
 
     int Get() const { return m_descriptor; }
+
+    void Reset(int descriptor)
+    {
+        if (m_descriptor >= 0) {
+            close(m_descriptor);
+        }
+        m_descriptor = descriptor;
+    }
 
 private:
     int m_descriptor;
@@ -48,12 +56,118 @@ TimeStamp ToTimeStamp(const timespec& time) { return {time.tv_sec, static_cast<s
 
 std::string ReasonOf(int error) { return std::generic_category().message(error); }
 
+constexpr int kFirstOwn = 3; // descriptor behind those of standard input, output and error
+
+/// Whether one of the three standard descriptors may be closed, as in many daemons. What is opened then takes its
+/// place, and what some other code prints lands in it.
+constinit std::atomic<bool> g_aStandardOneMayBeClosed{true}; // nobody has looked yet
+
+/// As open. Does not wait for the reader of a pipe, though for whoever holds a lease on a file.
+int OpenPath(const char* path, int flags)
+{
+    constexpr mode_t kMode = 0666;
+    flags |= O_CLOEXEC | O_NOCTTY;
+    const int descriptor = Uninterrupted([=] { return open(path, flags | O_NONBLOCK, kMode); });
+    return descriptor < 0 && errno == EWOULDBLOCK ? Uninterrupted([=] { return open(path, flags, kMode); })
+                                                  : descriptor;
+}
+
+/// The same with a descriptor behind the three standard ones. Those that are closed are filled meanwhile, with
+/// something that can be neither read nor written.
+int Open(const char* path, int flags)
+{
+    constexpr auto kRelaxed = std::memory_order_relaxed;
+    if (!g_aStandardOneMayBeClosed.load(kRelaxed)) {
+        const int descriptor = OpenPath(path, flags);
+        if (descriptor < 0 || descriptor >= kFirstOwn) {
+            return descriptor;
+        }
+        close(descriptor);
+    }
+    std::array<Descriptor, kFirstOwn> fillers;
+    bool isClosed = false;
+    for (int standard = 0; standard < kFirstOwn; ++standard) {
+        if (fcntl(standard, F_GETFD) < 0) {
+            isClosed = true;
+            fillers[static_cast<std::size_t>(standard)].Reset(open("/", O_PATH | O_CLOEXEC));
+        }
+    }
+    g_aStandardOneMayBeClosed.store(isClosed, kRelaxed);
+    const int descriptor = OpenPath(path, flags);
+    if (descriptor < 0 || descriptor >= kFirstOwn) {
+        return descriptor;
+    }
+    const Descriptor standard(descriptor); // another thread has taken its filler away meanwhile
+    g_aStandardOneMayBeClosed.store(true, kRelaxed);
+    return fcntl(descriptor, F_DUPFD_CLOEXEC, kFirstOwn);
+}
+
+/// Opens the folder of a path that is longer than the system takes in one piece, piece by piece.
+int OpenLongPath(const char* path)
+{
+    Descriptor folder(open(*path == kSeparator ? "/" : ".", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    std::string rest(path + std::strspn(path, "/"));
+    while (!rest.empty() && folder.Get() >= 0) {
+        constexpr std::size_t kLongest = PATH_MAX - 1;
+        const std::size_t end = rest.size() <= kLongest ? rest.size() : rest.rfind(kSeparator, kLongest);
+        if (end == 0 || end == std::string::npos) {
+            return -1;
+        }
+        const std::string piece = rest.substr(0, end);
+        folder.Reset(openat(folder.Get(), piece.c_str(), O_PATH | O_CLOEXEC));
+        rest.erase(0, std::min(rest.find_first_not_of(kSeparator, end), rest.size()));
+    }
+    return fcntl(folder.Get(), F_DUPFD_CLOEXEC, kFirstOwn);
+}
+
+/// Lets writes wait that have not waited so far.
+bool LetWait(int descriptor)
+{
+    const int flags = fcntl(descriptor, F_GETFL);
+    return flags >= 0 && (flags & O_NONBLOCK) != 0 && fcntl(descriptor, F_SETFL, flags & ~O_NONBLOCK) == 0;
+}
+
+bool IsOnDisk(int descriptor)
+{
+    struct stat status {};
+    return fstat(descriptor, &status) != 0 || S_ISREG(status.st_mode);
+}
+
+/// Writes all pieces in one call, or in several when the reader of a pipe is slow. Gives how many bytes were written.
+std::size_t Write(int descriptor, iovec* pieces, int count, std::size_t size)
+{
+    for (std::size_t total = 0;;) {
+        const ssize_t written = Uninterrupted([=] {
+            return count == 1 ? write(descriptor, pieces->iov_base, pieces->iov_len)
+                              : writev(descriptor, pieces, count);
+        });
+        total += static_cast<std::size_t>(std::max<ssize_t>(written, 0));
+        if (total == size) {
+            return total;
+        }
+        if (written > 0 ? IsOnDisk(descriptor) : written == 0 || errno != EAGAIN || !LetWait(descriptor)) {
+            return total; // the disk is full
+        }
+        for (auto done = static_cast<std::size_t>(std::max<ssize_t>(written, 0)); done > 0;) {
+            const std::size_t step = std::min(done, pieces->iov_len);
+            pieces->iov_base = static_cast<char*>(pieces->iov_base) + step;
+            pieces->iov_len -= step;
+            done -= step;
+            if (pieces->iov_len == 0) {
+                ++pieces;
+                --count;
+            }
+        }
+    }
+}
+
 } // namespace
 
 const char* LastSeparator(const char* path) { return std::strrchr(path, kSeparator); }
 
 bool GetFileInfo(const char* path, FileInfo& info)
 {
+    const KeepErrno keep;
     struct stat status {};
     if (stat(path, &status) != 0) {
         return false;
@@ -66,13 +180,21 @@ bool GetFileInfo(const char* path, FileInfo& info)
     return true;
 }
 
-bool RemoveFile(const char* path) { return unlink(path) == 0; }
+bool RemoveFile(const char* path)
+{
+    const KeepErrno keep;
+    return unlink(path) == 0;
+}
 
 bool GetDiskSpace(const char* path, DiskSpace& space)
 {
+    const KeepErrno keep;
     struct statvfs status {};
     if (statvfs(path, &status) != 0) {
-        return false;
+        const Descriptor folder(errno == ENAMETOOLONG ? OpenLongPath(path) : -1);
+        if (folder.Get() < 0 || fstatvfs(folder.Get(), &status) != 0) {
+            return false;
+        }
     }
     const std::uint64_t blockSize = status.f_frsize;
     space.available = blockSize * status.f_bavail;
@@ -83,37 +205,56 @@ bool GetDiskSpace(const char* path, DiskSpace& space)
 
 std::intptr_t OpenForAppending(const char* path, Opening opening)
 {
-    const int flags = O_WRONLY | O_APPEND | O_CLOEXEC | O_NOCTTY | (opening == Opening::kCreateIfMissing ? O_CREAT : 0);
-    return Uninterrupted([&] { return open(path, flags, 0666); });
+    const KeepErrno keep;
+    return Open(path, O_WRONLY | O_APPEND | (opening == Opening::kCreateIfMissing ? O_CREAT : 0));
 }
 
-bool WriteLine(std::intptr_t file, const char* text, std::size_t length)
+LineResult WriteLine(std::intptr_t file, const char* text, std::size_t length, bool endsCutLine)
 {
+    const KeepErrno keep;
     const int descriptor = static_cast<int>(file);
+    const std::size_t ending = endsCutLine ? 1 : 0;
+    const std::size_t size = ending + length + 1;
     char line[512];
-    ssize_t written = 0;
-    if (length < sizeof(line)) { // most lines: putting the pieces together costs less here than in the kernel
-        std::memcpy(line, text, length);
-        line[length] = '\n';
-        written = Uninterrupted([&] { return write(descriptor, line, length + 1); });
-    } else {
+    std::size_t written = 0;
+    if (size <= sizeof(line)) { // most lines: putting the pieces together costs less here than in the kernel
         line[0] = '\n';
-        const iovec pieces[] = {{const_cast<char*>(text), length}, {line, 1}};
-        written = Uninterrupted([&] { return writev(descriptor, pieces, 2); });
+        std::memcpy(line + ending, text, length);
+        line[size - 1] = '\n';
+        iovec whole{line, size};
+        written = Write(descriptor, &whole, 1, size);
+    } else {
+        char lineEnding = '\n';
+        iovec pieces[] = {{&lineEnding, ending}, {const_cast<char*>(text), length}, {&lineEnding, 1}};
+        written = Write(descriptor, pieces, 3, size);
     }
-    return written == static_cast<ssize_t>(length + 1);
+    return ToLineResult(written, ending, size);
+}
+
+bool GetFileIdentity(std::intptr_t file, FileIdentity& identity, bool& isEmpty)
+{
+    const KeepErrno keep;
+    struct stat status {};
+    if (fstat(static_cast<int>(file), &status) != 0) {
+        return false;
+    }
+    identity = {status.st_dev, status.st_ino};
+    isEmpty = status.st_size == 0;
+    return true;
 }
 
 bool CloseFile(std::intptr_t file)
 {
+    const KeepErrno keep;
     // Not repeated after EINTR: Linux has given the descriptor back by then.
     return close(static_cast<int>(file)) == 0 || errno == EINTR;
 }
 
 Reading ReadFile(const char* path, std::size_t limit, std::string& content)
 {
+    const KeepErrno keep;
     // A pipe that nobody writes to is an empty file, and not to be waited for.
-    const Descriptor file(Uninterrupted([&] { return open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK); }));
+    const Descriptor file(Open(path, O_RDONLY));
     if (file.Get() < 0) {
         const int error = errno;
         if (error == ENOENT || error == ENOTDIR) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 #include <functional>
+#include <string_view>
 #include <vector>
 
 namespace hcbase::system {
@@ -63,7 +64,7 @@ bool GetFileInfo(const char* path, FileInfo& info)
 {
     // Opened, because asking by name tells of a link itself. The flag lets folders be opened.
     const Handle file(
-        CreateFileW(Wide(path).c_str(), 0, kShareAll, nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+        CreateFileW(WidePath(path).c_str(), 0, kShareAll, nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
     BY_HANDLE_FILE_INFORMATION status{};
     if (file.Get() == INVALID_HANDLE_VALUE || GetFileInformationByHandle(file.Get(), &status) == 0) {
         return false;
@@ -76,14 +77,14 @@ bool GetFileInfo(const char* path, FileInfo& info)
     return true;
 }
 
-bool RemoveFile(const char* path) { return DeleteFileW(Wide(path).c_str()) != 0; }
+bool RemoveFile(const char* path) { return DeleteFileW(WidePath(path).c_str()) != 0; }
 
 bool GetDiskSpace(const char* path, DiskSpace& space)
 {
     ULARGE_INTEGER available{};
     ULARGE_INTEGER total{};
     ULARGE_INTEGER free{};
-    if (GetDiskFreeSpaceExW(Wide(path).c_str(), &available, &total, &free) == 0) {
+    if (GetDiskFreeSpaceExW(WidePath(path).c_str(), &available, &total, &free) == 0) {
         return false;
     }
     space = {available.QuadPart, total.QuadPart, free.QuadPart};
@@ -93,19 +94,33 @@ bool GetDiskSpace(const char* path, DiskSpace& space)
 std::intptr_t OpenForAppending(const char* path, Opening opening)
 {
     // FILE_APPEND_DATA without FILE_WRITE_DATA: each write goes to the end of the file, as one step for all processes.
-    const HANDLE file = CreateFileW(Wide(path).c_str(), FILE_APPEND_DATA | SYNCHRONIZE, kShareAll, nullptr,
+    const HANDLE file = CreateFileW(WidePath(path).c_str(), FILE_APPEND_DATA | SYNCHRONIZE, kShareAll, nullptr,
         opening == Opening::kCreateIfMissing ? OPEN_ALWAYS : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     return file != INVALID_HANDLE_VALUE ? reinterpret_cast<std::intptr_t>(file) : kNoFile;
 }
 
-bool WriteLine(std::intptr_t file, const char* text, std::size_t length)
+LineResult WriteLine(std::intptr_t file, const char* text, std::size_t length, bool endsCutLine)
 {
+    const std::string_view lineEnding = "\r\n";
+    const std::size_t ending = endsCutLine ? lineEnding.size() : 0;
     std::string line;
-    line.reserve(length + 2);
-    line.append(text, length).append("\r\n");
+    line.reserve(ending + length + lineEnding.size());
+    line.append(lineEnding, 0, ending).append(text, length).append(lineEnding);
     DWORD written = 0;
-    return WriteFile(ToHandle(file), line.data(), static_cast<DWORD>(line.size()), &written, nullptr) != 0
-        && written == line.size();
+    WriteFile(ToHandle(file), line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
+    return ToLineResult(written, ending, line.size());
+}
+
+bool GetFileIdentity(std::intptr_t file, FileIdentity& identity, bool& isEmpty)
+{
+    BY_HANDLE_FILE_INFORMATION status{};
+    if (GetFileInformationByHandle(ToHandle(file), &status) == 0) {
+        return false;
+    }
+    identity = {
+        status.dwVolumeSerialNumber, (static_cast<std::uint64_t>(status.nFileIndexHigh) << 32) | status.nFileIndexLow};
+    isEmpty = status.nFileSizeHigh == 0 && status.nFileSizeLow == 0;
+    return true;
 }
 
 bool CloseFile(std::intptr_t file) { return CloseHandle(ToHandle(file)) != 0; }
@@ -113,7 +128,7 @@ bool CloseFile(std::intptr_t file) { return CloseHandle(ToHandle(file)) != 0; }
 Reading ReadFile(const char* path, std::size_t limit, std::string& content)
 {
     const Handle file(CreateFileW(
-        Wide(path).c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+        WidePath(path).c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (file.Get() == INVALID_HANDLE_VALUE) {
         const DWORD error = GetLastError();
         if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) {

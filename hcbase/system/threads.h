@@ -33,6 +33,7 @@ std::uint32_t ForkGeneration() noexcept;
 struct PerThread {
     std::uint64_t generator[4]; // state of the GUID generator
     std::uint32_t seededIn; // ForkGeneration of its seeding plus 1, 0 before the first
+    std::uint32_t id; // of the thread, where it is kept here; 0 until it is asked for
     ErrorHistory* errors; // owned; null until the thread records an error
 };
 
@@ -51,7 +52,6 @@ bool OtherThreadsAreGone() noexcept;
 
 #if defined(_WIN32)
 constexpr bool kHasFork = false;
-inline ThreadMark CurrentThreadMark() noexcept { return CurrentThreadId(); }
 inline bool IsSingleThreaded() noexcept { return false; }
 #else
 constexpr bool kHasFork = true;

@@ -3,6 +3,7 @@
 #include "hcbase/records.h"
 #include "hcbase/system/windows.h"
 
+#include <atomic>
 #include <new>
 #include <process.h>
 
@@ -11,25 +12,28 @@ extern "C" __declspec(dllimport) BOOLEAN NTAPI RtlDllShutdownInProgress();
 
 namespace hcbase::system {
 
+bool OtherThreadsAreGone() noexcept { return RtlDllShutdownInProgress() != 0; }
+
 namespace {
 
 // A slot of the system instead of thread_local: it can be given back at unload, which the compiler's own emulation of
 // thread_local cannot.
 constinit DWORD g_slot = FLS_OUT_OF_INDEXES;
 
+constinit std::atomic<std::uint32_t> g_lastId{0};
+
 /// Runs when a thread ends and, for every thread that has a record, when the slot is given back.
 void CALLBACK OnThreadExit(void* perThread)
 {
+    if (OtherThreadsAreGone()) {
+        return; // one may have been in the middle of an allocation: the memory goes with the process
+    }
     auto* const thread = static_cast<PerThread*>(perThread);
     ReleaseErrors(thread->errors);
     delete thread;
 }
 
 } // namespace
-
-std::uint32_t CurrentThreadId() noexcept { return GetCurrentThreadId(); }
-
-bool OtherThreadsAreGone() noexcept { return RtlDllShutdownInProgress() != 0; }
 
 std::uint32_t ForkGeneration() noexcept { return 0; }
 
@@ -62,6 +66,21 @@ void RemoveHooks() noexcept
         g_slot = FLS_OUT_OF_INDEXES;
     }
 }
+
+std::uint32_t CurrentThreadId() noexcept
+{
+    // The system gives the number of a thread that has ended to another one.
+    PerThread* const thread = CurrentPerThread();
+    if (thread == nullptr) { // no memory, or unloaded: its numbers are multiples of 4 and small
+        return GetCurrentThreadId() | 0x80000000U;
+    }
+    while (thread->id == 0) {
+        thread->id = (g_lastId.fetch_add(1, std::memory_order_relaxed) + 1) & 0x7FFFFFFFU;
+    }
+    return thread->id;
+}
+
+ThreadMark CurrentThreadMark() noexcept { return GetCurrentThreadId(); }
 
 bool StartThread(ThreadFunction function, void* argument, std::uintptr_t& handle) noexcept
 {

@@ -6,6 +6,16 @@
 
 namespace hcbase::system {
 
+/// Lets the processor rest for some ten nanoseconds, in a loop that waits for another thread.
+inline void PauseProcessor() noexcept
+{
+#if defined(__x86_64__)
+    __builtin_ia32_pause();
+#elif defined(__aarch64__)
+    asm volatile("isb"); // "yield" does nothing on most processors
+#endif
+}
+
 /// Sleeps while `word` holds `value`, until WakeOne. May return early, so the caller looks again.
 void WaitWhileEqual(std::atomic<std::uint32_t>& word, std::uint32_t value) noexcept;
 

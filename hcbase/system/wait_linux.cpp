@@ -1,6 +1,7 @@
 #include "hcbase/system/wait.h"
 
-#include <cerrno>
+#include "hcbase/system/keep_errno.h"
+
 #include <linux/futex.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -8,25 +9,6 @@
 namespace hcbase::system {
 
 static_assert(sizeof(std::atomic<std::uint32_t>) == sizeof(std::uint32_t), "the kernel looks at the plain word");
-
-namespace {
-
-/// A lock must not change errno under a caller that looks at it after unlocking.
-class KeepErrno {
-public:
-    KeepErrno()
-        : m_value(errno)
-    {
-    }
-    ~KeepErrno() { errno = m_value; }
-    KeepErrno(const KeepErrno&) = delete;
-    KeepErrno& operator=(const KeepErrno&) = delete;
-
-private:
-    int m_value;
-};
-
-} // namespace
 
 void WaitWhileEqual(std::atomic<std::uint32_t>& word, std::uint32_t value) noexcept
 {

@@ -25,4 +25,8 @@ std::wstring Wide(const char* text);
 
 std::string Utf8(const wchar_t* text);
 
+/// A path for the functions that open and delete files. One that is too long for their usual form gets the form that
+/// takes 32,767 characters.
+std::wstring WidePath(const char* path);
+
 } // namespace hcbase::system

@@ -5,6 +5,7 @@
 #include "hcbase/hcbase.h"
 #include "zrlib/zrlib.h"
 
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -86,7 +87,18 @@ int main()
     const auto runForEver = [](void (*step)()) {
         std::thread([step] {
             for (;;) {
+#if defined(_WIN32)
+                // One at a time: the C runtime frees memory when the process ends, and Wine's heap hangs there when a
+                // thread was ended while it waited for another.
+                static std::atomic<bool> isBusy;
+                while (isBusy.exchange(true)) {
+                    std::this_thread::yield();
+                }
                 step();
+                isBusy = false;
+#else
+                step();
+#endif
             }
         }).detach();
     };
@@ -109,7 +121,35 @@ int main()
         HCVersion version;
         HFVersionGet("ZRLIB", version);
         HFTextFind("ZRLib");
+        const ZRObservedObject named;
+        ZRMath::Divide(1, 0);
+        ZRGetOpSysName(12);
+        ZRGetObjectMirror(0x1001);
+        ZRGetRegisteredObjectName(0);
     });
+#if !defined(_WIN32)
+    runForEver([] { // of threads each of which makes a record and gives it back
+        static std::atomic<int> running;
+        pthread_attr_t detached; // from the start, or the process could end before it is
+        pthread_attr_init(&detached);
+        pthread_attr_setdetachstate(&detached, PTHREAD_CREATE_DETACHED);
+        pthread_t thread{};
+        running += pthread_create(
+                       &thread, &detached,
+                       [](void*) -> void* {
+                           HFErrorSet(-1, "a text that is long enough to need the heap", "late_client", 0);
+                           --running;
+                           return nullptr;
+                       },
+                       nullptr)
+                == 0
+            ? 1
+            : 0;
+        while (running > 4) {
+            std::this_thread::yield();
+        }
+    });
+#endif
     client.Keep(ZRGetObjectNameEx(0x1002, nullptr)); // asked for after the object was built, read when it goes
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     return 0;

@@ -74,18 +74,12 @@ int NumberOf(const void* lock)
     return number + 1;
 }
 
-const void* g_messageHandler;
-const void* g_profilerStateHandler;
 const void* g_objectName;
 
 void Release(void* memory)
 {
     if (memory != nullptr) {
-        if (memory == g_messageHandler) {
-            Tell("message handler deleted");
-        } else if (memory == g_profilerStateHandler) {
-            Tell("profiler state handler deleted");
-        } else if (memory == g_objectName) {
+        if (memory == g_objectName) {
             Tell("name of a registered object deleted");
         }
     }
@@ -162,8 +156,6 @@ int main()
 {
     std::puts("live");
     g_isLive = true;
-    g_messageHandler = ZRGetMessageHandler();
-    g_profilerStateHandler = ZRGetProfilerStateHandler();
     ZRRegisterLibrary(0x1000, "a library");
     ZRRegisterObject(static_cast<int>(0xA04F1001), "an object whose name is too long to lie inside its string");
     char known = 0;

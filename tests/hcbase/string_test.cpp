@@ -2,7 +2,11 @@
 #include "tests/support/allocations.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstring>
 #include <gtest/gtest.h>
+#include <set>
 #include <string>
 #include <utility>
 
@@ -93,6 +97,11 @@ TEST(String, FormatsAsPrintfDoes)
     check("a%s|-5|z|2.50|BEEF");
     string.Format("%08X %04X %.0f 100%%", 0xA04FU, 0x1U, 2.6);
     check("0000A04F 0001 3 100%");
+    string.Format(
+        "%X|%08X|%04X|%09X|%01X|%d|%u|%c|%s%%", 0U, 0xFFFFFFFFU, 0x12345U, 0xABU, 0U, INT_MIN, UINT_MAX, 'x', "");
+    check("0|FFFFFFFF|12345|0000000AB|0|-2147483648|4294967295|x|%");
+    string.Format("%5d|%-3s|%02d|%x|%ld|%s", 7, "a", 3, 0xABU, 5L, string.GetLength() > 0 ? "end" : "");
+    check("    7|a  |03|ab|5|end");
     string.Format("\xC3\xBC\t\x01%s", "\xE2\x82\xAC");
     check("\xC3\xBC\t\x01\xE2\x82\xAC");
     for (const int length : {511, 512, 513, 1'000'000}) { // around the end of the buffer on the stack
@@ -123,7 +132,37 @@ TEST(String, ComparesWithAndWithoutCase)
         EXPECT_EQ(sign(string.CompareNoCase(row.right)), row.comparedNoCase);
         EXPECT_EQ(string == row.right, row.compared == 0);
         EXPECT_EQ(row.right != string, row.compared != 0);
+        EXPECT_EQ(string < row.right, row.compared < 0);
+        EXPECT_EQ(row.right <= string, row.compared >= 0);
+        EXPECT_EQ(string > HCString(row.right), row.compared > 0);
     }
+    EXPECT_EQ((std::set<std::pair<HCString, int>>{{"key", 1}, {HCString("key"), 1}, {"other", 1}}).size(), 2U);
+}
+
+TEST(String, KeepsZeroBytesInCopies)
+{
+    for (const int length : {10, 100}) { // inside the object and on the heap
+        HCString string(Filled(length).c_str());
+        string.GetBuffer(0)[3] = '\0';
+        string.ReleaseBuffer(length);
+        HCString copy(string);
+        EXPECT_EQ(copy.GetLength(), length);
+        copy = "";
+        copy = string;
+        EXPECT_EQ(copy.GetLength(), length);
+        EXPECT_EQ(static_cast<const char*>(copy)[length - 1], 'x');
+        EXPECT_EQ(copy, "xxx");
+    }
+}
+
+TEST(String, LeavesTheCallersErrno)
+{
+    HCString string;
+    errno = ENOENT;
+    const char* format = "%m %s"; // not a constant, because "%m" is not of the standard
+    string.Format(format, Filled(1000).c_str());
+    EXPECT_EQ(string.Left(25), (std::string(std::strerror(ENOENT)) + " xxx").substr(0, 25).c_str());
+    EXPECT_EQ(errno, ENOENT);
 }
 
 TEST(String, LeftCutsTheStringItIsCalledOn)

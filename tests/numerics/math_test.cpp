@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <set>
+#include <utility>
 
 namespace {
 
@@ -282,6 +284,19 @@ TEST_F(Math, ClearsTheErrorInEveryFunction)
     EXPECT_EQ(ZRMath::GetLastError(), -65736) << "leaves it";
 }
 
+TEST_F(Math, KeepsAnErrorWhoseReportFails)
+{
+    test::RecordingObserver observer;
+    observer.then = [](ZRObservedObjectEvent&) {
+        EXPECT_EQ(ZRMath::GetLastError(), 0) << "it is kept after the report";
+        throw 1;
+    };
+    ZRGetMessageHandler()->AttachObserver(&observer, 1);
+    EXPECT_THROW(ZRMath::Sqrt(-1), int);
+    ZRGetMessageHandler()->DetachObserver(&observer, 1);
+    EXPECT_EQ(ZRMath::GetLastError(), ZR_ERROR_MATH_ROOT_OF_NEGATIVE);
+}
+
 TEST_F(Math, ComparesWithinItsTolerances)
 {
     const double roundoff = Constants::kRoundoff;
@@ -379,6 +394,19 @@ TEST_F(Math, DrawsRandomNumbers)
     EXPECT_LT(least, 0.01);
     EXPECT_GT(most, 0.99);
     EXPECT_LE(most, 1.0);
+    const double most64 = std::numeric_limits<double>::max();
+    const std::pair<double, double> wide[] = {
+        {-most64, most64}, {-kInfinity, 5}, {-5, kInfinity}, {-kInfinity, kInfinity}};
+    for (const auto& [low, high] : wide) {
+        std::set<double> results;
+        for (int count = 0; count < 100; ++count) {
+            const double inRange = ZRMath::RandLim(high, low, 0);
+            EXPECT_TRUE(inRange >= low && inRange <= high) << inRange;
+            results.insert(inRange);
+        }
+        EXPECT_GT(results.size(), 90U);
+    }
+    EXPECT_EQ(ZRMath::RandLim(kInfinity, kInfinity, 0), kInfinity);
     std::srand(1);
     EXPECT_EQ(ZRMath::RandLim(3.5, 3.5, 1), 3.5);
     EXPECT_EQ(ZRMath::RandLim(3, 3, 1), 3);

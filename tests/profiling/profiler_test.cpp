@@ -218,6 +218,7 @@ TEST_F(Profiler, NestsDeeplyAndOnManyThreads)
                 handler.Pop(&state);
                 guard.Lock("test", nullptr);
                 handler.Update(&state);
+                handler.Update(NULL);
                 {
                     const ZRProfiler timer(&state);
                 }

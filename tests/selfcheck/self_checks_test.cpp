@@ -224,5 +224,17 @@ TEST_F(SelfChecks, PrepareTestFiles)
         EXPECT_EQ(std::filesystem::exists(row.path), row.isLeft) << row.path;
         EXPECT_EQ(output, row.output);
     }
+#if !defined(_WIN32)
+    std::filesystem::create_symlink("nowhere", "link.txt");
+    HCString path;
+    ZRPrepareTestFile(path, "link", "txt", 1);
+    EXPECT_FALSE(std::filesystem::is_symlink("link.txt"));
+    for (int depth = 0; depth < 30; ++depth) { // deeper than a path may be long
+        const std::string folder(200, 'd');
+        std::filesystem::create_directory(folder);
+        std::filesystem::current_path(folder);
+    }
+    EXPECT_EQ(ZRCheckDiskSpace(1, 0), 1);
+#endif
     std::filesystem::current_path(before);
 }

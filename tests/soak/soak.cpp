@@ -12,15 +12,18 @@
 #include <filesystem>
 #include <fstream>
 #include <malloc.h>
+#include <memory>
 #include <string>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
 
 namespace {
 
-constexpr int kThreads = 8;
+constexpr int kThreads = 8; // each has a library of its own
 constexpr int kToFile = 256; // one round of so many sends an error to the log too
+constexpr int kToFork = 5000; // one round of so many of the first thread forks
 
 using Clock = std::chrono::steady_clock;
 
@@ -56,10 +59,45 @@ void Require(bool holds, Shared& shared, const char* what)
     }
 }
 
-/// Nothing of the library in it takes a lock of its own, so the thread holds the one of the process.
+/// Must not be called when it was detached.
+class Guest : public ZRObjectObserver {
+public:
+    ~Guest() override { m_isWelcome = false; }
+    void OnEvent(ZRObservedObjectEvent* /*event*/) override { s_strayCalls += m_isWelcome ? 0 : 1; }
+    static long StrayCalls() { return s_strayCalls; }
+
+private:
+    std::atomic<bool> m_isWelcome{true};
+    static inline std::atomic<long> s_strayCalls{0};
+};
+
+void VisitSubjects(long round)
+{
+    ZRObservedObject* const subjects[] = {ZRGetMessageHandler(), ZRGetProfilerStateHandler(), ZRGetLockTrailHandler()};
+    const auto guest = std::make_unique<Guest>(); // on the heap, so that a forked child finds it
+    const ZRAttachment progress(*guest);
+    const ZRAttachment attachment(*subjects[round % 3], *guest);
+    const ZRObservedObject copy(*subjects[round % 3]);
+}
+
+/// A child that uses the library once, beside the threads of its parent.
+[[maybe_unused]] void Fork(Shared& shared)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(60); // ends a child that hangs
+        ZRTrace("of a child", "soak", 1);
+        VisitSubjects(0);
+        ZRProgressStart("child");
+        _exit(ZRRegisterLibrary(0xF000, "of a child") != 0 ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    Require(status == 0, shared, "a child works");
+}
+
 void UseSharedState(Shared& shared, int thread)
 {
-    ZRGlobalThreadSync::Lock("soak");
     const int library = (thread + 1) << 12;
     const int object = static_cast<int>(0xA04F0000U) | library | 1;
     Require(ZRRegisterLibrary(library, "a library") != 0, shared, "a library can be registered");
@@ -75,8 +113,7 @@ void UseSharedState(Shared& shared, int thread)
     ZRProgressStart("soak");
     ZRProgressUpdate(thread, nullptr);
     ZRProgressEnd();
-    shared.place.Update(1e-6);
-    ZRGlobalThreadSync::Unlock("soak");
+    const ZRProfiler timer(&shared.place);
 }
 
 void UseAnywhere(Shared& shared)
@@ -114,6 +151,12 @@ void Work(Shared& shared, int thread)
         }
         UseSharedState(shared, thread);
         UseAnywhere(shared);
+        VisitSubjects(round);
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // whose own locks do not survive fork
+        if (thread == 0 && round % kToFork == 0) {
+            Fork(shared);
+        }
+#endif
         ++shared.rounds;
     }
 }
@@ -160,6 +203,7 @@ int main(int argc, char** argv)
     ZRSetAllFlags(0); // whatever the preferences say
     ZRSetErrorFlags(ZR_DEST_FILE);
     ZRProgressEnable(1);
+    ZRGetProfilerStateHandler()->SetEnabled(1);
     ZRGetMessageHandler()->AttachObserver(&counter, 1);
 
     const auto start = Clock::now();
@@ -193,6 +237,9 @@ int main(int argc, char** argv)
     Require(ZRKey::GetLastTicket() == rounds, shared, "each ticket is issued once");
     Require(shared.place.GetCalls() == rounds, shared, "no run of a place is lost");
     Require(ZRGetRegisteredObjectCount() == 0, shared, "the registry is empty");
+    Require(Guest::StrayCalls() == 0, shared, "nobody is called after its detachment");
+    Require(ZRGetMessageHandler()->GetObserverCount() + ZRGetProfilerStateHandler()->GetObserverCount() == 0, shared,
+        "nobody is left attached");
     Require(LinesOf(home + "/zr_messages.txt") == shared.errors, shared, "each line of the log is there and whole");
     std::filesystem::remove_all(home);
     std::printf(

@@ -4,7 +4,9 @@
 //   modes            the switches that are 1
 //   main             whether this is the main thread
 //   out=TEXT         sends a message; also warn=, error=, trace=
-//   flags=N          sets all flag words
+//   flags=N          sets all flag words; on=N turns messages on too
+//   home             the directory of the log
+//   user=N           becomes another user
 //   storm=N          sends N numbered messages from each of two threads
 //   endless          sends numbered messages and tells after each that it has returned
 
@@ -17,6 +19,9 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#if !defined(_WIN32)
+#include <unistd.h>
+#endif
 
 namespace {
 
@@ -110,6 +115,15 @@ bool Perform(std::string_view command, const char* argument)
         std::printf("main=%d worker=%d\n", ZRMode::IsMainThread(), ZRMode::IsWorkerThread());
     } else if (command == "flags") {
         ZRSetAllFlags(static_cast<short>(std::atoi(argument)));
+    } else if (command == "on") {
+        ZRSetMessagesEnabled(1);
+        ZRSetAllFlags(static_cast<short>(std::atoi(argument)));
+    } else if (command == "home") {
+        std::printf("home=%s\n", static_cast<const char*>(HFTranslateName("home")));
+#if !defined(_WIN32)
+    } else if (command == "user") {
+        return setuid(static_cast<uid_t>(std::atoi(argument))) == 0;
+#endif
     } else if (command == "storm") {
         Storm(std::atoi(argument));
     } else if (command == "endless") {

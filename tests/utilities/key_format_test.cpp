@@ -1,5 +1,6 @@
 #include "tests/messaging/message_fixture.h"
 #include "tests/observation/recording_observer.h"
+#include "tests/support/allocations.h"
 
 #include <barrier>
 #include <climits>
@@ -126,6 +127,11 @@ TEST(Format, ShortensByteCounts)
         {5, 2, 2, "Unknown format code"},
         {5, 0, 2, "Unknown format code"},
     };
+#if !defined(_WIN32) // where allocations inside a library cannot be counted
+    const long allocations = test::AllocationCount();
+    ZRFormat::KMGT(1'572'864, ZRFormat::BYTES, 2);
+    EXPECT_EQ(test::AllocationCount(), allocations);
+#endif
     for (const auto& row : rows) {
         const char* const unit = row.format == -2 ? "bytes" : nullptr;
         const char* const scaledUnit = row.format == -3 ? "B" : nullptr;

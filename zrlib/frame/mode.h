@@ -26,7 +26,8 @@ class ZRThreadSync;
 /// Threads: the static operations from any thread.
 class ZR_API ZRMode {
 public:
-    /// Reads the store and overwrites all sixteen switches.
+    /// Reads the store and overwrites all sixteen switches. A fault of the store is told on standard error
+    /// (hcbase/preference_system.h), and the switches concerned get their defaults, as all do without memory.
     ZRMode();
 
     /// Objects hold nothing, so copying does nothing.

@@ -1,7 +1,8 @@
 /// Numbers of the library's fixed texts and its error codes.
 ///
 /// The texts stand in one table that is registered with the foundation: HFTextGet(HFTextFind("ZRLib"), code, &text)
-/// gives the text of each number and of each error code.
+/// gives the text of each number and of each error code, while this library is loaded: a linker that drops libraries of
+/// which only constants are used (--as-needed) leaves it out.
 #pragma once
 
 #include <cstdint>

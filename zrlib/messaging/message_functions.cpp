@@ -1,7 +1,8 @@
 #include "zrlib/messaging/message_functions.h"
 
 #include "hcbase/error.h"
-#include "zrlib/frame/module.h"
+#include "zrlib/frame/module_lease.h"
+#include "zrlib/frame/report.h"
 #include "zrlib/messaging/message_handler.h"
 #include "zrlib/messaging/message_route.h"
 
@@ -16,9 +17,9 @@ bool IsLevel(short level)
     return static_cast<std::uint16_t>(level - kLowest) <= kHighest - kLowest;
 }
 
-void Send(short type, const HCString& text, const HCString* textEx, const ZRMessageRoute::Particulars& particulars)
+void Send(short type, const HCString& text, const HCString* textEx, const ZRMessageRoute::MessageFields& fields)
 {
-    ZRMessageRoute::Send(ZRGetMessageHandler(), type, text, textEx, particulars);
+    ZRMessageRoute::Send(ZRGetMessageHandler(), type, text, textEx, fields);
 }
 
 void SendAtLevel(short type, const HCString& text, const HCString* textEx, const char* location, short level)
@@ -29,7 +30,7 @@ void SendAtLevel(short type, const HCString& text, const HCString* textEx, const
 }
 
 /// Records an error with the foundation when it goes: after the message, and also when the message failed with an
-/// exception. Does nothing unless the module stands.
+/// exception. Does nothing when the module has gone.
 template <typename Text> class ErrorRecord {
 public:
     ErrorRecord(int code, const Text& text, const char* location, char chain)
@@ -41,7 +42,7 @@ public:
     }
     ~ErrorRecord()
     {
-        if (ZRModuleUse::ModuleSeemsToStand()) {
+        if (zr::ModuleSeemsAlive()) {
             HFErrorSet(m_code, m_text, m_location, m_chain);
         }
     }
@@ -65,8 +66,6 @@ void SendErrorAtLevel(const HCString& text, const HCString* textEx, const char* 
 }
 
 } // namespace
-
-ZRMessageHandler* ZRGetMessageHandler() { return ZRGetModule()->m_pMessageHandler; }
 
 void ZROut(const HCString& text, const char* location, short level)
 {
@@ -137,11 +136,19 @@ char ZRIsTraceEnabled() { return ZRMessageHandler::IsTraceEnabled(); }
 
 void ZRSetMessagesEnabled(char enabled)
 {
-    const ZRModuleUse module;
-    ZRMessageHandler* const handler = module.Stands() ? ZRGetMessageHandler() : nullptr;
-    if (handler != nullptr) {
-        handler->SetEnabled(enabled);
+    const zr::ModuleLease lease;
+    if (lease.IsAlive()) {
+        ZRGetMessageHandler()->SetEnabled(enabled);
     }
 }
 
-char ZRGetMessagesEnabled() { return ZRMessageRoute::GetEnabled(); }
+char ZRGetMessagesEnabled() { return ZRMessageHandler::GetSwitch(); }
+
+// What code below this folder reports.
+
+void zr::ReportOut(const HCString& text) { ZROut(text, nullptr, 1); }
+void zr::ReportWarn(const HCString& text) { ZRWarn(text, nullptr, 1); }
+void zr::ReportError(const HCString& text) { ZRError(text, nullptr, 1); }
+void zr::ReportTrace(const HCString& text) { ZRTrace(text, nullptr, 1); }
+void zr::ReportErrorSet(int code, const char* text, const char* location) { ZRErrorSet(code, text, location, 0, 1); }
+bool zr::ReportsAreOn() { return ZRMessageHandler::AreMessagesOn(); }

@@ -3,11 +3,10 @@
 
 #include "hcbase/string.h"
 #include "zrlib/export.h"
-
-class ZRMessageHandler;
+#include "zrlib/messaging/message_handler.h"
 
 /// The one message handler of the process. The library owns it and takes it away when it is unloaded or the process
-/// ends; the functions below look after that themselves. Null when there was no memory for it.
+/// ends; the functions below look after that themselves. Never null once the library is loaded.
 ZR_API ZRMessageHandler* ZRGetMessageHandler();
 
 extern "C" {
@@ -71,4 +70,27 @@ ZR_API char ZRIsTraceEnabled();
 /// The master switch: with 0 no message is sent anywhere.
 ZR_API void ZRSetMessagesEnabled(char enabled);
 ZR_API char ZRGetMessagesEnabled();
+}
+
+// The same for texts that are no string yet. While messages are off they cost next to nothing: no string is made.
+
+inline void ZROut(const char* text, const char* location, short level)
+{
+    if (ZRMessageHandler::AreMessagesOn()) {
+        ZROut(HCString(text), location, level);
+    }
+}
+
+inline void ZRWarn(const char* text, const char* location, short level)
+{
+    if (ZRMessageHandler::AreMessagesOn()) {
+        ZRWarn(HCString(text), location, level);
+    }
+}
+
+inline void ZRTrace(const char* text, const char* location, short level)
+{
+    if (ZRMessageHandler::AreMessagesOn()) {
+        ZRTrace(HCString(text), location, level);
+    }
 }

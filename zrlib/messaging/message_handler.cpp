@@ -4,19 +4,22 @@
 #include "hcbase/filename.h"
 #include "hcbase/text_io.h"
 #include "hcbase/thread.h"
-#include "zrlib/frame/module.h"
+#include "zrlib/frame/module_lease.h"
+#include "zrlib/frame/sync_guard.h"
+#include "zrlib/messaging/message_functions.h"
 #include "zrlib/messaging/message_route.h"
-#include "zrlib/messaging/msg.h"
+#include "zrlib/numerics/bit_mask.h"
+#include "zrlib/observation/handler_switch.h"
 #include "zrlib/observation/observed_object_event.h"
 #include "zrlib/platform/debugger_output.h"
-#include "zrlib/sync/sync_guard.h"
+#include "zrlib/records/msg.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <climits>
-#include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <exception>
+#include <string_view>
 
 namespace {
 
@@ -27,27 +30,37 @@ constexpr short kAllTypes = ZR_MSG_OUT | ZR_MSG_WARN | ZR_MSG_ERROR | ZR_MSG_TRA
 /// The destinations to which a line of text goes.
 constexpr short kLineDestinations = ZR_DEST_CONSOLE | ZR_DEST_DEBUGGER | ZR_DEST_FILE;
 
-/// False unless `weight` is a single bit, so that a combination of bits is never "set".
-bool IsBitSet(short word, short weight)
+/// Copied rather than formatted, which takes a tenth of the time. The text ends at its first zero byte, as on the
+/// console.
+HCString Joined(const char* prefix, const char* text, const char* ending)
 {
-    const auto bits = static_cast<std::uint16_t>(weight);
-    return (bits & (bits - 1)) == 0 && (word & weight) != 0;
-}
-
-/// Copied rather than formatted, which takes a tenth of the time.
-HCString Joined(const char* prefix, const HCString& text, const char* ending)
-{
-    HCString joined(prefix);
-    const auto start = static_cast<std::size_t>(joined.GetLength());
-    const auto textLength = static_cast<std::size_t>(text.GetLength());
-    const std::size_t endingLength = std::strlen(ending);
-    const auto length // INT_MAX: refused
-        = static_cast<int>(std::min<std::size_t>(start + textLength + endingLength, INT_MAX));
-    char* const buffer = joined.GetBuffer(length);
-    std::memcpy(buffer + start, text, textLength);
-    std::copy_n(ending, endingLength, buffer + start + textLength);
+    HCString joined;
+    const std::string_view pieces[] = {prefix, text, ending};
+    std::size_t size = 0;
+    for (const std::string_view piece : pieces) {
+        size += piece.size();
+    }
+    const auto length = static_cast<int>(std::min<std::size_t>(size, INT_MAX)); // INT_MAX: refused
+    char* end = joined.GetBuffer(length);
+    for (const std::string_view piece : pieces) {
+        end = std::copy(piece.begin(), piece.end(), end);
+    }
     joined.ReleaseBuffer(length);
     return joined;
+}
+
+/// Another process may move or create the file between the two attempts of a turn.
+bool OpenLog(HCTextIo& file)
+{
+    constexpr int kModeCreate = 3;
+    constexpr int kModeAppend = 5;
+    constexpr int kTurns = 3;
+    for (int turn = 0; turn < kTurns; ++turn) {
+        if (file.Open(kModeAppend) || file.Open(kModeCreate)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 void SetBits(std::atomic<short>& word, short bits, char on)
@@ -140,62 +153,91 @@ void ZRMessageHandler::TraceEx(const HCString& text, const HCString& textEx, con
     ZRMessageRoute::Send(this, ZR_MSG_TRACE, text, &textEx, {location, level});
 }
 
-char ZRMessageRoute::GetEnabled() { return ZRMessageHandler::m_bEnabled.load(kRelaxed); }
-
 void ZRMessageRoute::Send(
-    ZRMessageHandler* handler, short type, const HCString& text, const HCString* textEx, const Particulars& particulars)
+    ZRMessageHandler* handler, short type, const HCString& text, const HCString* textEx, const MessageFields& fields)
 {
-    if (GetEnabled() == 0) {
+    if (!ZRMessageHandler::AreMessagesOn() || handler == nullptr) {
         return; // before anything is copied, counted or locked: messages that nobody wants cost next to nothing
     }
-    const ZRModuleUse module;
-    if (!module.Stands() || handler == nullptr) {
+    // The handler of the process lies in static storage, so its observers can be counted in any case.
+    const bool isObserved = handler->IsObserved();
+    if (!isObserved && !ZRMessageHandler::HasLine(type)) {
         return;
     }
-    ZRMsg message(text, type, particulars.location, particulars.level);
+    const zr::ModuleLease lease;
+    if (!lease.IsAlive()) {
+        return;
+    }
+    if (!isObserved) {
+        handler->Pass(text, type, [] {});
+        return;
+    }
+    ZRObservedObjectEvent event(handler, text, type, fields.location, fields.level);
+    ZRMsg& message = event.m_Msg;
     if (textEx != nullptr) {
         message.m_csTextEx = *textEx;
     }
-    message.m_nCode = particulars.code;
-    message.m_bChainToPrevious = particulars.chainToPrevious;
-    handler->Route(message);
+    message.m_nCode = fields.code;
+    message.m_bChainToPrevious = fields.chainToPrevious;
+    message.m_nThreadID = HCThread::GetCurrentThreadId();
+    handler->Pass(text, type, [&] { event.BroadcastFrom(lease.GetSeat(), handler); });
 }
 
 void ZRMessageHandler::BroadcastMessage(ZRMsg& message)
 {
-    if (m_bEnabled.load(kRelaxed) == 0) {
+    if (!AreMessagesOn()) {
         return;
     }
-    const ZRModuleUse module;
-    if (module.Stands()) {
-        Route(message);
+    const zr::ModuleLease lease;
+    if (!lease.IsAlive()) {
+        return;
     }
+    const unsigned int thread = HCThread::GetCurrentThreadId();
+    if (!IsObserved()) {
+        Pass(message.m_csText, message.m_nType, [&] { message.m_nThreadID = thread; });
+        return;
+    }
+    ZRObservedObjectEvent event(this, message);
+    event.m_Msg.m_nThreadID = thread;
+    Pass(message.m_csText, message.m_nType, [&] {
+        message.m_nThreadID = thread;
+        event.BroadcastFrom(lease.GetSeat(), this);
+    });
 }
 
-void ZRMessageHandler::Route(ZRMsg& message)
+bool ZRMessageHandler::IsWanted(short type) noexcept
 {
-    const ZRSyncGuard guard(m_sync);
-    if (m_bEnabled.load(kRelaxed) == 0) {
-        return; // switched off while this thread waited for its turn
-    }
-    message.m_nThreadID = HCThread::GetCurrentThreadId();
-
-    const MessageType* const type = FindType(message.m_nType);
-    if (type != nullptr && (type->flags->load(kRelaxed) & kLineDestinations) != 0) {
-        Deliver(message.m_csText, *type);
-    }
-    if (IsObserved()) {
-        ZRObservedObjectEvent event(this, message);
-        event.Broadcast(this, 0);
-    }
+    // The handler lies in static storage, so its observers can be counted at any time.
+    return AreMessagesOn() && (HasLine(type) || ZRGetMessageHandler()->GetObserverCount() > 0);
 }
 
 /// Whether anybody may see an event: an observer, or AdjustEvent of a class that a client derived.
-bool ZRMessageHandler::IsObserved() const { return GetObserverCount() > 0 || this != ZRGetModule()->m_pMessageHandler; }
+bool ZRMessageHandler::IsObserved() const { return GetObserverCount() > 0 || this != ZRGetMessageHandler(); }
+
+/// Whether messages of a type go to a line of text.
+bool ZRMessageHandler::HasLine(short type)
+{
+    const MessageType* const row = FindType(type);
+    return row != nullptr && (row->flags->load(kRelaxed) & kLineDestinations) != 0;
+}
+
+/// The part of the way that one message takes at a time: the lines, and what is to be done `then`.
+template <typename Then> void ZRMessageHandler::Pass(const HCString& text, short type, Then then)
+{
+    const ZRSyncGuard guard(m_sync);
+    if (!AreMessagesOn()) {
+        return; // switched off while this thread waited for its turn
+    }
+    if (HasLine(type)) {
+        Deliver(text, *FindType(type));
+    }
+    then();
+}
 
 void ZRMessageHandler::Deliver(const HCString& text, const MessageType& type)
 {
-    const auto goesTo = [&type](short destination) { return IsBitSet(type.flags->load(kRelaxed), destination); };
+    const int callersErrno = errno; // who reports an error may look at it afterwards
+    const auto goesTo = [&type](short destination) { return (type.flags->load(kRelaxed) & destination) != 0; };
     if (goesTo(ZR_DEST_CONSOLE)) {
         std::printf("%s%s\n", type.prefix, static_cast<const char*>(text));
     }
@@ -212,17 +254,18 @@ void ZRMessageHandler::Deliver(const HCString& text, const MessageType& type)
         } catch (const std::exception&) {
         }
     }
+    errno = callersErrno;
 }
 
 char ZRMessageHandler::AppendToFile(const HCString& text)
 {
+    const HCString home = HFTranslateName("home");
+    if (home.GetLength() == 0) {
+        return 0; // rather than into whatever folder is the current one
+    }
     HCFileSystem fileSystem;
-    const HCString path = HFBuildFilename(HFTranslateName("home"), fileSystem.GetFileName(m_csFileName), "txt");
-    constexpr int kModeCreate = 3;
-    constexpr int kModeAppend = 5;
-    HCTextIo file(path);
-    HCFileStatus status;
-    if (!file.Open(HCFileSystem::GetFileStatus(path, status) ? kModeAppend : kModeCreate)) {
+    HCTextIo file(HFBuildFilename(home, fileSystem.GetFileName(m_csFileName), "txt"));
+    if (!OpenLog(file)) {
         return 0;
     }
     file.WriteString(text);
@@ -237,17 +280,7 @@ char ZRMessageHandler::GetEnabled() const { return m_bEnabled.load(kRelaxed); }
 
 void ZRMessageHandler::SetEnabled(char enabled)
 {
-    if (m_bEnabled.exchange(enabled, kRelaxed) == enabled) {
-        return;
-    }
-    const ZRModuleUse module;
-    if (!module.Stands()) {
-        return;
-    }
-    ZRObservedObjectEvent event(ZR_EVENT_MESSAGES_ENABLED);
-    event.SetSource(this);
-    event.SetState(enabled);
-    event.Broadcast(this, 0);
+    zr::StoreSwitch(*this, m_bEnabled, enabled, ZR_EVENT_MESSAGES_ENABLED);
 }
 
 void ZRMessageHandler::SetOutEnabled(char enabled) { SetBits(m_nEnabled, ZR_MSG_OUT, enabled); }
@@ -256,7 +289,11 @@ void ZRMessageHandler::SetErrorEnabled(char enabled) { SetBits(m_nEnabled, ZR_MS
 void ZRMessageHandler::SetTraceEnabled(char enabled) { SetBits(m_nEnabled, ZR_MSG_TRACE, enabled); }
 void ZRMessageHandler::SetAllEnabled(char enabled) { SetBits(m_nEnabled, kAllTypes, enabled); }
 
-char ZRMessageHandler::IsTypeEnabled(short type) { return IsBitSet(m_nEnabled.load(kRelaxed), type) ? 1 : 0; }
+char ZRMessageHandler::IsTypeEnabled(short type)
+{
+    return ZRShortMask::IsBitWeightSet(m_nEnabled.load(kRelaxed), type);
+}
+
 char ZRMessageHandler::IsOutEnabled() { return IsTypeEnabled(ZR_MSG_OUT); }
 char ZRMessageHandler::IsWarnEnabled() { return IsTypeEnabled(ZR_MSG_WARN); }
 char ZRMessageHandler::IsErrorEnabled() { return IsTypeEnabled(ZR_MSG_ERROR); }
@@ -300,7 +337,7 @@ void ZRMessageHandler::SetTraceFile(char on) { SetBits(m_nTraceFlags, ZR_DEST_FI
 char ZRMessageHandler::IsDestinationEnabled(short destination, short type)
 {
     const MessageType* const row = FindType(type);
-    return row != nullptr && IsBitSet(row->flags->load(kRelaxed), destination) ? 1 : 0;
+    return row != nullptr ? ZRShortMask::IsBitWeightSet(row->flags->load(kRelaxed), destination) : char{0};
 }
 
 char ZRMessageHandler::IsMsgViewEnabled(short type) { return IsDestinationEnabled(ZR_DEST_MSGVIEW, type); }

@@ -3,8 +3,8 @@
 
 #include "hcbase/string.h"
 #include "zrlib/export.h"
-#include "zrlib/messaging/message_types.h"
 #include "zrlib/observation/observed_object.h"
+#include "zrlib/records/message_types.h"
 #include "zrlib/sync/thread_sync.h"
 
 #include <atomic>
@@ -21,7 +21,12 @@ class ZRMsg;
 /// Each line is the word of the type and the text: "OUT - ", "WARNING - ", "ERROR - " or "TRACE - ". The console is not
 /// flushed. The log is the file zr_messages.txt in the directory of the logical name "home" (hcbase/filename.h); it is
 /// opened, written and closed for each message, grows without limit and is never truncated, and others may move or
-/// delete it at any time. A message that cannot be written to it is lost for the file only.
+/// delete it at any time. A message that cannot be written to it is lost for the file only: when its folder is missing,
+/// the disk is full, no home is known (which is told on standard error once), or it is a folder or a pipe without a
+/// reader. A pipe that is read slowly holds up every sender. Errors: std::bad_alloc when there is no memory for a
+/// message; when there is none for a line, the debugger or the file loses it.
+///
+/// A text goes out as it is, line breaks and escape codes included, up to its first zero byte. errno stays as it was.
 ///
 /// Observers (ZRGetMessageHandler()->AttachObserver) get every message that passes the master switch, as
 /// ZR_EVENT_MESSAGE, whatever the flag words and the level are, and changes of the master switch, as
@@ -29,10 +34,10 @@ class ZRMsg;
 ///
 /// There is one handler for the process (ZRGetMessageHandler), and all switches belong to the process.
 /// Truth values: anything but 0 is true; results are 0 or 1 unless told otherwise.
-/// Threads: any, for messages and switches. A lock is held while a message goes its way, its observers included, so
-/// messages do not mix and all destinations see them in one order. The switches take effect at the next test of them,
-/// which may be in the middle of another thread's message. What concerns observers, the name and copies is as for every
-/// subject (ZRObservedObject): nobody may send meanwhile.
+/// Threads: any, at any time. A lock is held while a message goes its way, its observers included, so messages do not
+/// mix and all destinations see them in one order. The switches take effect at the next test of them, which may be in
+/// the middle of another thread's message. Observers come and go as at every subject (ZRObservedObject), without that
+/// lock. Copying, assigning and destroying a handler of one's own is the client's to serialise.
 class ZR_API ZRMessageHandler : public ZRObservedObject {
 public:
     ZRMessageHandler();
@@ -62,6 +67,15 @@ public:
     /// lock.
     char GetEnabled() const;
     void SetEnabled(char enabled);
+
+    /// The same without a handler.
+    static char GetSwitch() noexcept { return m_bEnabled.load(std::memory_order_relaxed); }
+
+    /// Whether the master switch is on.
+    static bool AreMessagesOn() noexcept { return GetSwitch() != 0; }
+
+    /// Whether a message of a type, sent by the handler of the process, would reach anybody: a line or an observer.
+    static bool IsWanted(short type) noexcept;
 
     // The enabled bits.
     static void SetOutEnabled(char enabled);
@@ -137,10 +151,11 @@ private:
 
     struct MessageType;
 
-    static const MessageType* FindType(short type);
-    void Route(ZRMsg& message);
-    void Deliver(const HCString& text, const MessageType& type);
-    bool IsObserved() const;
+    HC_NOT_SHARED static const MessageType* FindType(short type);
+    HC_NOT_SHARED static bool HasLine(short type);
+    HC_NOT_SHARED bool IsObserved() const;
+    template <typename Then> void Pass(const HCString& text, short type, Then then);
+    HC_NOT_SHARED void Deliver(const HCString& text, const MessageType& type);
 
     ZRThreadSync m_sync; // taken as an HCThreadSync, so that no switch has any influence on it
 };

@@ -1,4 +1,4 @@
-/// The way into the message handler for code that cannot know whether the handler is still there. Not exported.
+/// The way of a message into its handler. Not exported.
 #pragma once
 
 #include "hcbase/string.h"
@@ -6,12 +6,12 @@
 class ZRMessageHandler;
 
 /// A thread or a static object may send while, or after, the library's own objects go. So every way in first asks the
-/// master switch, which belongs to the process, and then makes sure that the module stands and will not take its
-/// handler away meanwhile; only then is the handler touched.
+/// master switch, which belongs to the process, then whether anybody can receive the message, and then holds a lease;
+/// only then is the handler used.
 class ZRMessageRoute {
 public:
     /// What a message carries to observers beside its texts.
-    struct Particulars {
+    struct MessageFields {
         const char* location; // may be null
         short level;
         int code = 0;
@@ -20,8 +20,5 @@ public:
 
     /// Builds a message and sends it. textEx: may be null.
     static void Send(ZRMessageHandler* handler, short type, const HCString& text, const HCString* textEx,
-        const Particulars& particulars);
-
-    /// The master switch.
-    static char GetEnabled();
+        const MessageFields& fields);
 };

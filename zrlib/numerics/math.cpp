@@ -1,14 +1,16 @@
 #include "zrlib/numerics/math.h"
 
-#include "zrlib/frame/module.h"
+#include "zrlib/frame/report.h"
 #include "zrlib/frame/text_codes.h"
-#include "zrlib/messaging/message_functions.h"
+#include "zrlib/frame/texts.h"
 #include "zrlib/numerics/random.h"
-#include "zrlib/profiling/profiler.h"
+#include "zrlib/platform/tick_counter.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
+#include <limits>
 #include <utility>
 
 namespace {
@@ -31,13 +33,16 @@ public:
     }
     static char Truth(bool isTrue) { return Plain(isTrue ? char{1} : char{0}); }
 
-    /// Reports an error and keeps it. Gives 0.0.
+    /// Reports an error and then keeps it, also when an observer of the report throws. Gives 0.0.
     static double Fail(int code)
     {
-        constexpr int kLevel = 1;
+        struct KeepAfterwards {
+            int code;
+            ~KeepAfterwards() { m_nError.store(code, kRelaxed); }
+        };
+        const KeepAfterwards keep{code};
         const int number = ZR_TEXT_MATH_LOG_OF_ZERO + (ZR_ERROR_MATH_LOG_OF_ZERO - code);
-        ZRErrorSet(code, ZRGetModule()->FindText(number), "ZRMath", 0, kLevel);
-        m_nError.store(code, kRelaxed);
+        zr::ReportErrorSet(code, zr::FindText(number), "ZRMath");
         return 0.0;
     }
 
@@ -320,9 +325,9 @@ double ZRMath::Rand() { return Checked::Plain(RandomFraction()); }
 void ZRMath::RandSeed()
 {
     if (!g_isSeeded.exchange(true, kRelaxed)) {
-        g_lastSeeding.store(ZRProfiler::GetTicks(), kRelaxed);
+        g_lastSeeding.store(zr::ReadTicks(), kRelaxed);
     }
-    const std::int64_t now = ZRProfiler::GetTicks();
+    const std::int64_t now = zr::ReadTicks();
     std::srand(static_cast<unsigned int>(now - g_lastSeeding.exchange(now, kRelaxed)));
 }
 
@@ -332,8 +337,7 @@ double ZRMath::RandLim(double lo, double hi, char reseed)
     if (lo > hi) {
         std::swap(lo, hi);
     }
-    const double span = hi - lo;
-    if (span == 0.0) {
+    if (lo == hi) {
         return lo;
     }
     if (reseed != 0) {
@@ -341,6 +345,13 @@ double ZRMath::RandLim(double lo, double hi, char reseed)
     }
     const double scaled = RandomFraction();
     const double unscaled = RandomFraction();
+    const double span = hi - lo;
+    if (std::isinf(span)) {
+        constexpr double kLargest = std::numeric_limits<double>::max();
+        const double low = std::max(lo, -kLargest);
+        const double high = std::min(hi, kLargest);
+        return Clipped(lo, low * (1 - scaled) + high * scaled + unscaled, hi);
+    }
     return Clipped(lo, scaled * span + lo + unscaled, hi);
 }
 

@@ -38,7 +38,9 @@ public:
     /// The argument has no effect.
     ZRMath(char) {}
 
-    // The last error: one of the codes above, or 0.
+    // The last error: one of the codes above, or 0. There is one for the process, so while other threads call functions
+    // of this class the answer may be about theirs, and an error of this thread's own may be wiped out before it is
+    // asked for. The record of the thread itself (HFErrorGet) is exact.
 
     static int GetLastError();
     static char NoError();
@@ -76,8 +78,10 @@ public:
     /// Makes *p 0.0 when ParmZero holds for it. p must not be null.
     static void SetToZero(double* p);
 
+    /// Degrees to radians and back.
     static double Radians(double degrees);
     static double Degrees(double radians);
+
     static double Multiply(double a, double b);
     static double Fabs(double x);
     static double Ceil(double x);
@@ -110,7 +114,8 @@ public:
     /// infinities count as 0.
     static double Fdiv(double a, double b);
 
-    // Trigonometry. Tan and Cot are guarded.
+    // Trigonometry. Tan and Cot are guarded. Angles, arguments and results, are in radians when mode is not 0,
+    // otherwise in degrees.
 
     static double Sin(double x, char mode);
     static double Cos(double x, char mode);
@@ -131,7 +136,9 @@ public:
 
     // Tics of a scale. A number that is on a tic stays, and all do when the step is 0 to ParmZero. To others a whole
     // step is added, or taken away, and the result brought to the tic below it, or, when x is negative, to the tic
-    // above it. So on the way towards 0 that leads one tic too far: TicBelow(7, 5) is 0.
+    // above it. So on the way towards 0 that leads one tic too far: TicBelow(7, 5) is 0. With a negative step
+    // TicAbove leads down and TicBelow up, and it is away from 0 that they lead one tic too far: TicAbove(7, -5) is 5,
+    // TicBelow(7, -5) is 15.
 
     static double TicAbove(double x, double step);
     static double TicBelow(double x, double step);
@@ -142,14 +149,17 @@ public:
     /// 0.0 to 1.0, both included.
     static double Rand();
 
-    /// Seeds rand with the number of clock ticks since the last time.
+    /// Seeds rand with the number of clock ticks since the last time. The first time that are only the few between two
+    /// readings of the clock, so that many runs of a program start with one of few series.
     static void RandSeed();
 
-    /// A number from lo to hi, in either order; hi is likelier than others. reseed: not 0 to call RandSeed first. When
-    /// both are equal that is the result, and nothing is drawn or seeded.
+    /// A number from lo to hi, in either order; hi is likelier than others. An infinite end counts as the largest
+    /// double unless both are the same; NaN gives NaN. reseed: not 0 to call RandSeed first. When both are equal that
+    /// is the result, and nothing is drawn or seeded.
     static double RandLim(double lo, double hi, char reseed);
 
-    /// An integer from lo to hi, in either order; hi itself is one draw in 32,768.
+    /// An integer from lo to hi, in either order; hi itself is one draw in 32,768. There are at most 32,768 different
+    /// results, however far apart lo and hi are.
     static int RandLim(int lo, int hi, char reseed);
 
     // Clipping. With NaN no comparison holds.

@@ -1,6 +1,6 @@
 #include "zrlib/observation/object_observer.h"
 
-#include "zrlib/observation/default_name.h"
+#include "zrlib/observation/names.h"
 
 ZRObjectObserver::ZRObjectObserver()
     : m_pSubject(nullptr)
@@ -14,8 +14,8 @@ ZRObjectObserver& ZRObjectObserver::operator=(const ZRObjectObserver& other) = d
 
 ZRObjectObserver::~ZRObjectObserver() = default;
 
-void ZRObjectObserver::SetName(const HCString& name) { m_csName = name; }
+void ZRObjectObserver::SetName(const HCString& name) { zr::WriteText(m_csName, name); }
 
-HCString ZRObjectObserver::GetName() const { return m_csName; }
+HCString ZRObjectObserver::GetName() const { return zr::ReadText(m_csName); }
 
 void ZRObjectObserver::OnEvent(ZRObservedObjectEvent* /*event*/) {}

@@ -4,22 +4,30 @@
 #include "hcbase/string.h"
 #include "hcbase/thread_sync.h"
 #include "zrlib/export.h"
+#include "zrlib/frame/relaxed.h"
 
 class ZRObservedObject;
 class ZRObservedObjectEvent;
 
+namespace zr {
+class ObserverList;
+struct ObserverEntry;
+} // namespace zr
+
 /// Clients derive from this class, override OnEvent and attach an object of theirs to subjects
-/// (ZRObservedObject::AttachObserver, ZRAttachObserver). It must be detached before it is destroyed, and so must the
-/// subject outlive the attachment: neither destructor does that.
+/// (ZRObservedObject::AttachObserver, ZRAttachObserver, or for the length of a scope ZRAttachment). It must be detached
+/// before it is destroyed, and so must the subject outlive the attachment: neither destructor does that. A class that
+/// attaches itself in its constructor detaches itself in its own destructor, before its members go.
 ///
-/// Threads: an observer handles one event at a time, whichever threads and subjects send; the rest is the client's to
-/// serialise.
+/// Threads: an observer handles one event at a time, whichever threads and subjects send. Name and subject may be asked
+/// for and set by any thread; copying and assigning are the client's to serialise.
 class ZR_API ZRObjectObserver {
 public:
     /// Named "Untitled", attached to nothing.
     ZRObjectObserver();
 
-    /// The copy is attached nowhere, though GetZRSubject says what it says for `other`, and shares its lock.
+    /// The copy is attached nowhere, though GetZRSubject says what it says for `other`, and shares its lock. Assign to
+    /// an observer only while it is attached nowhere: an attachment keeps the lock that the observer had.
     ZRObjectObserver(const ZRObjectObserver& other);
     ZRObjectObserver& operator=(const ZRObjectObserver& other);
     virtual ~ZRObjectObserver();
@@ -33,10 +41,15 @@ public:
     /// send events and messages; one that answers a message with a message is called again before it has returned. It
     /// must not destroy itself or assign to itself.
     ///
-    /// The locks are taken in one order: that of the handler that sends, then the observer's. So an observer of
-    /// messages that observes something else too must not send messages from here, which would take them in the other
-    /// order: two threads could wait for each other for ever. An exception that it throws passes through to the sender,
-    /// no lock stays held, and the observers behind it do not get the event; where the event is sent by a destructor,
+    /// The locks are taken in one order: that of the handler that sends, then the observer's. Three ways to break it,
+    /// so that two threads wait for each other for ever:
+    /// - an observer of messages that observes something else too, and sends messages from here;
+    /// - an observer of messages that ends a timer with a state here, beside an observer of the profiler that sends
+    ///   messages;
+    /// - an observer that takes a lock here under which other threads send.
+    ///
+    /// An exception that it throws passes through to the sender, no lock stays held, and the observers behind it do not
+    /// get the event; where the event is sent by a destructor,
     /// as those of progress, of the threading switch and of timers are, it ends the process.
     virtual void OnEvent(ZRObservedObjectEvent* event);
 
@@ -51,10 +64,10 @@ protected:
     char Unlock() { return m_sync.unlock(); }
 
 private:
-    friend class ZRObservedObject; // writes the subject
-    friend class ZRObservedObjectEvent; // holds the lock
+    friend class zr::ObserverList; // writes the subject
+    friend struct zr::ObserverEntry; // shares the lock, which is held while an event is handled
 
-    ZRObservedObject* m_pSubject; // not owned
+    zr::Relaxed<ZRObservedObject*> m_pSubject; // not owned
     HCString m_csName;
     HCThreadSync m_sync;
 };

@@ -1,7 +1,9 @@
 #include "zrlib/observation/observed_object.h"
 
-#include "zrlib/messaging/message_functions.h"
-#include "zrlib/observation/default_name.h"
+#include "zrlib/frame/module_lease.h"
+#include "zrlib/frame/report.h"
+#include "zrlib/observation/global_subject.h"
+#include "zrlib/observation/names.h"
 #include "zrlib/observation/object_observer.h"
 
 namespace {
@@ -11,24 +13,45 @@ char RefuseNull(const ZRObservedObject& subject, const char* location)
 {
     HCString text;
     text.Format("Null observer pointer passed to [%s]", static_cast<const char*>(subject.GetName()));
-    ZRErrorSet(0, text, location, 0, 1);
+    zr::ReportErrorSet(0, text, location);
     return 0;
+}
+
+/// Whether a subject is there: one of the library's own may have gone at the end of the process. To be asked within a
+/// lease.
+bool IsThere(const zr::ModuleLease& lease, const ZRObservedObject& subject)
+{
+    return lease.IsAlive() || !zr::IsOfProcess(subject);
 }
 
 } // namespace
 
-ZRObservedObject::ZRObservedObject() { Initialise(); }
+ZRObservedObject::ZRObservedObject()
+    : m_csName(zr::DefaultName())
+{
+}
 
-ZRObservedObject::ZRObservedObject(const ZRObservedObject& other) = default;
+ZRObservedObject::ZRObservedObject(const ZRObservedObject& other)
+    : m_Observers(other.m_Observers)
+    , m_csName(zr::ReadText(other.m_csName))
+{
+}
 
-ZRObservedObject& ZRObservedObject::operator=(const ZRObservedObject& other) = default;
+ZRObservedObject& ZRObservedObject::operator=(const ZRObservedObject& other)
+{
+    if (this != &other) {
+        m_Observers = other.m_Observers;
+        zr::WriteText(m_csName, zr::ReadText(other.m_csName));
+    }
+    return *this;
+}
 
 ZRObservedObject::~ZRObservedObject() = default;
 
 void ZRObservedObject::Initialise()
 {
-    m_Observers.SetSize(0, 1);
-    m_csName = zr::DefaultName();
+    m_Observers.Clear();
+    ZRObservedObject::SetName(zr::DefaultName());
 }
 
 char ZRObservedObject::AttachObserver(ZRObjectObserver* observer, char /*flag*/)
@@ -36,12 +59,8 @@ char ZRObservedObject::AttachObserver(ZRObjectObserver* observer, char /*flag*/)
     if (observer == nullptr) {
         return RefuseNull(*this, "ZRObservedObject::AttachObserver");
     }
-    if (m_Observers.Find(observer) >= 0) {
-        return 1;
-    }
-    m_Observers.Append(observer);
-    observer->SetZRSubject(this);
-    return 0;
+    const zr::ModuleLease lease(zr::Runs::kOwnCodeOnly);
+    return IsThere(lease, *this) && !m_Observers.Append(*observer, *this) ? 1 : 0;
 }
 
 char ZRObservedObject::DetachObserver(ZRObjectObserver* observer, char /*flag*/)
@@ -49,10 +68,10 @@ char ZRObservedObject::DetachObserver(ZRObjectObserver* observer, char /*flag*/)
     if (observer == nullptr) {
         return RefuseNull(*this, "ZRObservedObject::DetachObserver");
     }
-    const int index = m_Observers.Find(observer);
-    if (index >= 0) {
-        m_Observers.RemoveAt(index);
-        observer->SetZRSubject(nullptr);
+    const zr::ModuleLease lease(zr::Runs::kOwnCodeOnly);
+    if (IsThere(lease, *this)) {
+        m_Observers.Remove(*observer);
+        m_Observers.AwaitCalls(*observer);
     }
     return 1;
 }
@@ -63,16 +82,33 @@ char ZRObservedObject::IsAttached(ZRObjectObserver* observer) const
     if (observer == nullptr) {
         HCString text;
         text.Format("%s - null observer pointer passed to %s", location, static_cast<const char*>(GetName()));
-        ZRErrorSet(0, text, location, 0, 1);
+        zr::ReportErrorSet(0, text, location);
         return 0;
     }
-    return m_Observers.Find(observer) >= 0 ? 1 : 0;
+    const zr::ModuleLease lease(zr::Runs::kOwnCodeOnly);
+    return IsThere(lease, *this) && m_Observers.Contains(observer) ? 1 : 0;
+}
+
+ZRObjectObserver* ZRObservedObject::GetObserver(int index) const
+{
+    const zr::ModuleLease lease(zr::Runs::kOwnCodeOnly);
+    return IsThere(lease, *this) ? m_Observers.At(index) : nullptr;
 }
 
 void ZRObservedObject::Update(int /*value*/) {}
 
 char ZRObservedObject::AdjustEvent(ZRObservedObjectEvent* /*event*/) { return 1; }
 
-void ZRObservedObject::SetName(const HCString& name) { m_csName = name; }
+void ZRObservedObject::SetName(const HCString& name)
+{
+    const zr::ModuleLease lease(zr::Runs::kOwnCodeOnly);
+    if (IsThere(lease, *this)) {
+        zr::WriteText(m_csName, name);
+    }
+}
 
-HCString ZRObservedObject::GetName() const { return m_csName; }
+HCString ZRObservedObject::GetName() const
+{
+    const zr::ModuleLease lease(zr::Runs::kOwnCodeOnly);
+    return IsThere(lease, *this) ? zr::ReadText(m_csName) : HCString();
+}

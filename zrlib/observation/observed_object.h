@@ -3,7 +3,7 @@
 
 #include "hcbase/string.h"
 #include "zrlib/export.h"
-#include "zrlib/utilities/array.h"
+#include "zrlib/observation/observer_list.h"
 
 class ZRObjectObserver;
 class ZRObservedObjectEvent;
@@ -13,8 +13,11 @@ class ZRObservedObjectEvent;
 ///
 /// A null observer is reported with ZRErrorSet, with code 0, and gives 0. Truth values are 1 and 0.
 ///
-/// Threads: no lock. Nobody may attach or detach while another thread sends from the subject or changes it; an observer
-/// may, on the sender's own thread, while it handles an event.
+/// Threads: any, at any time, also while others send from the subject. An observer that another thread attaches or
+/// detaches during a broadcast may or may not get that event; what the sending thread changes itself, from OnEvent, is
+/// told at ZRObservedObjectEvent::Broadcast. Assigning a subject and destroying it wait for the broadcasts of others
+/// that are under way, as DetachObserver does; nobody may begin one on a subject that is being destroyed. A
+/// derived class whose AdjustEvent uses its own members sees to it that no broadcast is under way when they go.
 class ZR_API ZRObservedObject {
 public:
     /// Named "Untitled", without observers.
@@ -30,6 +33,12 @@ public:
     virtual char AttachObserver(ZRObjectObserver* observer, char flag);
 
     /// Removes an observer, if it is there. Gives 1. The flag has no effect.
+    ///
+    /// When it returns, no OnEvent of this observer for an event of this subject runs or will start on any thread, so
+    /// the observer may be destroyed. For that it waits for at most the one OnEvent that is running, and never for the
+    /// queue of a handler. So do not hold a lock that OnEvent takes, nor the observer's own (ZRObjectObserver::Lock),
+    /// while detaching. A call from within OnEvent, of whatever observer, does not wait, because two observers that
+    /// detach each other would wait for ever: then a call that runs already goes on, and no other starts.
     virtual char DetachObserver(ZRObjectObserver* observer, char flag);
 
     /// For derived classes; does nothing, and the library never calls it.
@@ -42,10 +51,10 @@ public:
     virtual void SetName(const HCString& name);
     virtual HCString GetName() const;
 
-    int GetObserverCount() const { return m_Observers.GetSize(); }
+    int GetObserverCount() const { return m_Observers.GetCount(); }
 
     /// The observer at an index from 0; null when there is none.
-    ZRObjectObserver* GetObserver(int index) const { return m_Observers.GetAt(index); }
+    ZRObjectObserver* GetObserver(int index) const;
 
     char IsAttached(ZRObjectObserver* observer) const;
 
@@ -54,6 +63,8 @@ protected:
     void Initialise();
 
 private:
-    ZRArray<ZRObjectObserver*> m_Observers;
+    friend class ZRObservedObjectEvent; // calls the observers
+
+    zr::ObserverList m_Observers;
     HCString m_csName;
 };

@@ -1,13 +1,10 @@
 #include "zrlib/observation/observed_object_event.h"
 
-#include "hcbase/thread.h"
-#include "zrlib/messaging/message_functions.h"
+#include "zrlib/frame/module_lease.h"
+#include "zrlib/frame/report.h"
 #include "zrlib/observation/object_observer.h"
 #include "zrlib/observation/observed_object.h"
-#include "zrlib/sync/sync_guard.h"
-
-#include <array>
-#include <atomic>
+#include "zrlib/observation/observer_call.h"
 
 namespace {
 
@@ -17,57 +14,21 @@ void Report(const char* format, const char* name = "")
 {
     HCString text;
     text.Format(format, kLocation, name); // a format may leave the name out
-    ZRError(text, nullptr, 1);
+    zr::ReportError(text);
 }
 
-/// Tells whether a report of a lock that failed is under way on this thread, and says so itself for as long as it
-/// lives.
-///
-/// The report is a message, and goes to the observers of messages. If it is one of them whose lock fails, sending the
-/// report fails like the message before it, and would be reported again without end. A flag in storage of each thread
-/// would do, but there is none that a library can be unloaded from in safety on every system.
-class LockReport {
-public:
-    LockReport()
-    {
-        const unsigned int thread = HCThread::GetCurrentThreadId();
-        for (const auto& other : s_threads) {
-            if (other.load(std::memory_order_relaxed) == thread) {
-                return;
-            }
-        }
-        for (auto& free : s_threads) {
-            unsigned int nobody = 0;
-            if (free.compare_exchange_strong(nobody, thread, std::memory_order_relaxed)) {
-                m_place = &free;
-                return;
-            }
-        }
-    }
-    ~LockReport()
-    {
-        if (m_place != nullptr) {
-            m_place->store(0, std::memory_order_relaxed);
-        }
-    }
-    LockReport(const LockReport&) = delete;
-    LockReport& operator=(const LockReport&) = delete;
-
-    /// False when one is under way already, or on as many other threads as are kept.
-    bool IsFirst() const { return m_place != nullptr; }
-
-private:
-    static std::array<std::atomic<unsigned int>, 64> s_threads; // IDs of the threads that report; 0 is free
-
-    std::atomic<unsigned int>* m_place = nullptr;
-};
-
-constinit std::array<std::atomic<unsigned int>, 64> LockReport::s_threads{};
+// A report of a lock that failed is a message, and goes to the observers of messages. If it is one of them whose lock
+// fails, sending the report fails like the message before it, and would be reported again without end.
+constinit thread_local bool t_reportsLockFailure = false;
 
 [[gnu::noinline]] void ReportLockFailure()
 {
-    const LockReport report;
-    if (report.IsFirst()) {
+    if (!t_reportsLockFailure) {
+        struct Reporting {
+            Reporting() { t_reportsLockFailure = true; }
+            ~Reporting() { t_reportsLockFailure = false; }
+        };
+        const Reporting reporting;
         Report("%s - lock failed");
     }
 }
@@ -91,31 +52,26 @@ ZRObservedObjectEvent::ZRObservedObjectEvent(std::int32_t code, ZRObservedObject
 ZRObservedObjectEvent::ZRObservedObjectEvent(ZRObservedObject* source, const ZRMsg& message)
     : m_nCode(ZR_EVENT_MESSAGE)
     , m_pSource(source)
-    , m_csText(message.m_csText)
-    , m_csTextEx(message.m_csTextEx)
     , m_Msg(message)
     , m_bAutoBroadcast(0)
+    , m_bTextOfMsg(1)
+{
+}
+
+ZRObservedObjectEvent::ZRObservedObjectEvent(
+    ZRObservedObject* source, const HCString& text, short type, const char* location, short level)
+    : m_nCode(ZR_EVENT_MESSAGE)
+    , m_pSource(source)
+    , m_Msg(text, type, location, level)
+    , m_bAutoBroadcast(0)
+    , m_bTextOfMsg(1)
 {
 }
 
 ZRObservedObjectEvent::ZRObservedObjectEvent(const ZRObservedObjectEvent& other)
-    : m_nCode(other.m_nCode)
-    , m_pSource(nullptr)
-    , m_csName(other.m_csName)
-    , m_csCaption(other.m_csCaption)
-    , m_nCount(other.m_nCount)
-    , m_csText(other.m_csText)
-    , m_csTextEx(other.m_csTextEx)
-    , m_nType(other.m_nType)
-    , m_bState(other.m_bState)
-    , m_Msg(other.m_Msg)
-    , m_nMin(other.m_nMin)
-    , m_nMax(other.m_nMax)
-    , m_pPtr(other.m_pPtr)
-    , m_LockTrail(other.m_LockTrail)
-    , m_ProfilerState(other.m_ProfilerState)
-    , m_bAutoBroadcast(0)
+    : ZRObservedObjectEvent(other.m_nCode)
 {
+    *this = other;
 }
 
 ZRObservedObjectEvent& ZRObservedObjectEvent::operator=(const ZRObservedObjectEvent& other)
@@ -126,15 +82,16 @@ ZRObservedObjectEvent& ZRObservedObjectEvent::operator=(const ZRObservedObjectEv
         m_csName = other.m_csName;
         m_csCaption = other.m_csCaption;
         m_nCount = other.m_nCount;
-        m_csText = other.m_csText;
-        m_csTextEx = other.m_csTextEx;
+        m_csText = other.GetText();
+        m_csTextEx = other.GetTextEx();
+        m_bTextOfMsg = 0;
         m_nType = other.m_nType;
         m_bState = other.m_bState;
         m_Msg = other.m_Msg;
         m_nMin = other.m_nMin;
         m_nMax = other.m_nMax;
         m_pPtr = other.m_pPtr;
-        m_LockTrail = other.m_LockTrail;
+        m_LockTrail = other.GetLockTrail();
         m_ProfilerState = other.m_ProfilerState;
         m_bAutoBroadcast = 0;
     }
@@ -150,11 +107,20 @@ ZRObservedObjectEvent::~ZRObservedObjectEvent()
 
 int ZRObservedObjectEvent::Broadcast(ZRObservedObject* source, char /*flag*/)
 {
+    const zr::ModuleLease lease; // for its seat
+    return BroadcastFrom(lease.GetSeat(), source);
+}
+
+/// The seat is the calling thread's and not used by another broadcast.
+int ZRObservedObjectEvent::BroadcastFrom(zr::Seat& seat, ZRObservedObject* source)
+{
     constexpr int kNotStarted = -1;
     if (source == nullptr) {
         Report("%s - broadcast source not specified");
         return kNotStarted;
     }
+    using Outcome = zr::ObserverCall::Outcome;
+    zr::ObserverCall call(seat, source->m_Observers);
     if (source->AdjustEvent(this) == 0) {
         Report("%s - broadcast halted by %s", source->GetName());
         return kNotStarted;
@@ -162,15 +128,9 @@ int ZRObservedObjectEvent::Broadcast(ZRObservedObject* source, char /*flag*/)
     int handled = 0;
     const int count = source->GetObserverCount();
     for (int index = 0; index < count; ++index) {
-        ZRObjectObserver* const observer = source->GetObserver(index); // null when others have been detached
-        if (observer == nullptr) {
-            continue;
-        }
-        const ZRSyncGuard guard(observer->m_sync);
-        if (guard.IsHeld()) {
-            observer->OnEvent(this);
-            ++handled;
-        } else {
+        const Outcome outcome = call.Do(index, [this](ZRObjectObserver& observer) { observer.OnEvent(this); });
+        handled += outcome == Outcome::kHandled ? 1 : 0;
+        if (outcome == Outcome::kLockFailed) {
             ReportLockFailure();
         }
     }

@@ -3,14 +3,19 @@
 
 #include "hcbase/string.h"
 #include "zrlib/export.h"
-#include "zrlib/messaging/msg.h"
 #include "zrlib/observation/event_codes.h"
-#include "zrlib/profiling/profiler_state.h"
-#include "zrlib/sync/lock_trail.h"
+#include "zrlib/records/lock_trail.h"
+#include "zrlib/records/msg.h"
+#include "zrlib/records/profiler_state.h"
 
 #include <cstdint>
+#include <optional>
 
 class ZRObservedObject;
+
+namespace zr {
+struct Seat;
+}
 
 /// A code that says what has happened (event_codes.h) and fields with the details, most of which keep their defaults in
 /// any one event. Nothing that it points at is owned.
@@ -44,7 +49,8 @@ public:
     /// it. Both are reported with ZRError, and so is an observer that cannot be locked and is passed over.
     ///
     /// Observers may attach and detach others meanwhile, themselves included: one that is attached gets the next event;
-    /// behind one that is detached, and has had its turn, the next one is passed over.
+    /// if one that was called already is detached, the one behind it is passed over. The same holds for what other
+    /// threads change.
     int Broadcast(ZRObservedObject* source, char flag);
 
     /// What has happened.
@@ -55,10 +61,20 @@ public:
     ZRObservedObject* GetSource() const { return m_pSource; }
     void SetSource(ZRObservedObject* source) { m_pSource = source; }
 
-    HCString GetText() const { return m_csText; }
-    void SetText(const HCString& text) { m_csText = text; }
-    HCString GetTextEx() const { return m_csTextEx; }
-    void SetTextEx(const HCString& textEx) { m_csTextEx = textEx; }
+    // Texts and records are references to the event's own, valid until it is changed or goes.
+
+    const HCString& GetText() const { return m_bTextOfMsg != 0 ? m_Msg.GetText() : m_csText; }
+    void SetText(const HCString& text)
+    {
+        TakeTextsOfMsg();
+        m_csText = text;
+    }
+    const HCString& GetTextEx() const { return m_bTextOfMsg != 0 ? m_Msg.GetTextEx() : m_csTextEx; }
+    void SetTextEx(const HCString& textEx)
+    {
+        TakeTextsOfMsg();
+        m_csTextEx = textEx;
+    }
 
     /// Percent, for the events of progress.
     std::int32_t GetCount() const { return m_nCount; }
@@ -74,18 +90,25 @@ public:
     std::int32_t GetMax() const { return m_nMax; }
     void SetMax(std::int32_t max) { m_nMax = max; }
 
-    ZRMsg GetMsg() const { return m_Msg; }
-    void SetMsg(const ZRMsg& message) { m_Msg = message; }
-    ZRLockTrail GetLockTrail() const { return m_LockTrail; }
+    const ZRMsg& GetMsg() const { return m_Msg; }
+    void SetMsg(const ZRMsg& message)
+    {
+        TakeTextsOfMsg();
+        m_Msg = message;
+    }
+    const ZRLockTrail& GetLockTrail() const { return m_LockTrail ? *m_LockTrail : m_LockTrail.emplace(); }
     void SetLockTrail(const ZRLockTrail& trail) { m_LockTrail = trail; }
-    ZRProfilerState GetProfilerState() const { return m_ProfilerState; }
+    const ZRProfilerState& GetProfilerState() const
+    {
+        return m_ProfilerState ? *m_ProfilerState : m_ProfilerState.emplace();
+    }
     void SetProfilerState(const ZRProfilerState& state) { m_ProfilerState = state; }
 
     // For clients; no event of the library fills them.
 
-    HCString GetName() const { return m_csName; }
+    const HCString& GetName() const { return m_csName; }
     void SetName(const HCString& name) { m_csName = name; }
-    HCString GetCaption() const { return m_csCaption; }
+    const HCString& GetCaption() const { return m_csCaption; }
     void SetCaption(const HCString& caption) { m_csCaption = caption; }
     std::int32_t GetType() const { return m_nType; }
     void SetType(std::int32_t type) { m_nType = type; }
@@ -93,9 +116,23 @@ public:
     void SetPtr(void* pointer) { m_pPtr = pointer; }
 
 private:
-    friend class ZRMessageHandler; // builds the events of messages in one step
+    friend class ZRMessageHandler; // sends the events of messages, built in one step
+    friend class ZRMessageRoute; // builds them
 
+    /// The event of a message, whose texts are not copied into the event's own before somebody changes one of the two.
     ZRObservedObjectEvent(ZRObservedObject* source, const ZRMsg& message);
+    ZRObservedObjectEvent(
+        ZRObservedObject* source, const HCString& text, short type, const char* location, short level);
+
+    void TakeTextsOfMsg()
+    {
+        if (m_bTextOfMsg != 0) {
+            m_csText = m_Msg.GetText();
+            m_csTextEx = m_Msg.GetTextEx();
+            m_bTextOfMsg = 0;
+        }
+    }
+    int BroadcastFrom(zr::Seat& seat, ZRObservedObject* source);
 
     std::int32_t m_nCode;
     ZRObservedObject* m_pSource;
@@ -110,7 +147,8 @@ private:
     std::int32_t m_nMin = 0;
     std::int32_t m_nMax = 0;
     void* m_pPtr = nullptr;
-    ZRLockTrail m_LockTrail{ZRLockTrail::IdentityWhenAsked()};
-    ZRProfilerState m_ProfilerState;
+    mutable std::optional<ZRLockTrail> m_LockTrail; // made when it is asked for, as mostly nobody does
+    mutable std::optional<ZRProfilerState> m_ProfilerState; // likewise
     char m_bAutoBroadcast; // the destructor sends
+    char m_bTextOfMsg = 0; // text and extended text are those of the message
 };

@@ -12,7 +12,7 @@ extern "C" {
 // (observed_object.h), which tell the results; mind that attaching gives 0 when all is well. Once the library's own
 // objects have gone, at the end of the process, they do nothing and give 0.
 //
-// Threads: nobody may attach or detach while another thread reports progress.
+// Threads: any, at any time.
 
 ZR_API char ZRAttachObserver(ZRObjectObserver* observer);
 ZR_API char ZRDetachObserver(ZRObjectObserver* observer);

@@ -1,7 +1,9 @@
 #include "zrlib/observation/progress.h"
 
-#include "zrlib/frame/module.h"
+#include "zrlib/frame/module_lease.h"
+#include "zrlib/frame/short_lock_guard.h"
 #include "zrlib/observation/global_subject.h"
+#include "zrlib/observation/names.h"
 #include "zrlib/observation/observed_object.h"
 #include "zrlib/observation/observed_object_event.h"
 #include "zrlib/observation/progress_texts.h"
@@ -23,74 +25,75 @@ bool IsEnabled() { return g_bProgressEnabled.load(kRelaxed) != 0; }
 
 bool IsRunning() { return IsEnabled() && g_bProgressStarted.load(kRelaxed) != 0; }
 
+/// Prepares an event and changes the state with it, one command at a time, and sends it outside the lock. Does nothing
+/// unless `isAllowed()`. The event gets its source last, so that it is not sent half filled if memory runs out.
+template <typename Change> void Command(std::int32_t code, bool (*isAllowed)(), Change change)
+{
+    const zr::ModuleLease lease;
+    if (!lease.IsAlive() || !isAllowed()) {
+        return;
+    }
+    ZRObservedObjectEvent event(code, nullptr);
+    {
+        const zr::ShortLockGuard guard(zr::g_dataLock);
+        if (!isAllowed()) {
+            return;
+        }
+        change(event);
+    }
+    event.SetSource(&g_GlobalSubject);
+}
+
 } // namespace
 
 void ZRProgressEnable(char enable) { g_bProgressEnabled.store(enable, kRelaxed); }
 
-// Each event is sent when its scope ends. It gets its source last, so that it is not sent half filled if memory runs
-// out.
-
 void ZRProgressStart(const HCString& title)
 {
-    const ZRModuleUse module;
-    if (module.Stands() && IsEnabled()) {
-        ZRObservedObjectEvent event(ZR_EVENT_PROGRESS_START, nullptr);
+    Command(ZR_EVENT_PROGRESS_START, IsEnabled, [&title](ZRObservedObjectEvent& event) {
         event.SetText(title);
         g_csProgressTitle = title;
         g_bProgressStarted.store(1, kRelaxed);
-        event.SetSource(&g_GlobalSubject);
-    }
+    });
 }
 
 void ZRProgressSetRange(int min, int max)
 {
-    const ZRModuleUse module;
-    if (module.Stands() && IsRunning()) {
-        ZRObservedObjectEvent event(ZR_EVENT_PROGRESS_RANGE, nullptr);
+    Command(ZR_EVENT_PROGRESS_RANGE, IsRunning, [=](ZRObservedObjectEvent& event) {
         event.SetMin(min);
         event.SetMax(max);
         g_nProgressMin.store(min, kRelaxed);
         g_nProgressMax.store(max, kRelaxed);
-        event.SetSource(&g_GlobalSubject);
-    }
+    });
 }
 
 void ZRProgressSetTextVisible(char visible)
 {
-    const ZRModuleUse module;
-    if (module.Stands() && IsRunning()) {
-        ZRObservedObjectEvent event(ZR_EVENT_PROGRESS_TEXT_VISIBLE, nullptr);
+    Command(ZR_EVENT_PROGRESS_TEXT_VISIBLE, IsRunning, [=](ZRObservedObjectEvent& event) {
         event.SetState(visible);
         g_bProgressTextVisible.store(visible, kRelaxed);
-        event.SetSource(&g_GlobalSubject);
-    }
+    });
 }
 
 void ZRProgressUpdate(int percent, HCString* text)
 {
-    const ZRModuleUse module;
-    if (module.Stands() && IsRunning()) {
-        ZRObservedObjectEvent event(ZR_EVENT_PROGRESS_UPDATE, nullptr);
+    Command(ZR_EVENT_PROGRESS_UPDATE, IsRunning, [=](ZRObservedObjectEvent& event) {
         event.SetCount(percent);
         g_nProgressPercent.store(percent, kRelaxed);
         if (text != nullptr) {
             event.SetText(*text);
             g_csProgressUpdateText = *text;
         }
-        event.SetSource(&g_GlobalSubject);
-    }
+    });
 }
 
 void ZRProgressEnd()
 {
-    const ZRModuleUse module;
-    if (module.Stands() && IsRunning()) {
+    Command(ZR_EVENT_PROGRESS_END, IsRunning, [](ZRObservedObjectEvent& event) {
         constexpr int kAll = 100;
-        ZRObservedObjectEvent event(ZR_EVENT_PROGRESS_END, nullptr);
         event.SetCount(kAll);
         g_bProgressStarted.store(0, kRelaxed);
-        event.SetSource(&g_GlobalSubject);
-    }
+    });
 }
 
 char ZRProgressEnabled() { return g_bProgressEnabled.load(kRelaxed); }
@@ -103,14 +106,16 @@ int ZRProgressGetPercent() { return g_nProgressPercent.load(kRelaxed); }
 
 char ZRProgressGetTextVisible() { return g_bProgressTextVisible.load(kRelaxed); }
 
+// The texts lie in storage that stays; when they have gone they are not asked.
+
 HCString ZRProgressGetTitle()
 {
-    const ZRModuleUse module;
-    return module.Stands() ? g_csProgressTitle : HCString();
+    const zr::ModuleLease lease;
+    return lease.IsAlive() ? zr::ReadText(g_csProgressTitle) : HCString();
 }
 
 HCString ZRProgressGetUpdateText()
 {
-    const ZRModuleUse module;
-    return module.Stands() ? g_csProgressUpdateText : HCString();
+    const zr::ModuleLease lease;
+    return lease.IsAlive() ? zr::ReadText(g_csProgressUpdateText) : HCString();
 }

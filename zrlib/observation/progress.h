@@ -10,8 +10,8 @@
 //
 // Once the library's own objects have gone, at the end of the process, commands do nothing and the texts are empty.
 //
-// Threads: observers run on the thread that calls the command. There is no lock: whoever reports from several threads
-// orders the calls. The numbers may be asked for on any thread; the texts while nobody sets them.
+// Threads: any, at any time. Observers run on the thread that calls the command, without a lock of the progress state,
+// so the events of two threads' commands come in any order.
 
 /// Title of the latest run.
 ZR_API HCString ZRProgressGetTitle();

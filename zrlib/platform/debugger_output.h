@@ -4,7 +4,7 @@
 namespace zr {
 
 /// Writes the text as it stands to the debugger's output: on Windows what a debugger attached to the process shows, on
-/// Linux standard error. Any thread.
+/// Linux standard error. The text is UTF-8. Throws std::bad_alloc. Any thread.
 void WriteToDebugger(const char* text);
 
 } // namespace zr

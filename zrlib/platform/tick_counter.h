@@ -32,4 +32,9 @@ inline std::int64_t ReadTicks() noexcept
 
 #endif
 
+inline double SecondsSince(std::int64_t start) noexcept
+{
+    return static_cast<double>(ReadTicks() - start) / static_cast<double>(TickFrequency());
+}
+
 } // namespace zr

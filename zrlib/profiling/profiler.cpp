@@ -1,10 +1,11 @@
 #include "zrlib/profiling/profiler.h"
 
-#include "zrlib/frame/module.h"
-#include "zrlib/messaging/message_functions.h"
+#include "hcbase/thread.h"
+#include "zrlib/frame/module_lease.h"
+#include "zrlib/frame/report.h"
 #include "zrlib/platform/tick_counter.h"
-#include "zrlib/profiling/profiler_state.h"
 #include "zrlib/profiling/profiler_state_handler.h"
+#include "zrlib/records/profiler_state.h"
 #include "zrlib/utilities/fixed_text.h"
 
 namespace {
@@ -14,6 +15,55 @@ constexpr auto kRelaxed = std::memory_order_relaxed;
 } // namespace
 
 constinit std::atomic<char> ZRProfiler::m_bEnabled{1};
+
+/// What timers do with a state or a text. Apart from constructor and destructor, so that these stay short where the
+/// handler is off.
+struct ZRProfiler::Steps {
+    [[gnu::noinline]] static void PushState(const ZRProfiler& timer)
+    {
+        const zr::ModuleLease lease(zr::Runs::kOwnCodeOnly);
+        if (lease.IsAlive() && timer.m_pState != nullptr) {
+            timer.m_pHandler->m_stack.Push(timer.m_pState, HCThread::GetCurrentThreadId());
+        }
+    }
+
+    [[gnu::noinline]] static void FeedState(const ZRProfiler& timer, double elapsed)
+    {
+        const bool isObserved = timer.m_pHandler->GetObserverCount() > 0; // it lies in static storage
+        const zr::ModuleLease lease(isObserved ? zr::Runs::kClientCode : zr::Runs::kOwnCodeOnly);
+        const unsigned int thread = HCThread::GetCurrentThreadId();
+        if (lease.IsAlive()) {
+            timer.m_pHandler->m_stack.End(*timer.m_pState, thread, elapsed);
+        } else {
+            timer.m_pState->Update(elapsed);
+        }
+        if (lease.IsAlive() && isObserved) {
+            timer.m_pHandler->Update(timer.m_pState);
+        }
+    }
+
+    [[gnu::noinline]] static void Report(const ZRProfiler& timer, double elapsed)
+    {
+        double measured = elapsed;
+        if (timer.m_pAccumulator != nullptr) {
+            *timer.m_pAccumulator += elapsed;
+            measured = *timer.m_pAccumulator;
+        }
+        const bool isBelow = timer.m_bThreshold != 0 && timer.m_dThreshold > measured;
+        if (timer.m_bPrint == 0 || isBelow) {
+            return;
+        }
+        constexpr int kDecimals = 6;
+        HCString text;
+        text.Format("%s : %ssecs", static_cast<const char*>(timer.m_csLocation),
+            static_cast<const char*>(zr::FixedText(elapsed, kDecimals)));
+        if (timer.m_pAccumulator != nullptr) {
+            text.Format("%s - total %s", static_cast<const char*>(text),
+                static_cast<const char*>(zr::FixedText(measured, kDecimals)));
+        }
+        zr::ReportTrace(text);
+    }
+};
 
 ZRProfiler::ZRProfiler() { Initialise(); }
 
@@ -39,9 +89,9 @@ ZRProfiler::ZRProfiler(ZRProfilerState* state)
     : m_pState(state)
 {
     Initialise();
-    m_pHandler = ZRGetModule()->m_pProfilerStateHandler;
+    m_pHandler = ZRGetProfilerStateHandler();
     if (ZRProfilerStateHandler::m_bEnabled.load(kRelaxed) != 0) {
-        PushState();
+        Steps::PushState(*this);
     }
 }
 
@@ -59,60 +109,12 @@ ZRProfiler::~ZRProfiler()
     }
     const double elapsed = GetElapsed();
     if (m_pState == nullptr) {
-        Report(elapsed);
+        Steps::Report(*this, elapsed);
     } else if (m_pHandler != nullptr && ZRProfilerStateHandler::m_bEnabled.load(kRelaxed) == 0) {
         m_pState->Update(elapsed); // all that is left to do when the handler does nothing
     } else if (m_pHandler != nullptr) {
-        FeedState(elapsed);
+        Steps::FeedState(*this, elapsed);
     }
-}
-
-// Apart from their callers, so that these stay short where the handler is off.
-
-[[gnu::noinline]] void ZRProfiler::PushState()
-{
-    const ZRModuleUse module;
-    if (module.Stands() && m_pHandler != nullptr) {
-        m_pHandler->Push(m_pState);
-    }
-}
-
-[[gnu::noinline]] void ZRProfiler::FeedState(double elapsed)
-{
-    const ZRModuleUse module;
-    if (!module.Stands()) {
-        m_pState->Update(elapsed);
-        return;
-    }
-    m_pHandler->Pop(m_pState);
-    ZRProfilerState* parent = nullptr;
-    if (m_pHandler->PeekTop(parent) != 0) {
-        parent->RemoveDependantTime(elapsed);
-    }
-    m_pState->Update(elapsed);
-    m_pHandler->Update(m_pState);
-}
-
-void ZRProfiler::Report(double elapsed)
-{
-    double measured = elapsed;
-    if (m_pAccumulator != nullptr) {
-        *m_pAccumulator += elapsed;
-        measured = *m_pAccumulator;
-    }
-    const bool isBelow = m_bThreshold != 0 && m_dThreshold > measured;
-    if (m_bPrint == 0 || isBelow) {
-        return;
-    }
-    constexpr int kDecimals = 6;
-    HCString text;
-    text.Format("%s : %ssecs", static_cast<const char*>(m_csLocation),
-        static_cast<const char*>(zr::FixedText(elapsed, kDecimals)));
-    if (m_pAccumulator != nullptr) {
-        text.Format("%s - total %s", static_cast<const char*>(text),
-            static_cast<const char*>(zr::FixedText(measured, kDecimals)));
-    }
-    ZRTrace(text, nullptr, 1);
 }
 
 double ZRProfiler::GetElapsed() const

@@ -21,10 +21,10 @@ class ZRProfilerStateHandler;
 ///
 /// An exception from an observer, or for want of memory, when a timer goes ends the process.
 ///
-/// Threads: a timer belongs to the thread that runs its scope. What it points at, an accumulator or a state, is the
-/// caller's to guard when threads share it, and must live longer than the timer. A copy is a timer of its own with the
+/// Threads: a timer belongs to the thread that runs its scope. A state may be shared by threads; an accumulator that is
+/// shared is the caller's to guard. Both must live longer than the timer. A copy is a timer of its own with the
 /// start of the first; but it is not on the stack, so one that feeds a state takes another timer's entry away when it
-/// goes.
+/// goes. Nor does assignment touch the stack: a timer that fed a state before leaves that state there.
 class ZR_API ZRProfiler {
 public:
     /// A stopwatch: reports nothing.
@@ -68,10 +68,9 @@ protected:
     static std::atomic<char> m_bEnabled;
 
 private:
+    struct Steps;
+
     void Initialise();
-    void PushState();
-    void FeedState(double elapsed);
-    void Report(double elapsed);
 
     std::int64_t m_nFrequency = 0; // ticks in a second
     std::int64_t m_nStart = 0; // ticks

@@ -3,32 +3,37 @@
 
 #include "zrlib/export.h"
 #include "zrlib/observation/observed_object.h"
-#include "zrlib/profiling/profiler_state.h"
+#include "zrlib/profiling/timer_stack.h"
+#include "zrlib/records/profiler_state.h"
 #include "zrlib/sync/thread_sync.h"
-#include "zrlib/utilities/stack.h"
 
 #include <atomic>
+#include <cstddef>
+#include <type_traits>
 
 class ZRProfilerStateHandler;
 
 /// The one profiler state handler of the process. The library owns it and takes it away when it is unloaded or the
-/// process ends. Null when there was no memory for it.
+/// process ends. Never null once the library is loaded.
 ZR_API ZRProfilerStateHandler* ZRGetProfilerStateHandler();
 
 /// A stack of the states whose timers run, by which a timer that ends finds its parent, and the subject of
 /// ZR_EVENT_PROFILER_STATE, which carries a copy of the state, and ZR_EVENT_PROFILER_ENABLED.
 ///
 /// It is off at first. While it is off, the stack is left alone and no state is sent; timers feed their states all the
-/// same, but no parent is charged. It must not be switched while timers run: one that ends while it is off stays on the
-/// stack, and its state must then outlive the handler's next use. The states are never owned.
+/// same, but no parent is charged. It must not be switched while timers run: one that ends while it is off, or while
+/// timers are (ZRProfiler::SetEnabled), stays on the stack for good, and its state must then outlive the handler's use.
+/// The states are never owned.
 ///
-/// There is one stack for all threads. Timers of several threads that overlap take each other for parents, and remove
-/// each other's entries; which state is charged then is a matter of chance.
+/// There is one stack for all threads, and Push, Pop and PeekTop act on its top, whoever has put it there. A timer
+/// itself takes the topmost entry of its own thread off and charges the one of its thread that is then topmost, so
+/// timers of several threads do not meet. In a child of fork the entries of threads that did not come along are gone.
 ///
-/// Truth values are 1 and 0 unless told otherwise. Threads: any. While the handler is on, a lock is held during Push,
-/// Pop, PeekTop and Update, so while states are sent no other timer of the process can end: an observer must not wait
-/// for one. What concerns observers, the name and copies is as for every subject. Once the library's own objects have
-/// gone, at the end of the process, the operations do nothing and give 0.
+/// Truth values are 1 and 0 unless told otherwise. Threads: any, at any time. While a state is sent a lock is held,
+/// which Push, Pop, PeekTop and Update take too, and every timer that ends and has something to send: an observer must
+/// not wait for one. Observers come and go as at every subject, without that lock. Copying, assigning and destroying a
+/// handler of one's own is the client's to serialise. Once the library's own objects have gone, at the end of the
+/// process, the operations do nothing and give 0.
 class ZR_API ZRProfilerStateHandler : public ZRObservedObject {
 public:
     ZRProfilerStateHandler();
@@ -58,6 +63,17 @@ public:
     /// Sends a copy of a state to the observers. Nothing happens when the handler is off, and for null.
     void Update(ZRProfilerState* state);
 
+    /// Lets Update(NULL) compile, since NULL is a number to the compiler that is neither an int nor a pointer.
+    template <typename Number, typename = std::enable_if_t<std::is_same_v<Number, decltype(NULL)>>>
+    void Update(Number number)
+    {
+        if (number == 0) {
+            Update(static_cast<ZRProfilerState*>(nullptr));
+        } else {
+            static_cast<ZRObservedObject*>(this)->Update(static_cast<int>(number));
+        }
+    }
+
 protected:
     /// Sends a state.
     void Broadcast(ZRProfilerState& state);
@@ -69,11 +85,9 @@ protected:
     static std::atomic<char> m_bEnabled;
 
 private:
-    class Turn;
-    friend class ZRProfiler; // asks for the switch when the handler may have gone
+    class LockedWhileEnabled;
+    friend class ZRProfiler; // its steps on the stack are for its own thread
 
-    bool IsObserved() const;
-
-    ZRStack<ZRProfilerState*> m_stack;
+    zr::TimerStack m_stack;
     ZRThreadSync m_sync;
 };

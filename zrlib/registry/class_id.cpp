@@ -3,6 +3,7 @@
 #include "zrlib/registry/object_entry.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -47,8 +48,10 @@ int CodeOf(const char* id)
     if (id == nullptr || std::memchr(id, '\0', kPlace) != nullptr) {
         return 0;
     }
+    const int callersErrno = errno;
     // A long has 64 bits on some systems; every system shall read the same number.
     const long long number = std::strtol(id + kPlace, nullptr, kHexadecimal);
+    errno = callersErrno;
     return static_cast<int>(std::clamp<long long>(number, INT32_MIN, INT32_MAX)) | ZRObjectEntry::OBJECTBASE;
 }
 

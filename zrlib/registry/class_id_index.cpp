@@ -1,5 +1,6 @@
 #include "zrlib/registry/class_id_index.h"
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
@@ -107,6 +108,12 @@ void ClassIDIndex::Erase(const char* classID, int code) noexcept
     }
     m_slots[gap] = {};
     --m_count;
+}
+
+void ClassIDIndex::Clear() noexcept
+{
+    std::fill(m_slots.begin(), m_slots.end(), Slot{});
+    m_count = 0;
 }
 
 } // namespace zr

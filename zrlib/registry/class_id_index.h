@@ -28,6 +28,9 @@ public:
     /// Does nothing when it is not there.
     void Erase(const char* classID, int code) noexcept;
 
+    /// Removes all.
+    void Clear() noexcept;
+
 private:
     struct Slot {
         int code; // 0 in a free slot

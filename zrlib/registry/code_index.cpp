@@ -13,45 +13,40 @@ template <typename Table, typename Below> constexpr Table EmptyTable(Below& none
     return table;
 }
 
-/// What hangs on a pointer of a table; makes it first if there is nothing yet.
-template <typename Below> Below& Grow(Below*& below, const Below& none)
+/// The table in which the code after `index` others is found; `index` becomes the number of others within that table.
+template <typename Tables> auto* TableWith(const Tables& tables, int& index)
 {
-    if (below == &none) {
-        below = new Below(none);
+    auto table = tables.begin();
+    for (; index >= (*table)->count; ++table) {
+        index -= (*table)->count;
     }
-    return *below;
-}
-
-/// The place in which the code after `index` others is found; `index` becomes the number of others within that place.
-template <typename Places> auto* PlaceAt(const Places& places, int& index)
-{
-    auto place = places.begin();
-    for (; index >= (*place)->count; ++place) {
-        index -= (*place)->count;
-    }
-    return *place;
+    return *table;
 }
 
 } // namespace
 
 constinit CodeIndex::Leaf CodeIndex::s_noSlots{};
-constinit CodeIndex::Leaves CodeIndex::s_noLeaves = EmptyTable<Leaves>(s_noSlots);
-constinit CodeIndex::Tables CodeIndex::s_noTables = EmptyTable<Tables>(s_noLeaves);
+constinit CodeIndex::Level1 CodeIndex::s_noLeaves = EmptyTable<Level1>(s_noSlots);
+constinit CodeIndex::Level2 CodeIndex::s_noTables = EmptyTable<Level2>(s_noLeaves);
 
 CodeIndex::Place CodeIndex::Next(int code, Place otherwise) const
 {
     unsigned int position = PositionOf(code) + 1;
     while (position < kPositions) {
-        const Tables* const tables = TablesAt(position);
-        const Leaves* const leaves = tables->below[DigitOf(position, 2)];
-        const Leaf* const leaf = leaves->below[DigitOf(position, 1)];
+        const Leaf* const leaf = LeafAt(position);
         const Slot& slot = leaf->slots[DigitOf(position, 0)];
         if (slot.entry != nullptr) {
             return slot.place;
         }
-        // On to the first position behind the largest thing here that is empty.
-        const unsigned int level = tables == &s_noTables ? 3 : leaves == &s_noLeaves ? 2 : leaf == &s_noSlots ? 1 : 0;
-        position = ((position >> (level * kBits)) + 1) << (level * kBits);
+        unsigned int emptyLevel = 0; // of the largest thing here that is empty
+        if (Level2At(position)->count == 0) {
+            emptyLevel = 3;
+        } else if (Level1At(position)->count == 0) {
+            emptyLevel = 2;
+        } else if (leaf->count == 0) {
+            emptyLevel = 1;
+        }
+        position = ((position >> (emptyLevel * kBits)) + 1) << (emptyLevel * kBits);
     }
     return otherwise;
 }
@@ -59,83 +54,87 @@ CodeIndex::Place CodeIndex::Next(int code, Place otherwise) const
 ZRObjectEntry* CodeIndex::At(int index) const
 {
     int count = 0;
-    for (const Tables* const tables : m_tables) {
-        count += tables->count;
+    for (const Level2* const level2 : m_tables) {
+        count += level2->count;
     }
     if (index < 0 || index >= count) {
         return nullptr;
     }
-    const Leaf* const leaf = PlaceAt(PlaceAt(PlaceAt(m_tables, index)->below, index)->below, index);
+    const Leaf* const leaf = TableWith(TableWith(TableWith(m_tables, index)->below, index)->below, index);
     const auto isTaken = [&index](const Slot& slot) { return slot.entry != nullptr && index-- == 0; };
     return std::find_if(leaf->slots.begin(), leaf->slots.end(), isTaken)->entry;
+}
+
+/// What hangs on a pointer of a table; makes it first if there is nothing yet.
+template <typename Below> Below& CodeIndex::Grow(Below*& below, const Below& none)
+{
+    if (below == &none) {
+        Store(below, new Below(none));
+    }
+    return *below;
 }
 
 void CodeIndex::Insert(int code, const Slot& slot)
 {
     const unsigned int position = PositionOf(code);
-    // If memory runs out on the way, the tables that were made stay, empty, until they are needed or their owner goes.
-    Tables& tables = Grow(m_tables[position >> (3 * kBits)], s_noTables);
-    Leaves& leaves = Grow(tables.below[DigitOf(position, 2)], s_noLeaves);
-    Leaf& leaf = Grow(leaves.below[DigitOf(position, 1)], s_noSlots);
-    leaf.slots[DigitOf(position, 0)] = slot;
+    Level2& level2 = Grow(m_tables[position >> (3 * kBits)], s_noTables);
+    Level1& level1 = Grow(level2.below[DigitOf(position, 2)], s_noLeaves);
+    Leaf& leaf = Grow(level1.below[DigitOf(position, 1)], s_noSlots);
+    Slot& free = leaf.slots[DigitOf(position, 0)];
+    free.place = slot.place;
+    Store(free.entry, slot.entry);
     ++leaf.count;
-    ++leaves.count;
-    ++tables.count;
+    ++level1.count;
+    ++level2.count;
 }
 
 void CodeIndex::Erase(int code) noexcept
 {
     const unsigned int position = PositionOf(code);
-    Tables*& tables = m_tables[position >> (3 * kBits)];
-    Leaves*& leaves = tables->below[DigitOf(position, 2)];
-    Leaf*& leaf = leaves->below[DigitOf(position, 1)];
-    leaf->slots[DigitOf(position, 0)] = {};
-    const bool isLastOfLeaf = --leaf->count == 0;
-    const bool isLastOfLeaves = --leaves->count == 0;
-    const bool isLastOfTables = --tables->count == 0;
-    if (isLastOfTables) {
-        Free(tables);
-    } else if (isLastOfLeaves) {
-        Free(leaves);
-    } else if (isLastOfLeaf) {
-        Free(leaf);
+    Store<ZRObjectEntry>(LeafAt(position)->slots[DigitOf(position, 0)].entry, nullptr);
+    --LeafAt(position)->count;
+    --Level1At(position)->count;
+    --Level2At(position)->count;
+}
+
+void CodeIndex::Clear() noexcept
+{
+    while (const ZRObjectEntry* const entry = At(0)) {
+        Erase(entry->GetID());
     }
 }
 
 CodeIndex::~CodeIndex()
 {
-    for (Tables*& tables : m_tables) {
-        Free(tables);
+    for (Level2* const level2 : m_tables) {
+        Free(level2);
     }
 }
 
-void CodeIndex::Free(Leaf*& leaf) noexcept
+void CodeIndex::Free(Leaf* leaf) noexcept
 {
     if (leaf != &s_noSlots) {
         delete leaf;
-        leaf = &s_noSlots;
     }
 }
 
-void CodeIndex::Free(Leaves*& leaves) noexcept
+void CodeIndex::Free(Level1* level1) noexcept
 {
-    if (leaves != &s_noLeaves) {
-        for (Leaf*& leaf : leaves->below) {
+    if (level1 != &s_noLeaves) {
+        for (Leaf* const leaf : level1->below) {
             Free(leaf);
         }
-        delete leaves;
-        leaves = &s_noLeaves;
+        delete level1;
     }
 }
 
-void CodeIndex::Free(Tables*& tables) noexcept
+void CodeIndex::Free(Level2* level2) noexcept
 {
-    if (tables != &s_noTables) {
-        for (Leaves*& leaves : tables->below) {
-            Free(leaves);
+    if (level2 != &s_noTables) {
+        for (Level1* const level1 : level2->below) {
+            Free(level1);
         }
-        delete tables;
-        tables = &s_noTables;
+        delete level2;
     }
 }
 

@@ -1,7 +1,7 @@
 /// ZRCodeMap: values sorted by an integer key.
 #pragma once
 
-#include "zrlib/utilities/ring.h"
+#include "zrlib/containers/ring.h"
 
 #include <utility>
 

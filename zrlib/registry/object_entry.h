@@ -2,6 +2,7 @@
 #pragma once
 
 #include "hcbase/string.h"
+#include "zrlib/frame/relaxed.h"
 #include "zrlib/registry/class_id.h"
 
 namespace zr {
@@ -17,7 +18,7 @@ class ClassIDIndex;
 ///
 /// An entry that belongs to a registry must not be assigned to: the registry finds it by what it was registered with.
 ///
-/// Threads: one object is used by one thread at a time.
+/// Threads: one object is used by one thread at a time, but for the mirror ID, which any may read and set.
 class ZRObjectEntry {
 public:
     static constexpr int OBJECTBASE = -0x5FB10000; // 0xA04F0000, the high word of full object codes
@@ -54,8 +55,8 @@ public:
     /// 1 when everything is equal, texts by case; otherwise 0.
     char operator==(const ZRObjectEntry& other) const
     {
-        return m_nID == other.m_nID && m_csName == other.m_csName && m_bHasClassID == other.m_bHasClassID
-                && m_csClassID == other.m_csClassID && m_nMirrorID == other.m_nMirrorID
+        return m_nID == other.m_nID && m_csName.Compare(other.m_csName) == 0 && m_bHasClassID == other.m_bHasClassID
+                && m_csClassID.Compare(other.m_csClassID) == 0 && m_nMirrorID == other.m_nMirrorID
             ? 1
             : 0;
     }
@@ -102,5 +103,5 @@ private:
     HCString m_csName;
     char m_bHasClassID;
     HCString m_csClassID;
-    int m_nMirrorID;
+    zr::Relaxed<int> m_nMirrorID;
 };

@@ -1,7 +1,8 @@
 #include "zrlib/registry/object_registry.h"
 
+#include "zrlib/frame/report.h"
+#include "zrlib/frame/short_lock_guard.h"
 #include "zrlib/frame/text_codes.h"
-#include "zrlib/messaging/message_functions.h"
 #include "zrlib/registry/class_id_index.h"
 #include "zrlib/registry/code_index.h"
 
@@ -9,6 +10,7 @@
 #include <array>
 #include <cstdio>
 #include <new>
+#include <vector>
 
 #if defined(_WIN32)
 // A client that takes the address of a constant imports it, and an import needs a definition here.
@@ -66,7 +68,7 @@ void Report(const Refusal& refusal, const char* location, const Details& details
         text.Format(refusal.format, details.classID, number);
         break;
     }
-    ZRErrorSet(refusal.error, text, location, 0, 1);
+    zr::ReportErrorSet(refusal.error, text, location);
 }
 
 /// Reports a refusal, if there is memory for it. Gives false.
@@ -77,6 +79,12 @@ bool Refuse(const Refusal& refusal, const char* location, const Details& details
     } catch (const std::bad_alloc&) { // what is refused stays refused
     }
     return false;
+}
+
+/// Whether a condition holds that does not depend on what is registered; reports when it does not.
+bool Require(bool holds, const Refusal& refusal, const char* location, const Details& details)
+{
+    return holds || Refuse(refusal, location, details);
 }
 
 /// Holds either text for an unknown object. Storage that needs no code to come and go, so that a text is valid for as
@@ -107,17 +115,21 @@ struct ZRObjectRegistry::Request {
     const char* classID = "";
 };
 
-/// What must hold before something is added or removed.
+/// What must hold before something is added or removed, as far as it depends on what is there.
 enum class ZRObjectRegistry::Rule {
-    kLibraryCodeIsValid,
     kLibraryIsNew,
     kLibraryIsKnown,
-    kObjectCodeIsValid,
     kLibraryOfObjectIsKnown,
     kObjectIsNew,
     kObjectIsKnown,
-    kClassIDIsWellFormed,
     kClassIDIsNew,
+};
+
+/// A rule that does not hold: found under the lock, and reported behind it.
+struct ZRObjectRegistry::Violation {
+    const Refusal* refusal = nullptr; // null when all rules hold
+    int number = 0;
+    HCString holder; // name of what is in the way
 };
 
 ZRObjectRegistry::ZRObjectRegistry() noexcept = default;
@@ -127,7 +139,7 @@ ZRObjectRegistry::ZRObjectRegistry(const ZRObjectRegistry& other)
 {
     m_Libraries = other.m_Libraries;
     for (const auto& [code, entry] : other.m_Objects) {
-        Add(code, std::make_unique<ZRObjectEntry>(*entry));
+        Add(std::make_unique<ZRObjectEntry>(*entry));
     }
 }
 
@@ -137,164 +149,188 @@ ZRObjectRegistry& ZRObjectRegistry::operator=(const ZRObjectRegistry& other)
         ZRObjectRegistry copy(other);
         m_Libraries.Swap(copy.m_Libraries);
         m_Objects.Swap(copy.m_Objects);
-        m_index.swap(copy.m_index);
+        m_pIndex.store(copy.m_pIndex.exchange(m_pIndex.load()));
     }
     return *this;
 }
 
-ZRObjectRegistry::~ZRObjectRegistry() { Release(); }
+ZRObjectRegistry::~ZRObjectRegistry()
+{
+    Release();
+    delete m_pIndex.exchange(nullptr);
+}
+
+/// Tests the rules and makes the change in one step, or reports what does not hold. When memory runs out nothing is
+/// changed.
+template <typename Change>
+char ZRObjectRegistry::ChangeIf(std::initializer_list<Rule> rules, const Request& request, Change change)
+{
+    try {
+        Violation violation;
+        {
+            const zr::ShortLockGuard guard(zr::g_dataLock);
+            for (auto rule = rules.begin(); rule != rules.end() && violation.refusal == nullptr; ++rule) {
+                violation = Test(*rule, request);
+            }
+            if (violation.refusal == nullptr) {
+                change();
+                return 1;
+            }
+        }
+        Refuse(*violation.refusal, request.location, {violation.number, request.classID, violation.holder});
+        if (violation.refusal == &kClassIDIsInUse) {
+            Refuse(kClassIDIsDuplicate, request.location, {request.code, request.classID});
+        }
+    } catch (const std::bad_alloc&) { // nothing was changed, or what was refused stays refused
+    }
+    return 0;
+}
+
+/// To be called under the lock.
+ZRObjectRegistry::Violation ZRObjectRegistry::Test(Rule rule, const Request& request) const
+{
+    const int code = request.code;
+    switch (rule) {
+    case Rule::kLibraryIsNew:
+        if (const auto library = m_Libraries.Find(code); library != m_Libraries.End()) {
+            return {&kLibraryExists, code, library->second};
+        }
+        break;
+    case Rule::kLibraryIsKnown:
+        if (m_Libraries.Find(code) == m_Libraries.End()) {
+            return {&kLibraryIsNotFound, code, ""};
+        }
+        break;
+    case Rule::kLibraryOfObjectIsKnown:
+        if (const int library = code & ZRObjectEntry::LIBRARYMASK; m_Libraries.Find(library) == m_Libraries.End()) {
+            return {&kLibraryIsNotRegistered, library, ""};
+        }
+        break;
+    case Rule::kObjectIsNew:
+        if (const ZRObjectEntry* const holder = Find(code)) {
+            return {&kObjectExists, code, holder->m_csName};
+        }
+        break;
+    case Rule::kObjectIsKnown:
+        if (Find(code) == nullptr) {
+            return {&kObjectIsNotFound, code, ""};
+        }
+        break;
+    case Rule::kClassIDIsNew:
+        if (const Index* const index = m_pIndex) {
+            if (const ZRObjectEntry* const holder = index->byClassID.Find(request.classID, index->byCode)) {
+                return {&kClassIDIsInUse, code, holder->m_csName};
+            }
+        }
+        break;
+    }
+    return {};
+}
 
 char ZRObjectRegistry::RegisterLibrary(int code, const HCString& name)
 {
     const Request request{"ZRObjectRegistry::RegisterLibrary", code};
-    if (!Allows(request, {Rule::kLibraryCodeIsValid, Rule::kLibraryIsNew})) {
+    if (!Require(IsValidLibraryCode(code) != 0, kLibraryCodeIsWrong, request.location, {code})) {
         return 0;
     }
-    try {
-        m_Libraries.Insert(code, name);
-        return 1;
-    } catch (const std::bad_alloc&) {
-        return 0;
-    }
+    return ChangeIf({Rule::kLibraryIsNew}, request, [&] { m_Libraries.Insert(code, name); });
 }
 
 char ZRObjectRegistry::UnregisterLibrary(int code)
 {
     const Request request{"ZRObjectRegistry::UnregisterLibrary", code};
-    return Allows(request, {Rule::kLibraryCodeIsValid, Rule::kLibraryIsKnown}) ? m_Libraries.Erase(code) : 0;
+    if (!Require(IsValidLibraryCode(code) != 0, kLibraryCodeIsWrong, request.location, {code})) {
+        return 0;
+    }
+    return ChangeIf({Rule::kLibraryIsKnown}, request, [&] { m_Libraries.Erase(code); });
 }
 
 char ZRObjectRegistry::RegisterObject(int code, const HCString& name)
 {
     const Request request{"ZRObjectRegistry::RegisterObject<id,name>", code};
+    const auto add = [&] { Add(std::make_unique<ZRObjectEntry>(code, name, 0)); };
     const bool isShort = (code & ZRObjectEntry::BASEMASK) == 0;
-    const bool isAllowed = isShort
-        ? Allows(request, {Rule::kObjectIsNew})
-        : Allows(request, {Rule::kObjectCodeIsValid, Rule::kLibraryOfObjectIsKnown, Rule::kObjectIsNew});
-    return Truth(isAllowed && TryAdd(code, name, nullptr));
+    if (isShort) {
+        return ChangeIf({Rule::kObjectIsNew}, request, add);
+    }
+    if (!Require(IsValidObjectCode(code, 1) != 0, kObjectCodeIsWrong, request.location, {code})) {
+        return 0;
+    }
+    return ChangeIf({Rule::kLibraryOfObjectIsKnown, Rule::kObjectIsNew}, request, add);
 }
 
 char ZRObjectRegistry::RegisterObject(int code, const HCString& name, const HCString& classID)
 {
     const Request request{"ZRObjectRegistry::RegisterObject<id,name,class>", code, classID};
-    const bool isAllowed = Allows(request,
-        {Rule::kObjectCodeIsValid, Rule::kClassIDIsWellFormed, Rule::kLibraryOfObjectIsKnown, Rule::kObjectIsNew,
-            Rule::kClassIDIsNew});
-    return Truth(isAllowed && TryAdd(code, name, &classID));
+    if (!Require(IsValidObjectCode(code, 1) != 0, kObjectCodeIsWrong, request.location, {code})
+        || !Require(
+            ZRClassID::IsFormat(classID) != 0, kClassIDIsMalformed, request.location, {code, request.classID})) {
+        return 0;
+    }
+    return ChangeIf({Rule::kLibraryOfObjectIsKnown, Rule::kObjectIsNew, Rule::kClassIDIsNew}, request,
+        [&] { Add(std::make_unique<ZRObjectEntry>(code, name, classID, 0)); });
 }
 
 char ZRObjectRegistry::UnregisterObject(int code)
 {
     const Request request{"ZRObjectRegistry::UnregisterObject", code};
-    if (!Allows(request, {Rule::kObjectCodeIsValid, Rule::kObjectIsKnown})) {
+    if (!Require(IsValidObjectCode(code, 1) != 0, kObjectCodeIsWrong, request.location, {code})) {
         return 0;
     }
-    const zr::CodeIndex::Place place = m_index->byCode.PlaceOf(code);
-    ZRObjectEntry* const entry = place->second;
-    m_index->byCode.Erase(code);
-    if (entry->m_bHasClassID != 0) {
-        m_index->byClassID.Erase(entry->m_csClassID, code);
-    }
-    delete entry;
-    m_Objects.Erase(place);
-    return 1;
+    return ChangeIf({Rule::kObjectIsKnown}, request, [&] {
+        Index& index = *m_pIndex.load();
+        const zr::CodeIndex::Place place = index.byCode.PlaceOf(code);
+        const std::unique_ptr<const ZRObjectEntry> entry(place->second);
+        index.byCode.Erase(code);
+        if (entry->m_bHasClassID != 0) {
+            index.byClassID.Erase(entry->m_csClassID, code);
+        }
+        m_Objects.Erase(place);
+    });
 }
 
 void ZRObjectRegistry::Release()
 {
+    const zr::ShortLockGuard guard(zr::g_dataLock);
     m_Libraries.Clear();
-    m_index.reset();
+    if (Index* const index = m_pIndex) { // stays, because another thread may be looking up in it
+        index->byCode.Clear();
+        index->byClassID.Clear();
+    }
     for (const auto& [code, entry] : m_Objects) {
         delete entry;
     }
     m_Objects.Clear();
 }
 
-bool ZRObjectRegistry::Allows(const Request& request, std::initializer_list<Rule> rules) const
-{
-    return std::all_of(rules.begin(), rules.end(), [&](Rule rule) { return Holds(rule, request); });
-}
-
 /// The entry with just this code; null when there is none.
 ZRObjectEntry* ZRObjectRegistry::Find(int code) const
 {
-    return m_index != nullptr ? m_index->byCode.Find(code) : nullptr;
+    const Index* const index = m_pIndex.load(std::memory_order_acquire);
+    return index != nullptr ? index->byCode.Find(code) : nullptr;
 }
 
-/// Reports when the rule does not hold.
-bool ZRObjectRegistry::Holds(Rule rule, const Request& request) const
+/// Adds an entry that the rules allow. To be called under the lock. Throws std::bad_alloc; nothing is added then.
+void ZRObjectRegistry::Add(std::unique_ptr<ZRObjectEntry> entry)
 {
-    const int code = request.code;
-    const char* const location = request.location;
-    switch (rule) {
-    case Rule::kLibraryCodeIsValid:
-        return IsValidLibraryCode(code) != 0 || Refuse(kLibraryCodeIsWrong, location, {code});
-    case Rule::kLibraryIsNew: {
-        const auto library = m_Libraries.Find(code);
-        return library == m_Libraries.End() || Refuse(kLibraryExists, location, {code, "", library->second});
+    if (m_pIndex == nullptr) {
+        m_pIndex = new Index;
     }
-    case Rule::kLibraryIsKnown:
-        return m_Libraries.Find(code) != m_Libraries.End() || Refuse(kLibraryIsNotFound, location, {code});
-    case Rule::kObjectCodeIsValid:
-        return IsValidObjectCode(code, 1) != 0 || Refuse(kObjectCodeIsWrong, location, {code});
-    case Rule::kLibraryOfObjectIsKnown: {
-        const int library = code & ZRObjectEntry::LIBRARYMASK;
-        return m_Libraries.Find(library) != m_Libraries.End() || Refuse(kLibraryIsNotRegistered, location, {library});
-    }
-    case Rule::kObjectIsNew: {
-        const ZRObjectEntry* const holder = Find(code);
-        return holder == nullptr || Refuse(kObjectExists, location, {code, "", holder->m_csName});
-    }
-    case Rule::kObjectIsKnown:
-        return Find(code) != nullptr || Refuse(kObjectIsNotFound, location, {code});
-    case Rule::kClassIDIsWellFormed:
-        return ZRClassID::IsFormat(request.classID) != 0
-            || Refuse(kClassIDIsMalformed, location, {code, request.classID});
-    case Rule::kClassIDIsNew: {
-        const ZRObjectEntry* const holder =
-            m_index != nullptr ? m_index->byClassID.Find(request.classID, m_index->byCode) : nullptr;
-        if (holder == nullptr) {
-            return true;
-        }
-        Refuse(kClassIDIsInUse, location, {code, request.classID, holder->m_csName});
-        return Refuse(kClassIDIsDuplicate, location, {code, request.classID});
-    }
-    }
-    return false;
-}
-
-/// False when there is no memory; nothing is added then.
-bool ZRObjectRegistry::TryAdd(int code, const HCString& name, const HCString* classID)
-{
-    try {
-        Add(code,
-            classID != nullptr ? std::make_unique<ZRObjectEntry>(code, name, *classID, 0)
-                               : std::make_unique<ZRObjectEntry>(code, name, 0));
-        return true;
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
-}
-
-/// Adds an entry that the rules allow. Throws std::bad_alloc; nothing is added then.
-void ZRObjectRegistry::Add(int code, std::unique_ptr<ZRObjectEntry> entry)
-{
-    if (m_index == nullptr) {
-        m_index = std::make_unique<Index>();
-    }
+    Index& index = *m_pIndex.load();
     if (entry->m_bHasClassID != 0) {
-        m_index->byClassID.ReserveOne();
+        index.byClassID.ReserveOne();
     }
-    const auto place = m_Objects.Insert(m_index->byCode.Next(code, m_Objects.End()), code, entry.get()).first;
+    const int code = entry->GetID();
+    const auto place = m_Objects.Insert(index.byCode.Next(code, m_Objects.End()), code, entry.get()).first;
     try {
-        m_index->byCode.Insert(code, {entry.get(), place});
+        index.byCode.Insert(code, {entry.get(), place});
     } catch (const std::bad_alloc&) {
         m_Objects.Erase(place);
         throw;
     }
     const ZRObjectEntry* const added = entry.release();
     if (added->m_bHasClassID != 0) {
-        m_index->byClassID.Insert(added->m_csClassID, code);
+        index.byClassID.Insert(added->m_csClassID, code);
     }
 }
 
@@ -333,12 +369,21 @@ ZRObjectEntry* ZRObjectRegistry::GetObjectEntry(int code, char report) const
     if (code == ALL_PASS || (!isShort && IsValidObjectCode(code, report) == 0)) {
         return nullptr;
     }
-    return m_index != nullptr ? m_index->byCode.FindInRange(code) : nullptr;
+    const Index* const index = m_pIndex.load(std::memory_order_acquire);
+    return index != nullptr ? index->byCode.FindInRange(code) : nullptr;
+}
+
+/// What `read` makes of the entry at a position, or of null.
+template <typename Read> auto ZRObjectRegistry::ReadAt(int position, Read read) const
+{
+    const zr::ShortLockGuard guard(zr::g_dataLock);
+    const Index* const index = m_pIndex;
+    return read(index != nullptr ? index->byCode.At(position) : nullptr);
 }
 
 ZRObjectEntry* ZRObjectRegistry::GetObjectEntryAt(int index) const
 {
-    return m_index != nullptr ? m_index->byCode.At(index) : nullptr;
+    return ReadAt(index, [](ZRObjectEntry* entry) { return entry; });
 }
 
 const char* ZRObjectRegistry::GetObjectName(int code, char* known) const
@@ -346,7 +391,7 @@ const char* ZRObjectRegistry::GetObjectName(int code, char* known) const
     if (code == ALL_PASS) {
         return "?";
     }
-    static constinit NameBuffer buffer{};
+    static constinit thread_local NameBuffer buffer{};
     std::snprintf(buffer.data(), buffer.size(), "object with ID 0x%08X", static_cast<unsigned int>(code));
     const ZRObjectEntry* const entry = GetObjectEntry(code, 1);
     SetFlag(known, entry != nullptr);
@@ -359,7 +404,7 @@ const char* ZRObjectRegistry::GetObjectNameEx(int code, char* known) const
         return "?";
     }
     const auto word = [](char isValid) { return isValid != 0 ? "valid" : "invalid"; };
-    static constinit NameBuffer buffer{};
+    static constinit thread_local NameBuffer buffer{};
     std::snprintf(buffer.data(), buffer.size(),
         "irregular or unregistered object with ID 0x%08X, high word %s, object code %s",
         static_cast<unsigned int>(code), word(IsValidHighWord(code)), word(IsValidObjectCode(code, 0)));
@@ -377,11 +422,12 @@ const char* ZRObjectRegistry::GetObjectClassID(int code, char* found) const
 
 const char* ZRObjectRegistry::GetObjectNameAt(int index) const
 {
-    const ZRObjectEntry* const entry = GetObjectEntryAt(index);
-    return entry != nullptr ? static_cast<const char*>(entry->m_csName) : nullptr;
+    return ReadAt(index, [](const ZRObjectEntry* entry) {
+        return entry != nullptr ? static_cast<const char*>(entry->m_csName) : nullptr;
+    });
 }
 
-const char* ZRObjectRegistry::GetObjectClassIDAt(int index) const { return ClassIDOf(GetObjectEntryAt(index)); }
+const char* ZRObjectRegistry::GetObjectClassIDAt(int index) const { return ReadAt(index, ClassIDOf); }
 
 /// `entry` may be null.
 const char* ZRObjectRegistry::ClassIDOf(const ZRObjectEntry* entry)
@@ -392,8 +438,7 @@ const char* ZRObjectRegistry::ClassIDOf(const ZRObjectEntry* entry)
 
 int ZRObjectRegistry::GetObjectIDAt(int index) const
 {
-    const ZRObjectEntry* const entry = GetObjectEntryAt(index);
-    return entry != nullptr ? entry->GetID() : -1;
+    return ReadAt(index, [](const ZRObjectEntry* entry) { return entry != nullptr ? entry->GetID() : -1; });
 }
 
 int ZRObjectRegistry::GetObjectMirror(int code) const
@@ -414,40 +459,65 @@ char ZRObjectRegistry::SetObjectMirror(int code, int mirror)
 
 char ZRObjectRegistry::ObjectIsKnown(int code) const { return Truth(Find(code) != nullptr); }
 
-int ZRObjectRegistry::GetObjectCount() const { return m_Objects.GetCount(); }
+int ZRObjectRegistry::GetObjectCount() const
+{
+    const zr::ShortLockGuard guard(zr::g_dataLock);
+    return m_Objects.GetCount();
+}
 
-int ZRObjectRegistry::GetLibraryCount() const { return m_Libraries.GetCount(); }
+int ZRObjectRegistry::GetLibraryCount() const
+{
+    const zr::ShortLockGuard guard(zr::g_dataLock);
+    return m_Libraries.GetCount();
+}
 
 void ZRObjectRegistry::DumpOut() const
 {
-    if (ZRGetMessagesEnabled() == 0) {
+    if (!zr::ReportsAreOn()) {
         return; // before thousands of lines are made for nobody
     }
+    struct Row {
+        int code;
+        HCString name;
+    };
     const auto print = [](const char* format, auto... values) {
         try {
             HCString line;
             line.Format(format, values...);
-            ZROut(line, nullptr, 1);
+            zr::ReportOut(line);
         } catch (const std::bad_alloc&) { // the other lines may be shorter
         }
     };
+    const auto copyRows = [](const auto& map, auto nameOf) {
+        std::vector<Row> rows;
+        try {
+            const zr::ShortLockGuard guard(zr::g_dataLock);
+            rows.reserve(static_cast<std::size_t>(map.GetCount()));
+            for (const auto& [code, value] : map) {
+                rows.push_back({code, nameOf(value)});
+            }
+        } catch (const std::bad_alloc&) { // those that were copied are shown
+        }
+        return rows;
+    };
     print("%s", "Object registry dump >>>");
-    if (GetLibraryCount() == 0 && GetObjectCount() == 0) {
+    const bool hasLibraries = GetLibraryCount() > 0;
+    if (!hasLibraries && GetObjectCount() == 0) {
         print("%s", "   Registry is empty...");
         return;
     }
-    if (GetLibraryCount() == 0) {
+    if (!hasLibraries) {
         print("%s", "   No libraries in registry...");
     }
-    for (const auto& [code, name] : m_Libraries) {
-        print("   Library type 0x%08X - %s", static_cast<unsigned int>(code), static_cast<const char*>(name));
+    for (const Row& row : copyRows(m_Libraries, [](const HCString& name) { return name; })) {
+        print("   Library type 0x%08X - %s", static_cast<unsigned int>(row.code), static_cast<const char*>(row.name));
     }
     if (GetObjectCount() == 0) {
         print("%s", "   No objects in registry...");
     }
-    for (const auto& [code, entry] : m_Objects) {
-        print("   Object type 0x%08X - %s, Short 0x%04X, Library 0x%08X", static_cast<unsigned int>(code),
-            static_cast<const char*>(entry->m_csName), static_cast<unsigned int>(code & ZRObjectEntry::SHORTMASK),
-            static_cast<unsigned int>(code & ZRObjectEntry::LIBRARYMASK));
+    for (const Row& row : copyRows(m_Objects, [](const ZRObjectEntry* entry) { return entry->m_csName; })) {
+        print("   Object type 0x%08X - %s, Short 0x%04X, Library 0x%08X", static_cast<unsigned int>(row.code),
+            static_cast<const char*>(row.name), static_cast<unsigned int>(row.code & ZRObjectEntry::SHORTMASK),
+            static_cast<unsigned int>(row.code & ZRObjectEntry::LIBRARYMASK));
     }
 }

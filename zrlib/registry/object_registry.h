@@ -6,6 +6,7 @@
 #include "zrlib/registry/code_map.h"
 #include "zrlib/registry/object_entry.h"
 
+#include <atomic>
 #include <initializer_list>
 #include <memory>
 
@@ -20,7 +21,10 @@
 /// any numbers, texts any texts. When memory runs out, what is to be added is not, with the result 0 and no report; a
 /// report or a line of the dump for which there is none is lost.
 ///
-/// Threads: no operation takes a lock. Whoever shares a registry serialises all calls, queries too.
+/// Threads: any, for every operation but copying, assigning and destroying. No lock is held while a message is sent, so
+/// an observer of messages may use the registry. An entry and its texts are valid until the object is unregistered:
+/// whoever does that while another thread looks the object up or uses what it got is at fault. Lookups by code take no
+/// lock.
 class ZR_API ZRObjectRegistry {
 public:
     /// A code that counts as valid but names no object: lookups do not find it, whatever is registered.
@@ -77,9 +81,9 @@ public:
     // Texts for a code. A name or class ID of an entry is the entry's own: it is valid while the object is registered.
     // `known` and `found` may be null.
 
-    /// The name of an object. Without one "object with ID 0x..." in a buffer that the next call on any registry
-    /// overwrites; a malformed code is reported. known: set to 1 when there is such an object, otherwise to 0. ALL_PASS
-    /// gives "?" and leaves `known` alone.
+    /// The name of an object. Without one "object with ID 0x..." in a buffer of the calling thread, which the thread's
+    /// next call on any registry overwrites and which goes with the thread; a malformed code is reported. known: set to
+    /// 1 when there is such an object, otherwise to 0. ALL_PASS gives "?" and leaves `known` alone.
     const char* GetObjectName(int code, char* known) const;
 
     /// As GetObjectName, but a text that tells more, in a buffer of its own, and no report.
@@ -112,22 +116,24 @@ public:
     int GetObjectCount() const;
     int GetLibraryCount() const;
 
-    /// Prints the registry as Out messages. Whoever receives them must not change the registry meanwhile.
+    /// Prints the registry as Out messages: the libraries as they are behind the first line, then the objects as they
+    /// are behind the libraries.
     void DumpOut() const;
 
 private:
     struct Index;
     struct Request;
+    struct Violation;
     enum class Rule;
 
     ZRCodeMap<HCString> m_Libraries;
     ZRCodeMap<ZRObjectEntry*> m_Objects; // the entries are owned
-    std::unique_ptr<Index> m_index; // of the same entries; makes lookups fast; null before the first
+    std::atomic<Index*> m_pIndex{nullptr}; // owned; of the same entries, for fast lookups; null before the first
 
-    bool Allows(const Request& request, std::initializer_list<Rule> rules) const;
-    bool Holds(Rule rule, const Request& request) const;
+    template <typename Change> char ChangeIf(std::initializer_list<Rule> rules, const Request& request, Change change);
+    template <typename Read> auto ReadAt(int position, Read read) const;
+    Violation Test(Rule rule, const Request& request) const;
     ZRObjectEntry* Find(int code) const;
-    bool TryAdd(int code, const HCString& name, const HCString* classID);
-    void Add(int code, std::unique_ptr<ZRObjectEntry> entry);
+    void Add(std::unique_ptr<ZRObjectEntry> entry);
     static const char* ClassIDOf(const ZRObjectEntry* entry);
 };

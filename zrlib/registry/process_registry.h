@@ -1,6 +1,7 @@
 /// The registry of the process. Not exported: clients reach it through the functions only.
 #pragma once
 
-class ZRObjectRegistry;
+#include "zrlib/frame/module_lease.h"
+#include "zrlib/registry/object_registry.h"
 
-extern ZRObjectRegistry g_ObjectRegistry;
+extern zr::ModuleObject<ZRObjectRegistry> g_ObjectRegistry;

@@ -1,7 +1,5 @@
 #include "zrlib/registry/registry_functions.h"
 
-#include "zrlib/frame/module.h"
-#include "zrlib/registry/object_registry.h"
 #include "zrlib/registry/process_registry.h"
 
 #include <functional>
@@ -9,19 +7,26 @@
 namespace {
 
 /// The result of an operation on the registry; `whenGone` when a thread or a static object asks that outlives the
-/// library's own objects.
+/// library's own objects. The operation does not touch the registry any more once it has sent a report.
 template <typename Result, typename Operation, typename... Arguments>
 Result Ask(Result whenGone, Operation operation, const Arguments&... arguments)
 {
-    return ZRModuleUse::ModuleSeemsToStand() ? std::invoke(operation, g_ObjectRegistry, arguments...) : whenGone;
+    const zr::ModuleLease lease(zr::Runs::kOwnCodeOnly);
+    return lease.IsAlive() && g_ObjectRegistry.IsAlive() ? std::invoke(operation, g_ObjectRegistry.object, arguments...)
+                                                         : whenGone;
 }
 
-/// The flag of a question whose answer is then that there is nothing.
-void ClearWhenGone(char* flag)
+/// The same for a question with a flag, which is 0 then.
+template <typename Operation> const char* AskWithFlag(const char* whenGone, Operation operation, int code, char* flag)
 {
-    if (flag != nullptr && !ZRModuleUse::ModuleSeemsToStand()) {
+    const zr::ModuleLease lease(zr::Runs::kOwnCodeOnly);
+    if (lease.IsAlive() && g_ObjectRegistry.IsAlive()) {
+        return std::invoke(operation, g_ObjectRegistry.object, code, flag);
+    }
+    if (flag != nullptr) {
         *flag = 0;
     }
+    return whenGone;
 }
 
 } // namespace
@@ -49,20 +54,17 @@ char ZRObjectIsKnown(int code) { return Ask('\0', &ZRObjectRegistry::ObjectIsKno
 
 const char* ZRGetObjectName(int code, char* known)
 {
-    ClearWhenGone(known);
-    return Ask("?", &ZRObjectRegistry::GetObjectName, code, known);
+    return AskWithFlag("?", &ZRObjectRegistry::GetObjectName, code, known);
 }
 
 const char* ZRGetObjectNameEx(int code, char* known)
 {
-    ClearWhenGone(known);
-    return Ask("?", &ZRObjectRegistry::GetObjectNameEx, code, known);
+    return AskWithFlag("?", &ZRObjectRegistry::GetObjectNameEx, code, known);
 }
 
 const char* ZRGetObjectClassID(int code, char* found)
 {
-    ClearWhenGone(found);
-    return Ask(ZRClassID::Null, &ZRObjectRegistry::GetObjectClassID, code, found);
+    return AskWithFlag(ZRClassID::Null, &ZRObjectRegistry::GetObjectClassID, code, found);
 }
 
 int ZRGetObjectMirror(int code) { return Ask(0, &ZRObjectRegistry::GetObjectMirror, code); }
@@ -85,7 +87,8 @@ const char* ZRGetRegisteredObjectClassID(int index)
 
 void ZRDumpRegistry()
 {
-    if (ZRModuleUse::ModuleSeemsToStand()) {
-        g_ObjectRegistry.DumpOut();
+    const zr::ModuleLease lease; // observers of the lines run between looks at the registry
+    if (lease.IsAlive() && g_ObjectRegistry.IsAlive()) {
+        g_ObjectRegistry.object.DumpOut();
     }
 }

@@ -6,13 +6,12 @@
 
 // There is one registry for the process. It is empty when the library is loaded; only clients fill it. It goes, with
 // what is left in it, when the library is unloaded or the process ends; from then on the functions do nothing and find
-// nothing, and flags are set to 0.
+// nothing: names are "?", class IDs ZRClassID::Null, and flags are set to 0.
 //
 // Each function is the operation of ZRObjectRegistry (object_registry.h) in its comment, which tells what is accepted,
 // reported and given back.
 //
-// Threads: no function takes a lock. Whoever uses the registry on several threads serialises all calls, and ends them
-// before the library's own objects go.
+// Threads: any, at any time.
 
 extern "C" {
 

@@ -1,6 +1,6 @@
+#include "zrlib/containers/stack.h"
 #include "zrlib/messaging/message_functions.h"
 #include "zrlib/selfcheck/self_checks.h"
-#include "zrlib/utilities/stack.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 #include "hcbase/thread.h"
-#include "zrlib/frame/module.h"
+#include "zrlib/frame/module_lease.h"
 #include "zrlib/messaging/message_functions.h"
 #include "zrlib/messaging/message_handler.h"
-#include "zrlib/messaging/msg.h"
 #include "zrlib/observation/observed_object_event.h"
+#include "zrlib/records/msg.h"
 #include "zrlib/selfcheck/self_checks.h"
 #include "zrlib/selfcheck/test_observer.h"
 
@@ -42,7 +42,8 @@ template <int thread> unsigned int TestThread(void* /*argument*/)
     } catch (...) { // of a client's observer, or for want of memory; would end the process
         return 0;
     }
-    HCThread::ExitThread(ExitCode(thread));
+    return ExitCode(
+        thread); // ExitThread would wait for the loader of the system, which may be at work around the check
 }
 
 /// Starts the threads, waits for those that were started, and tells whether all have ended well.
@@ -74,7 +75,11 @@ bool CountsAreRight()
     const bool areRight = out == kExpected && warn == kExpected && error == kExpected && trace == kExpected;
     HCString text;
     text.Format("Out %d, Warn %d, Error %d, Trace %d", out, warn, error, trace);
-    (areRight ? ZROut : ZRError)(text, nullptr, 1);
+    if (areRight) {
+        ZROut(text, nullptr, 1);
+    } else {
+        ZRError(text, nullptr, 1);
+    }
     return areRight;
 }
 
@@ -96,8 +101,8 @@ private:
 
 bool AllMessagesArrive(HCThread (&threads)[kThreads])
 {
-    const ZRModuleUse module;
-    if (!module.Stands() || !g_TestObserver.Stands()) {
+    const zr::ModuleLease lease;
+    if (!lease.IsAlive() || !g_TestObserver.IsAlive()) {
         return false;
     }
     ZRMessageHandler* handler = ZRGetMessageHandler();

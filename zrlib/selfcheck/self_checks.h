@@ -12,6 +12,11 @@ extern "C" {
 //
 // Threads: any, one check at a time. The switches that a check sets belong to the process. Errors: std::bad_alloc when
 // there is no memory for a check or its messages; with less of it than a check needs it may also give 0.
+//
+// The check that counts messages waits for threads of its own. So it, and ZRTestAll with messages on, must not be
+// called from OnEvent of an observer of messages, nor with a lock held that such an observer takes: it would wait for
+// ever. On Linux they may be called while a library loads; on Windows no thread starts as long as a DLL is being
+// initialised.
 
 /// All checks, one after the other until the first that fails: collections, object registry, message threading. With
 /// messages off the last one, which counts messages, is left out.
@@ -33,7 +38,8 @@ ZR_API int ZRTestObjectRegistry(char messages);
 ZR_API int ZRTestMessageThreading(char messages);
 
 /// Makes a path of a name and an extension, with a dot between them unless the extension is empty, for a test that
-/// needs a file. deleteExisting: not 0 to delete a file of that name, if there is one; an error says so when that
-/// fails.
+/// needs a file, in the current directory. deleteExisting: not 0 to delete a file or link of that name, if there is
+/// one; when a file is there and cannot be deleted, ZRError says so. Threads: any, each with a path of its own. Errors:
+/// std::bad_alloc.
 ZR_API void ZRPrepareTestFile(HCString& path, const HCString& name, const HCString& extension, char deleteExisting);
 }

@@ -1,9 +1,9 @@
 /// TestObserver: counts messages. Not exported.
 #pragma once
 
-#include "zrlib/frame/module.h"
+#include "zrlib/frame/module_lease.h"
+#include "zrlib/frame/relaxed.h"
 #include "zrlib/observation/object_observer.h"
-#include "zrlib/sync/relaxed.h"
 
 /// There is one, which counts from the load of the library on, whenever it is attached.
 class TestObserver : public ZRObjectObserver {
@@ -17,4 +17,4 @@ public:
     zr::Relaxed<int> m_nTraceCount;
 };
 
-extern ZRModuleObject<TestObserver> g_TestObserver;
+extern zr::ModuleObject<TestObserver> g_TestObserver;

@@ -2,6 +2,6 @@
 #pragma once
 
 #include "hcbase/thread_sync.h"
-#include "zrlib/frame/module.h"
+#include "zrlib/frame/module_lease.h"
 
-extern ZRModuleObject<HCThreadSync> g_GlobalSync;
+extern zr::ModuleObject<HCThreadSync> g_GlobalSync;

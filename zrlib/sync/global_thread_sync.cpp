@@ -9,14 +9,14 @@ ZRGlobalThreadSync::~ZRGlobalThreadSync() = default;
 
 char ZRGlobalThreadSync::Lock(const char* /*location*/)
 {
-    const ZRModuleUse use;
-    return g_GlobalSync.Stands() ? g_GlobalSync.object.lock() : char{0};
+    const zr::ModuleLease lease(zr::Runs::kOwnCodeOnly);
+    return g_GlobalSync.IsAlive() ? g_GlobalSync.object.lock() : char{0};
 }
 
 char ZRGlobalThreadSync::Unlock(const char* /*location*/)
 {
-    const ZRModuleUse use;
-    return g_GlobalSync.Stands() ? g_GlobalSync.object.unlock() : char{0};
+    const zr::ModuleLease lease(zr::Runs::kOwnCodeOnly);
+    return g_GlobalSync.IsAlive() ? g_GlobalSync.object.unlock() : char{0};
 }
 
 char ZRGlobalThreadSync::GetVerbose() { return m_bVerbose.load(std::memory_order_relaxed); }

@@ -1,12 +1,14 @@
 #include "zrlib/sync/lock_trail_handler.h"
 
 #include "hcbase/thread.h"
-#include "zrlib/messaging/message_functions.h"
+#include "zrlib/frame/module_lease.h"
+#include "zrlib/frame/report.h"
+#include "zrlib/frame/short_lock_guard.h"
+#include "zrlib/frame/sync_guard.h"
 #include "zrlib/observation/observed_object_event.h"
-#include "zrlib/sync/lock_trail.h"
+#include "zrlib/records/lock_trail.h"
 #include "zrlib/sync/lock_trail_functions.h"
 #include "zrlib/sync/process_lock_trail_handler.h"
-#include "zrlib/sync/sync_guard.h"
 
 #include <memory>
 #include <new>
@@ -48,18 +50,19 @@ void ZRLockTrailHandler::AddListings(int count)
     }
 }
 
-/// Whether this is not the handler of the process after it has gone. To be asked within a ZRModuleUse.
-bool ZRLockTrailHandler::Stands() const { return this != ZRGetLockTrailHandler() || g_LockTrailHandler.Stands(); }
+/// Whether this is not the handler of the process after it has gone. To be asked within a lease.
+bool ZRLockTrailHandler::IsAlive() const { return this != ZRGetLockTrailHandler() || g_LockTrailHandler.IsAlive(); }
 
 ZRLockTrail* ZRLockTrailHandler::Append()
 {
-    const ZRModuleUse use;
-    if (!Stands()) {
+    const zr::ModuleLease lease(zr::Runs::kOwnCodeOnly);
+    if (!IsAlive()) {
         return nullptr;
     }
     const ZRSyncGuard guard(m_sync);
     try {
         auto trail = std::make_unique<ZRLockTrail>();
+        const zr::ShortLockGuard data(zr::g_dataLock); // for fork
         m_Trails.Append(trail.get());
         trail->m_nListings = 1;
         return trail.release();
@@ -70,14 +73,15 @@ ZRLockTrail* ZRLockTrailHandler::Append()
 
 char ZRLockTrailHandler::Remove(ZRLockTrail* trail)
 {
-    const ZRModuleUse use;
-    if (trail == nullptr || !Stands()) {
+    const zr::ModuleLease lease(zr::Runs::kOwnCodeOnly);
+    if (trail == nullptr || !IsAlive()) {
         return 0;
     }
     const ZRSyncGuard guard(m_sync);
+    const zr::ShortLockGuard data(zr::g_dataLock);
     for (auto place = m_Trails.Begin(); place != m_Trails.End(); ++place) {
         ZRLockTrail* const listed = *place;
-        if (listed->Identity() == trail->Identity()) {
+        if (listed->GetGUID().Compare(trail->GetGUID()) == 0) {
             m_Trails.Erase(place);
             if (--listed->m_nListings == 0) {
                 delete listed;
@@ -103,8 +107,8 @@ void ZRLockTrailHandler::Send(const ZRLockTrail* trail, short type)
 
 void ZRLockTrailHandler::BroadcastLock(ZRLockTrail& trail)
 {
-    const ZRModuleUse use;
-    if (!Stands()) {
+    const zr::ModuleLease lease;
+    if (!IsAlive()) {
         return;
     }
     const ZRSyncGuard guard(m_sync);
@@ -121,7 +125,7 @@ void ZRLockTrailHandler::BroadcastLock(ZRLockTrail& trail)
 
 void ZRLockTrailHandler::SetEnabled(char /*enable*/)
 {
-    ZRError("ZRLockTrailHandler::SetEnabled - not currently intended for use with release build code", nullptr, 1);
+    zr::ReportError("ZRLockTrailHandler::SetEnabled - not currently intended for use with release build code");
 }
 
 char ZRLockTrailHandler::Lock(const char* /*location*/) { return m_sync.lock(); }

@@ -2,10 +2,10 @@
 #pragma once
 
 #include "hcbase/thread_sync.h"
+#include "zrlib/containers/list.h"
 #include "zrlib/export.h"
+#include "zrlib/frame/relaxed.h"
 #include "zrlib/observation/observed_object.h"
-#include "zrlib/sync/relaxed.h"
-#include "zrlib/utilities/list.h"
 
 class ZRLockTrail;
 
@@ -57,7 +57,7 @@ protected:
 private:
     void Send(const ZRLockTrail* trail, short type);
     void AddListings(int count);
-    bool Stands() const;
+    bool IsAlive() const;
 
     HCThreadSync m_sync;
     ZRList<ZRLockTrail*> m_Trails; // the records belong to the handlers that list them

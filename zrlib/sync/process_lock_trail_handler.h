@@ -1,7 +1,7 @@
 /// The lock trail handler of the process. Not exported.
 #pragma once
 
-#include "zrlib/frame/module.h"
+#include "zrlib/frame/module_lease.h"
 #include "zrlib/sync/lock_trail_handler.h"
 
-extern ZRModuleObject<ZRLockTrailHandler> g_LockTrailHandler;
+extern zr::ModuleObject<ZRLockTrailHandler> g_LockTrailHandler;

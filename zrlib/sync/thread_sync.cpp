@@ -2,16 +2,16 @@
 
 #include "hcbase/string.h"
 #include "hcbase/thread.h"
-#include "zrlib/messaging/message_functions.h"
+#include "zrlib/frame/report.h"
 #include "zrlib/platform/thread_mark.h"
-#include "zrlib/profiling/profiler.h"
+#include "zrlib/platform/tick_counter.h"
 #include "zrlib/sync/lock_trail_functions.h"
 #include "zrlib/sync/threading_switch.h"
 #include "zrlib/utilities/fixed_text.h"
 
 namespace {
 
-bool IsToBeTold(const ZRLockTrail* trail) { return trail != nullptr && ZRGetLockTrailEnabled() != 0; }
+bool ShouldNotify(const ZRLockTrail* trail) { return trail != nullptr && ZRGetLockTrailEnabled() != 0; }
 
 } // namespace
 
@@ -25,7 +25,9 @@ ZRThreadSync::~ZRThreadSync() = default;
 
 bool ZRThreadSync::IsOn() const { return g_bThreadingEnabled.load(std::memory_order_relaxed) != 0 && m_bActive != 0; }
 
-/// The two steps with their count. Compiled in where they are called, as a call is a good part of what they cost.
+/// The two steps with their count, which is changed only while the lock is held, so that it need not be an atomic
+/// addition, which would cost as much as the lock. So it is counted down before the lock is given up, and only by a
+/// thread that Lock has given it. Compiled in where they are called, as a call is a good part of what they cost.
 struct ZRThreadSync::Counted {
     [[gnu::always_inline]] static char Lock(ZRThreadSync& sync)
     {
@@ -69,7 +71,7 @@ char ZRThreadSync::Lock(const char* location, ZRLockTrail* trail)
     if (m_bReport != 0 && IsNotMainThread() != 0) {
         return LockTimed(location, trail);
     }
-    if (IsToBeTold(trail)) {
+    if (ShouldNotify(trail)) {
         ZRLockTrailLock(trail);
     }
     return Counted::Lock(*this);
@@ -77,24 +79,24 @@ char ZRThreadSync::Lock(const char* location, ZRLockTrail* trail)
 
 char ZRThreadSync::LockTimed(const char* location, ZRLockTrail* trail)
 {
-    const ZRProfiler timer;
+    const std::int64_t start = zr::ReadTicks();
     const char* const place = location != nullptr ? location : "?";
     const unsigned int thread = HCThread::GetCurrentThreadId();
     if (m_bVerbose != 0) {
         HCString text;
         text.Format("%s awaiting lock, count = %d, thread %04X", place, static_cast<int>(m_nLockCount), thread);
-        ZROut(text, nullptr, 1);
+        zr::ReportOut(text);
     }
-    if (IsToBeTold(trail)) {
+    if (ShouldNotify(trail)) {
         ZRLockTrailLock(trail);
     }
     const char isLocked = Counted::Lock(*this);
-    if (timer.GetElapsed() > m_dWarningThreshold) {
+    if (zr::SecondsSince(start) > m_dWarningThreshold) {
         try {
             HCString text;
             text.Format("%s got lock, elapsed %s, thread %04X", place,
-                static_cast<const char*>(zr::FixedText(timer.GetElapsed(), 6)), thread);
-            ZRWarn(text, nullptr, 1);
+                static_cast<const char*>(zr::FixedText(zr::SecondsSince(start), 6)), thread);
+            zr::ReportWarn(text);
         } catch (...) {
             if (isLocked != 0) {
                 Counted::Unlock(*this);
@@ -111,14 +113,11 @@ char ZRThreadSync::Unlock(const char* /*location*/, ZRLockTrail* trail)
         return 1;
     }
     const char isUnlocked = Counted::Unlock(*this);
-    if (IsToBeTold(trail)) {
+    if (ShouldNotify(trail)) {
         ZRLockTrailUnlock(trail);
     }
     return isUnlocked;
 }
-
-// The count is changed only while the lock is held, so that it need not be an atomic addition, which would cost as much
-// as the lock. So it is counted down before the lock is given up, and only by a thread that Lock has given it.
 
 unsigned int ZRThreadSync::GetMainThread() { return m_main_thread; }
 

@@ -3,7 +3,7 @@
 
 #include "hcbase/thread_sync.h"
 #include "zrlib/export.h"
-#include "zrlib/sync/relaxed.h"
+#include "zrlib/frame/relaxed.h"
 
 #include <cstdint>
 
@@ -23,9 +23,9 @@ class ZRLockTrail;
 /// | 1 | 1 | 0 | locks; a wait longer than the threshold is a warning |
 /// | 1 | 1 | 1 | also says before each attempt that it is made |
 ///
-/// Threads: Lock and Unlock from any thread. The settings are to be changed while no thread is inside a Lock or Unlock,
-/// and the lock is not to be switched off or on while it is held, as the two calls would not match. Copying, assigning
-/// and destroying are the caller's to serialise, as for HCThreadSync.
+/// Threads: Lock, Unlock and the settings from any thread, at any time; a setting takes effect at its next test. Only
+/// the lock must not be switched off or on while it is held, as the two calls would not match. Copying, assigning and
+/// destroying are the caller's to serialise, as for HCThreadSync.
 class ZR_API ZRThreadSync : public HCThreadSync {
 public:
     /// Unlocked and active, without reports, with a threshold of 0.01 seconds.

@@ -1,8 +1,8 @@
 #include "zrlib/sync/threading.h"
 
 #include "zrlib/frame/mode.h"
-#include "zrlib/frame/module.h"
-#include "zrlib/messaging/message_functions.h"
+#include "zrlib/frame/module_lease.h"
+#include "zrlib/frame/report.h"
 #include "zrlib/observation/global_subject.h"
 #include "zrlib/observation/observed_object.h"
 #include "zrlib/observation/observed_object_event.h"
@@ -14,12 +14,12 @@ char ZRGetThreadingEnabled() { return g_bThreadingEnabled.load(std::memory_order
 
 void ZRSetThreadingEnabled(char enable)
 {
-    const ZRModuleUse module;
-    if (!module.Stands()) {
+    const zr::ModuleLease lease;
+    if (!lease.IsAlive()) {
         return;
     }
     if (ZRMode::IsThreading() == 0) {
-        ZRError("Threading is disabled by preference", nullptr, 1);
+        zr::ReportError("Threading is disabled by preference");
         return;
     }
     if (g_bThreadingEnabled.exchange(enable, std::memory_order_relaxed) != enable) {

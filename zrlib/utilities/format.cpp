@@ -1,11 +1,12 @@
 #include "zrlib/utilities/format.h"
 
 #include "hcbase/format.h"
-#include "zrlib/frame/module.h"
 #include "zrlib/frame/text_codes.h"
+#include "zrlib/frame/texts.h"
 #include "zrlib/utilities/fixed_text.h"
 
 #include <algorithm>
+#include <iterator>
 
 #if defined(_WIN32)
 // A client that takes the address of a constant imports it, and an import needs a definition here.
@@ -59,5 +60,5 @@ HCString ZRFormat::KMGT(std::int64_t value, std::int32_t format, int precision)
     if (format == BYTES) {
         return KMGT(value, "bytes", "B", precision);
     }
-    return ZRGetModule()->FindText(ZR_TEXT_UNKNOWN_FORMAT_CODE);
+    return zr::FindText(ZR_TEXT_UNKNOWN_FORMAT_CODE);
 }

@@ -2,9 +2,9 @@
 
 #include "hcbase/format.h"
 #include "hcbase/string.h"
-#include "zrlib/messaging/message_functions.h"
+#include "zrlib/frame/report.h"
 #include "zrlib/numerics/random.h"
-#include "zrlib/profiling/profiler.h"
+#include "zrlib/platform/tick_counter.h"
 
 namespace {
 
@@ -17,12 +17,12 @@ HCString Digits(std::int64_t value)
 }
 
 /// Says what was done with a ticket, if that is wanted. Gives the ticket.
-std::int64_t Told(const char* what, std::int64_t ticket)
+std::int64_t Announce(const char* what, std::int64_t ticket)
 {
     if (ZRKey::GetVerbose() != 0) {
         HCString text;
         text.Format("%s %s", what, static_cast<const char*>(Digits(ticket)));
-        ZROut(text, nullptr, 1);
+        zr::ReportOut(text);
     }
     return ticket;
 }
@@ -34,15 +34,15 @@ constinit std::atomic<std::int64_t> ZRKey::m_nTicket{0};
 
 char ZRKey::GetVerbose() { return m_bVerbose.load(kRelaxed); }
 
-std::int64_t ZRKey::GetLastTicket() { return Told("Last ticket was", m_nTicket.load(kRelaxed)); }
+std::int64_t ZRKey::GetLastTicket() { return Announce("Last ticket was", m_nTicket.load(kRelaxed)); }
 
-std::int64_t ZRKey::GetNextTicket() { return Told("Next ticket will be", m_nTicket.load(kRelaxed) + 1); }
+std::int64_t ZRKey::GetNextTicket() { return Announce("Next ticket will be", m_nTicket.load(kRelaxed) + 1); }
 
-std::int64_t ZRKey::IssueTicket() { return Told("Issued key", m_nTicket.fetch_add(1, kRelaxed) + 1); }
+std::int64_t ZRKey::IssueTicket() { return Announce("Issued key", m_nTicket.fetch_add(1, kRelaxed) + 1); }
 
 int ZRGenerateKey(HCString& key, int value)
 {
-    const HCString ticks = Digits(ZRProfiler::GetTicks());
+    const HCString ticks = Digits(zr::ReadTicks());
     const auto random = static_cast<unsigned int>(zr::Random());
     key.Format("K:%08X:%04X:%s", static_cast<unsigned int>(value), random, static_cast<const char*>(ticks));
     return key.GetLength();

@@ -2,8 +2,8 @@
 
 #include "hcbase/file_system.h"
 #include "hcbase/string.h"
-#include "zrlib/frame/module.h"
 #include "zrlib/frame/text_codes.h"
+#include "zrlib/frame/texts.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -19,9 +19,9 @@ constexpr int kWindows = 101;
 const char* FindSystem(int code)
 {
     if (code >= kFirstSystem && code <= kLastSystem) {
-        return ZRGetModule()->FindText(ZR_TEXT_OPSYS_RSX + code - kFirstSystem);
+        return zr::FindText(ZR_TEXT_OPSYS_RSX + code - kFirstSystem);
     }
-    return code == kWindows ? ZRGetModule()->FindText(ZR_TEXT_OPSYS_WINDOWS) : nullptr;
+    return code == kWindows ? zr::FindText(ZR_TEXT_OPSYS_WINDOWS) : nullptr;
 }
 
 } // namespace
@@ -52,8 +52,8 @@ const char* ZRGetOpSysName(int code)
         return name;
     }
     constexpr std::size_t kLongest = 64;
-    static char unidentified[kLongest]; // a string would need code at load and unload
-    const char* const text = ZRGetModule()->FindText(ZR_TEXT_OPSYS_UNIDENTIFIED);
+    static constinit thread_local char unidentified[kLongest]{}; // a string would need code at load and unload
+    const char* const text = zr::FindText(ZR_TEXT_OPSYS_UNIDENTIFIED);
     std::snprintf(unidentified, sizeof unidentified, "%s %d", text != nullptr ? text : "", code);
     return unidentified;
 }

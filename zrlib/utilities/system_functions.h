@@ -19,6 +19,6 @@ ZR_API int ZRStringToBuffer(char* buffer, int size, const HCString& text);
 ZR_API char ZRCheckDiskSpace(std::uint64_t size1, std::uint64_t size2);
 
 /// The name of an operating system: 1 to 12 and 101 (text_codes.h). Never null. The name of any other code says so, and
-/// is valid until the next call with such a code. Threads: any for the codes that are known, one at a time for others.
+/// is valid until the same thread calls again with such a code, or ends. Threads: any.
 ZR_API const char* ZRGetOpSysName(int code);
 }

@@ -3,44 +3,42 @@
 
 #include "hcbase/string.h"
 #include "zrlib/export.h"
-#include "zrlib/messaging/message_types.h"
+#include "zrlib/records/message_types.h"
 
-/// A value that carries one message from its sender to its destinations.
-/// Threads: one object is used by one thread at a time.
+/// A value that carries one message from its sender to its destinations. Its texts are read by reference, which is
+/// valid until the message is changed or goes. Threads: one object is used by one thread at a time.
 class ZR_API ZRMsg {
 public:
     /// An Out message with empty texts and all numbers 0.
-    ZRMsg() { Initialise(); }
+    ZRMsg() = default;
 
     ZRMsg(const HCString& text, short type)
         : m_csText(text)
+        , m_nType(type)
     {
-        Initialise();
-        m_nType = type;
     }
 
     ZRMsg(const HCString& text, const HCString& textEx, short type)
         : m_csText(text)
         , m_csTextEx(textEx)
+        , m_nType(type)
     {
-        Initialise();
-        m_nType = type;
     }
 
     ZRMsg(const ZRMsg& other) = default;
     ZRMsg& operator=(const ZRMsg& other) = default;
-    virtual ~ZRMsg();
+    virtual ~ZRMsg() = default;
 
     /// 1 when all nine fields are equal, the texts by case; otherwise 0.
     char operator==(const ZRMsg& other) const;
     char operator!=(const ZRMsg& other) const;
 
     /// The text for console, debugger and log file.
-    HCString GetText() const { return m_csText; }
+    const HCString& GetText() const { return m_csText; }
     void SetText(const HCString& text) { m_csText = text; }
 
     /// A second, extended text that no line shows.
-    HCString GetTextEx() const { return m_csTextEx; }
+    const HCString& GetTextEx() const { return m_csTextEx; }
     void SetTextEx(const HCString& textEx) { m_csTextEx = textEx; }
 
     /// One of the ZR_MSG_ values. A message of any other type is shown nowhere.
@@ -60,7 +58,7 @@ public:
     void SetDestination(short destination) { m_nDestination = destination; }
 
     /// Where the message was raised, usually class and function; may be empty.
-    HCString GetLocation() const { return m_csLocation; }
+    const HCString& GetLocation() const { return m_csLocation; }
     void SetLocation(const HCString& location) { m_csLocation = location; }
 
     /// Not 0 when an error belongs to the one before it.
@@ -78,40 +76,25 @@ public:
     char IsTrace() const { return m_nType == ZR_MSG_TRACE ? 1 : 0; }
 
 private:
-    // Build messages in one step and read their texts without copying them.
-    friend class ZRMessageHandler;
-    friend class ZRMessageRoute;
-    friend class ZRObservedObjectEvent;
+    friend class ZRMessageHandler; // writes the ID of the sending thread
+    friend class ZRMessageRoute; // fills messages in one step
+    friend class ZRObservedObjectEvent; // likewise
 
     ZRMsg(const HCString& text, short type, const char* location, short level)
         : m_csText(text)
         , m_nType(type)
         , m_nLevel(level)
-        , m_nThreadID(0)
-        , m_nDestination(0)
         , m_csLocation(location)
-        , m_bChainToPrevious(0)
-        , m_nCode(0)
     {
-    }
-
-    void Initialise()
-    {
-        m_nType = ZR_MSG_OUT;
-        m_nLevel = 0;
-        m_nThreadID = 0;
-        m_nDestination = 0;
-        m_bChainToPrevious = 0;
-        m_nCode = 0;
     }
 
     HCString m_csText;
     HCString m_csTextEx;
-    short m_nType;
-    short m_nLevel;
-    unsigned int m_nThreadID;
-    short m_nDestination;
+    short m_nType = ZR_MSG_OUT;
+    short m_nLevel = 0;
+    unsigned int m_nThreadID = 0;
+    short m_nDestination = 0;
     HCString m_csLocation;
-    char m_bChainToPrevious;
-    int m_nCode;
+    char m_bChainToPrevious = 0;
+    int m_nCode = 0;
 };

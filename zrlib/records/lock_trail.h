@@ -27,10 +27,10 @@ public:
     char IsUnlock() const { return m_nType == kUnlock ? 1 : 0; }
 
     /// The identity, a text of 36 characters (HFGenerateGuid).
-    HCString GetGUID() const { return Identity(); }
+    const HCString& GetGUID() const { return m_csGUID; }
 
     /// A text for observers.
-    HCString GetText() const { return m_csText; }
+    const HCString& GetText() const { return m_csText; }
     void SetText(const HCString& text) { m_csText = text; }
 
     /// 0: not stamped yet, 1: lock, 2: unlock.
@@ -47,26 +47,18 @@ public:
     void SetLevel(short level) { m_nLevel = level; }
     short GetDestination() const { return m_nDestination; }
     void SetDestination(short destination) { m_nDestination = destination; }
-    HCString GetLocation() const { return m_csLocation; }
+    const HCString& GetLocation() const { return m_csLocation; }
     void SetLocation(const HCString& location) { m_csLocation = location; }
     int GetCode() const { return m_nCode; }
     void SetCode(int code) { m_nCode = code; }
 
 private:
-    friend class ZRLockTrailHandler; // lists records by their identity
-    friend class ZRObservedObjectEvent; // has a record that mostly nobody looks at
-
-    enum class IdentityWhenAsked {};
-
-    /// A record whose identity is made when it is asked for. To be read by one thread at a time.
-    explicit ZRLockTrail(IdentityWhenAsked) {}
+    friend class ZRLockTrailHandler; // stamps and counts listings
 
     static constexpr short kLock = 1;
     static constexpr short kUnlock = 2;
 
-    const HCString& Identity() const;
-
-    mutable HCString m_csGUID; // empty until it is asked for
+    HCString m_csGUID;
     HCString m_csText;
     short m_nType = 0;
     short m_nLevel = 0;

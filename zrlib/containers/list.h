@@ -1,7 +1,7 @@
 /// ZRList: a linked list.
 #pragma once
 
-#include "zrlib/utilities/ring.h"
+#include "zrlib/containers/ring.h"
 
 /// A doubly linked list. An iterator is valid until its own element is erased. What pointers among the elements point
 /// at is not owned.

@@ -34,16 +34,36 @@ public:
     {
         if (this != &other) {
             ZRStack copy(other);
-            m_storage.Swap(copy.m_storage);
-            m_nGrowBy = copy.m_nGrowBy;
-            m_nTop = copy.m_nTop;
-            m_nCutFrom = copy.m_nCutFrom;
-            m_nCutTo = copy.m_nCutTo;
+            Swap(copy);
         }
         return *this;
     }
 
+    /// Takes over the elements of `other`, which is empty afterwards.
+    ZRStack(ZRStack&& other) noexcept { Swap(other); }
+    ZRStack& operator=(ZRStack&& other) noexcept
+    {
+        ZRStack taken(std::move(other));
+        Swap(taken);
+        return *this;
+    }
+
     virtual ~ZRStack() = default;
+
+    void Swap(ZRStack& other) noexcept
+    {
+        m_storage.Swap(other.m_storage);
+        std::swap(m_nGrowBy, other.m_nGrowBy);
+        std::swap(m_nTop, other.m_nTop);
+        std::swap(m_nCutFrom, other.m_nCutFrom);
+        std::swap(m_nCutTo, other.m_nCutTo);
+    }
+
+    // For range-based loops and algorithms: from the bottom to the top, without what was cut off.
+    T* begin() { return m_storage.Data(); }
+    T* end() { return begin() + Readable(); }
+    const T* begin() const { return m_storage.Data(); }
+    const T* end() const { return begin() + Readable(); }
 
     /// Makes room for exactly that many elements; 0 empties the stack too, a negative number has no effect. A capacity
     /// below the number of elements cuts the upper ones off: they still count, but to read or pop one gives 0, and only
@@ -109,6 +129,9 @@ public:
     int GetCount() const { return m_nTop + 1; }
 
 private:
+    /// Number of elements from the bottom on that can be read.
+    int Readable() const { return std::min(GetCount(), std::min(m_nCutFrom, GetCapacity())); }
+
     hcbase::ElementStorage<T> m_storage;
     int m_nGrowBy = 64;
     int m_nTop = -1; // index of the top element

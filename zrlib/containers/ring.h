@@ -106,6 +106,19 @@ public:
         return *this;
     }
 
+    /// Takes over the cells of `other`, which is empty afterwards.
+    Ring(Ring&& other) noexcept
+        : Ring()
+    {
+        Swap(other);
+    }
+    Ring& operator=(Ring&& other) noexcept
+    {
+        Ring taken(std::move(other));
+        Swap(taken);
+        return *this;
+    }
+
     ~Ring() { Clear(); }
 
     /// End() of either ring is not that of the other afterwards.

@@ -7,14 +7,16 @@
 #include "hcbase/thread.h"
 #include "hcbase/thread_sync.h"
 #include "zrlib/frame/mode.h"
-#include "zrlib/frame/module.h"
+#include "zrlib/frame/seats.h"
+#include "zrlib/frame/short_lock_guard.h"
 #include "zrlib/messaging/message_handler.h"
 #include "zrlib/observation/global_subject.h"
 #include "zrlib/observation/observed_object.h"
 #include "zrlib/observation/progress_texts.h"
-#include "zrlib/registry/object_registry.h"
+#include "zrlib/platform/fork_hooks.h"
 #include "zrlib/registry/process_registry.h"
 #include "zrlib/selfcheck/test_observer.h"
+#include "zrlib/startup/module.h"
 #include "zrlib/sync/global_sync.h"
 #include "zrlib/sync/process_lock_trail_handler.h"
 #include "zrlib/sync/thread_sync.h"
@@ -22,11 +24,44 @@
 
 namespace {
 
-// The subject of progress and of the threading switch. Its name stays empty, because the texts are not there yet.
-ZRModuleObject<ZRObservedObject> globalSubject;
+// First, so that it is there for all others: what fork finds and leaves.
+class ForkHooks {
+public:
+    ForkHooks() noexcept { zr::InstallForkHooks(Lock, Unlock, UnlockInChild); }
+    ~ForkHooks()
+    {
+        if (!zr::Seats::IsAnyTaken()) {
+            zr::Seats::Release();
+        }
+    }
+    ForkHooks(const ForkHooks&) = delete;
+    ForkHooks& operator=(const ForkHooks&) = delete;
 
-ZRModuleObject<HCString> progressTitle;
-ZRModuleObject<HCString> progressUpdateText;
+private:
+    static void Lock()
+    {
+        zr::ShortLockGuard::Lock(zr::g_dataLock);
+        zr::ShortLockGuard::Lock(zr::g_timersLock);
+    }
+    static void Unlock()
+    {
+        zr::ShortLockGuard::Unlock(zr::g_timersLock);
+        zr::ShortLockGuard::Unlock(zr::g_dataLock);
+    }
+    static void UnlockInChild()
+    {
+        zr::Seats::FreeThoseOfOthers();
+        Unlock();
+    }
+};
+
+const ForkHooks forkHooks;
+
+// The subject of progress and of the threading switch. Its name stays empty, because the texts are not there yet.
+zr::ModuleObject<ZRObservedObject> globalSubject;
+
+zr::ModuleObject<HCString> progressTitle;
+zr::ModuleObject<HCString> progressUpdateText;
 
 } // namespace
 
@@ -34,12 +69,12 @@ constinit ZRObservedObject& g_GlobalSubject = globalSubject.object;
 constinit HCString& g_csProgressTitle = progressTitle.object;
 constinit HCString& g_csProgressUpdateText = progressUpdateText.object;
 
-ZRModuleObject<HCThreadSync> g_GlobalSync;
+zr::ModuleObject<HCThreadSync> g_GlobalSync;
 
 // Sends no message while it is built, so that it does not matter that the log file has no name yet.
 ZRModule g_Module;
 
-ZRModuleObject<ZRLockTrailHandler> g_LockTrailHandler;
+zr::ModuleObject<ZRLockTrailHandler> g_LockTrailHandler;
 
 // It goes before the module does, and a thread in the middle of a message may still read it after that: the text is
 // short enough to lie inside the string, whose storage stays.
@@ -55,9 +90,9 @@ const ZRMode g_Mode;
 unsigned int ZRMode::m_main_thread = HCThread::GetCurrentThreadId();
 
 // Empty. When it goes it releases what clients left registered.
-ZRObjectRegistry g_ObjectRegistry;
+zr::ModuleObject<ZRObjectRegistry> g_ObjectRegistry;
 
-ZRModuleObject<TestObserver> g_TestObserver;
+zr::ModuleObject<TestObserver> g_TestObserver;
 
 const HCString ZRText::ICON_FILENAME("IconFileName");
 const HCString ZRText::BITMAP_FILENAME("BitmapFileName");

@@ -1,0 +1,21 @@
+/// Reports for code that stands below messaging, which defines these. Not exported.
+#pragma once
+
+#include "hcbase/string.h"
+
+namespace zr {
+
+// As the message functions of the same names (messaging/message_functions.h), without a location and with level 1.
+
+void ReportOut(const HCString& text);
+void ReportWarn(const HCString& text);
+void ReportError(const HCString& text);
+void ReportTrace(const HCString& text);
+
+/// As ZRErrorSet, with level 1 and without a chain.
+void ReportErrorSet(int code, const char* text, const char* location);
+
+/// Whether messages are on, so that somebody may receive a report.
+bool ReportsAreOn();
+
+} // namespace zr

@@ -1,0 +1,51 @@
+/// Messages in one line.
+#pragma once
+
+#include "zrlib/frame/function_name.h"
+#include "zrlib/messaging/message_functions.h"
+
+// ZR_OUT("read %d files", count);
+//
+// Each is a statement that formats a text as printf does and sends it as the function of its type does
+// (message_functions.h), with the name of the function around it as place ("Map::Check") and level 1; ZR_OUT_AT and its
+// kin take another level first.
+//
+// The format is a literal, so that no text from outside can be taken for one, and the compiler checks the arguments
+// against it. While nobody can receive the message the arguments are not evaluated: a call costs a load and a branch
+// then, whatever they would cost. ZR_ERROR and ZR_ERROR_SET always evaluate and format, because the error is recorded.
+//
+// Threads: any. Errors: those of HCString::Format and of the function.
+
+#define ZR_OUT(...) ZR_OUT_AT(1, __VA_ARGS__)
+#define ZR_WARN(...) ZR_WARN_AT(1, __VA_ARGS__)
+#define ZR_ERROR(...) ZR_ERROR_AT(1, __VA_ARGS__)
+#define ZR_TRACE(...) ZR_TRACE_AT(1, __VA_ARGS__)
+
+#define ZR_OUT_AT(level, ...) ZR_SEND_IF_WANTED_(ZR_MSG_OUT, ZROut, level, __VA_ARGS__)
+#define ZR_WARN_AT(level, ...) ZR_SEND_IF_WANTED_(ZR_MSG_WARN, ZRWarn, level, __VA_ARGS__)
+#define ZR_ERROR_AT(level, ...) ZR_SEND_(ZRError, level, __VA_ARGS__)
+#define ZR_TRACE_AT(level, ...) ZR_SEND_IF_WANTED_(ZR_MSG_TRACE, ZRTrace, level, __VA_ARGS__)
+
+/// ZR_ERROR_SET(code, "no such object: %d", number); the first argument is the code of the error (ZRErrorSet).
+#define ZR_ERROR_SET(code, ...) ZR_ERROR_SET_AT(1, code, __VA_ARGS__)
+#define ZR_ERROR_SET_AT(level, code, ...)                                                                              \
+    ZR_FORMAT_AND_(ZRErrorSet(code, zrText, zrPlace.Text(), 0, level), __VA_ARGS__)
+
+// Not for clients. The empty literal before the arguments joins with a literal and with nothing else.
+
+#define ZR_FORMAT_AND_(send, ...)                                                                                      \
+    do {                                                                                                               \
+        constexpr auto zrPlace = ZR_FUNCTION_NAME();                                                                   \
+        HCString zrText;                                                                                               \
+        zrText.Format("" __VA_ARGS__);                                                                                 \
+        send;                                                                                                          \
+    } while (false)
+
+#define ZR_SEND_(send, level, ...) ZR_FORMAT_AND_(send(zrText, zrPlace.Text(), level), __VA_ARGS__)
+
+#define ZR_SEND_IF_WANTED_(type, send, level, ...)                                                                     \
+    do {                                                                                                               \
+        if (ZRMessageHandler::AreMessagesOn() && ZRMessageHandler::IsWanted(type)) {                                   \
+            ZR_SEND_(send, level, __VA_ARGS__);                                                                        \
+        }                                                                                                              \
+    } while (false)

@@ -1,0 +1,124 @@
+/// ObserverCall: the calls of one broadcast. Not exported.
+#pragma once
+
+#include "hcbase/thread_sync.h"
+#include "zrlib/frame/seats.h"
+#include "zrlib/frame/short_lock_guard.h"
+#include "zrlib/frame/sync_guard.h"
+#include "zrlib/observation/object_observer.h"
+#include "zrlib/observation/observer_list.h"
+
+namespace zr {
+
+/// One attachment of an observer.
+struct ObserverEntry {
+    explicit ObserverEntry(ZRObjectObserver& attached);
+    ObserverEntry(const ObserverEntry& other);
+    ObserverEntry& operator=(const ObserverEntry&) = delete;
+
+    ZRObjectObserver* observer; // not owned
+    HCThreadSync sync; // the observer's, also when the observer is gone and a call still waits for it
+    std::atomic<int> users{1}; // the list, and calls that were under way when it gave the entry up
+};
+
+/// A broadcast says in a seat which observer it is about to call and which one it calls. Whoever detaches an observer
+/// first takes its entry out of the list, so that no call of it begins any more, and then finds those that have begun.
+class ObserverCall {
+public:
+    /// The seat is the calling thread's and not used by another broadcast.
+    ObserverCall(Seat& seat, const ObserverList& list) noexcept
+        : m_seat(seat)
+        , m_list(list)
+    {
+        m_seat.subject.store(&list); // whoever destroys the list sees it, or the call sees an empty list
+    }
+    ~ObserverCall() { m_seat.subject.store(nullptr, std::memory_order_release); }
+    ObserverCall(const ObserverCall&) = delete;
+    ObserverCall& operator=(const ObserverCall&) = delete;
+
+    enum class Outcome { kHandled, kNotThere, kLockFailed };
+
+    /// Calls `handle(observer)` for the observer that is at an index now, with its lock held. kNotThere also when it
+    /// was detached while this thread waited for its lock.
+    template <typename Handle> Outcome Do(int index, Handle handle)
+    {
+        ObserverEntry* const entry = Announce(index);
+        if (entry == nullptr) {
+            return Outcome::kNotThere;
+        }
+        const End end{*this, *entry};
+        const ZRSyncGuard guard(entry->sync);
+        if (!guard.IsHeld()) {
+            return Outcome::kLockFailed;
+        }
+        if (!Start(*entry)) {
+            return Outcome::kNotThere;
+        }
+        handle(*entry->observer);
+        return Outcome::kHandled;
+    }
+
+    // What the word `call` of a seat is while it is not 0: the address of the entry and these bits.
+    static constexpr std::uintptr_t kRuns = 1; // OnEvent was called
+    static constexpr std::uintptr_t kIsGivenUp = 2; // the list has given the entry up; the call is one of its users
+    static constexpr std::uintptr_t kBits = kRuns | kIsGivenUp;
+
+    /// Whether the calling thread is inside OnEvent of an observer.
+    static bool IsInsideOnEvent();
+
+    /// Gives up an entry that no list has any more.
+    static void GiveUp(ObserverEntry& entry);
+
+    /// Waits until no other thread calls the observer, or any with null, for an event of the list.
+    static void Await(const ObserverList& list, const ZRObjectObserver* observer);
+
+private:
+    struct End {
+        ObserverCall& call;
+        ObserverEntry& entry;
+        ~End() { call.Finish(entry); }
+    };
+
+    ObserverEntry* Announce(int index) const
+    {
+        const ShortLockGuard guard(m_list.m_lock);
+        ObserverEntry* const entry = m_list.m_entries.GetAt(index);
+        if (entry != nullptr) {
+            m_seat.observer.store(entry->observer, std::memory_order_relaxed);
+            m_seat.call.store(reinterpret_cast<std::uintptr_t>(entry), std::memory_order_release);
+        }
+        return entry;
+    }
+
+    /// False when the entry was given up.
+    bool Start(const ObserverEntry& entry) const
+    {
+        auto announced = reinterpret_cast<std::uintptr_t>(&entry);
+        if (IsSingleThreaded()) {
+            m_seat.call.store(announced | kRuns, std::memory_order_relaxed);
+            return true;
+        }
+        return m_seat.call.compare_exchange_strong(announced, announced | kRuns);
+    }
+
+    void Finish(ObserverEntry& entry) const
+    {
+        std::uintptr_t call = 0;
+        if (IsSingleThreaded()) {
+            call = m_seat.call.load(std::memory_order_relaxed);
+            m_seat.call.store(0, std::memory_order_relaxed);
+        } else {
+            call = m_seat.call.exchange(0, std::memory_order_acq_rel);
+        }
+        if ((call & kIsGivenUp) != 0) {
+            Release(entry);
+        }
+    }
+
+    static void Release(ObserverEntry& entry);
+
+    Seat& m_seat; // not owned
+    const ObserverList& m_list; // not owned
+};
+
+} // namespace zr

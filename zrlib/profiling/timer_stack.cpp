@@ -1,0 +1,84 @@
+#include "zrlib/profiling/timer_stack.h"
+
+#include "zrlib/frame/short_lock_guard.h"
+#include "zrlib/records/profiler_state.h"
+
+#include <algorithm>
+
+namespace zr {
+
+TimerStack::TimerStack(const TimerStack& other) { *this = other; }
+
+TimerStack& TimerStack::operator=(const TimerStack& other)
+{
+    const ShortLockGuard guard(g_timersLock);
+    other.DropThreadsOfParent();
+    m_entries = other.m_entries;
+    m_forkGeneration = other.m_forkGeneration;
+    return *this;
+}
+
+TimerStack::~TimerStack()
+{
+    const ShortLockGuard guard(g_timersLock);
+    std::vector<Entry>().swap(m_entries); // a late timer finds an empty stack
+}
+
+/// A thread ID names one thread of the process and its children, so those that came along are the one that forked.
+void TimerStack::DropThreadsOfParent() const
+{
+    if (m_forkGeneration == ForkGeneration()) [[likely]] {
+        return;
+    }
+    m_forkGeneration = ForkGeneration();
+    const std::uint32_t survivor = g_forkingThread.load(std::memory_order_relaxed);
+    std::erase_if(m_entries, [survivor](const Entry& entry) { return entry.thread != survivor; });
+}
+
+void TimerStack::Push(ZRProfilerState* state, unsigned int thread)
+{
+    constexpr std::size_t kStep = 64;
+    const ShortLockGuard guard(g_timersLock);
+    DropThreadsOfParent();
+    if (m_entries.size() == m_entries.capacity()) {
+        m_entries.reserve(m_entries.size() + kStep);
+    }
+    m_entries.push_back({state, thread});
+}
+
+ZRProfilerState* TimerStack::Pop()
+{
+    const ShortLockGuard guard(g_timersLock);
+    DropThreadsOfParent();
+    if (m_entries.empty()) {
+        return nullptr;
+    }
+    ZRProfilerState* const top = m_entries.back().state;
+    m_entries.pop_back();
+    return top;
+}
+
+ZRProfilerState* TimerStack::Top() const
+{
+    const ShortLockGuard guard(g_timersLock);
+    DropThreadsOfParent();
+    return m_entries.empty() ? nullptr : m_entries.back().state;
+}
+
+void TimerStack::End(ZRProfilerState& state, unsigned int thread, double elapsed)
+{
+    const ShortLockGuard guard(g_timersLock);
+    DropThreadsOfParent();
+    const auto isOfThread = [thread](const Entry& entry) { return entry.thread == thread; };
+    const auto own = std::find_if(m_entries.rbegin(), m_entries.rend(), isOfThread);
+    if (own != m_entries.rend()) {
+        const auto below = std::find_if(own + 1, m_entries.rend(), isOfThread);
+        if (below != m_entries.rend()) {
+            below->state->Charge(elapsed);
+        }
+        m_entries.erase(std::next(own).base());
+    }
+    state.Record(elapsed, thread);
+}
+
+} // namespace zr

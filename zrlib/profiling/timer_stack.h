@@ -1,0 +1,45 @@
+/// TimerStack: the states whose timers run. For ZRProfilerStateHandler only.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+class ZRProfilerState;
+
+namespace zr {
+
+/// One stack for all threads, whose entries remember their thread. In a forked child the entries of threads that did
+/// not come along are dropped. It never owns the states. Threads: any.
+class TimerStack {
+public:
+    TimerStack() noexcept = default;
+    TimerStack(const TimerStack& other);
+    TimerStack& operator=(const TimerStack& other);
+    ~TimerStack();
+
+    /// Puts a state on top. Makes room for 64 at a time. Throws std::bad_alloc or std::length_error.
+    void Push(ZRProfilerState* state, unsigned int thread);
+
+    /// Takes the top state off, whichever thread's it is. Null when there is none.
+    ZRProfilerState* Pop();
+
+    /// The top state, whichever thread's it is. Null when there is none.
+    ZRProfilerState* Top() const;
+
+    /// Ends a timer: takes the topmost state of its thread off, takes the time out of the self time of the one that is
+    /// then the topmost of that thread, and records the run in `state`.
+    void End(ZRProfilerState& state, unsigned int thread, double elapsed);
+
+private:
+    struct Entry {
+        ZRProfilerState* state; // not owned
+        unsigned int thread; // ID of the thread that has put it there
+    };
+
+    void DropThreadsOfParent() const;
+
+    mutable std::vector<Entry> m_entries;
+    mutable std::uint32_t m_forkGeneration = 0; // of the process that has looked last
+};
+
+} // namespace zr

@@ -1,0 +1,68 @@
+/// ZRRegistration: a library and its objects, registered for the length of a scope.
+#pragma once
+
+#include "hcbase/array.h"
+#include "zrlib/registry/registry_functions.h"
+
+/// Registers a library when it is built, and takes its objects and the library back when it goes, for example when a
+/// plug-in is unloaded.
+///
+///     ZRRegistration roads(0x3000, "Roads");
+///     roads.Add(kBridge, "Bridge");
+///     if (!roads.IsComplete()) { ... } // what was refused was reported
+///
+/// Only what this object has registered itself is taken back. Objects with short codes stay, because they cannot be
+/// unregistered; give full codes.
+///
+/// Threads: one object is used by one thread at a time. Errors: std::bad_alloc from Add, which then has added nothing.
+class [[nodiscard]] ZRRegistration {
+public:
+    /// The arguments of ZRRegisterLibrary.
+    ZRRegistration(int library, const HCString& name)
+        : m_library(library)
+        , m_hasLibrary(ZRRegisterLibrary(library, name) != 0)
+        , m_isComplete(m_hasLibrary)
+    {
+    }
+    ~ZRRegistration()
+    {
+        for (int index = m_codes.GetSize() - 1; index >= 0; --index) {
+            ZRUnregisterObject(m_codes.GetAt(index));
+        }
+        if (m_hasLibrary) {
+            ZRUnregisterLibrary(m_library);
+        }
+    }
+    ZRRegistration(const ZRRegistration&) = delete;
+    ZRRegistration& operator=(const ZRRegistration&) = delete;
+
+    /// Registers an object (ZRRegisterObject, and with a class ID ZRRegisterFactoryObject). Whether it was accepted.
+    bool Add(int code, const HCString& name)
+    {
+        return Keep(code, [&] { return ZRRegisterObject(code, name); });
+    }
+    bool Add(int code, const HCString& name, const HCString& classID)
+    {
+        return Keep(code, [&] { return ZRRegisterFactoryObject(code, name, classID); });
+    }
+
+    /// Whether the library and all objects were accepted so far.
+    bool IsComplete() const noexcept { return m_isComplete; }
+
+private:
+    template <typename Register> bool Keep(int code, Register registerObject)
+    {
+        m_codes.Append(code); // first, so that no object is forgotten when memory runs out
+        if (registerObject() == 0) {
+            m_codes.RemoveAt(m_codes.GetSize() - 1);
+            m_isComplete = false;
+            return false;
+        }
+        return true;
+    }
+
+    int m_library;
+    bool m_hasLibrary;
+    bool m_isComplete;
+    HCArray<int> m_codes; // of the objects that were accepted
+};

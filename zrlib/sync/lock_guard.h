@@ -1,0 +1,79 @@
+/// ZRLockGuard, ZRGlobalLockGuard: hold a lock for the length of a scope.
+#pragma once
+
+#include "zrlib/sync/global_thread_sync.h"
+#include "zrlib/sync/thread_sync.h"
+
+#include <mutex>
+
+/// Locks when it is built and unlocks when it goes, with the reports, the count and the switches of ZRThreadSync.
+///
+///     const ZRLockGuard guard(m_sync, "Map::Load");
+///
+/// Nothing is owned: lock, location and trail must outlive the guard. An exception from an observer of the reports
+/// leaves the lock free when it comes from the constructor, and ends the process when it comes from the destructor,
+/// where only a trail is told.
+///
+/// Threads: a guard belongs to the thread that built it.
+class [[nodiscard]] ZRLockGuard {
+public:
+    /// location: names the place in reports; may be null. trail: as for ZRThreadSync::Lock; may be null.
+    explicit ZRLockGuard(ZRThreadSync& sync, const char* location = nullptr, ZRLockTrail* trail = nullptr)
+        : m_sync(sync)
+        , m_location(location)
+        , m_trail(trail)
+        , m_isHeld(sync.Lock(location, trail) != 0)
+    {
+    }
+    ~ZRLockGuard()
+    {
+        if (m_isHeld) {
+            m_sync.Unlock(m_location, m_trail);
+        }
+    }
+    ZRLockGuard(const ZRLockGuard&) = delete;
+    ZRLockGuard& operator=(const ZRLockGuard&) = delete;
+
+    /// Whether the lock could be taken. True also while it is switched off.
+    bool IsHeld() const noexcept { return m_isHeld; }
+
+private:
+    ZRThreadSync& m_sync; // not owned
+    const char* m_location; // not owned
+    ZRLockTrail* m_trail; // not owned
+    bool m_isHeld;
+};
+
+/// Holds the lock that all libraries of the process share (ZRGlobalThreadSync). Threads: a guard belongs to the thread
+/// that built it.
+class [[nodiscard]] ZRGlobalLockGuard {
+public:
+    explicit ZRGlobalLockGuard(const char* location = nullptr)
+        : m_location(location)
+        , m_isHeld(ZRGlobalThreadSync::Lock(location) != 0)
+    {
+    }
+    ~ZRGlobalLockGuard()
+    {
+        if (m_isHeld) {
+            ZRGlobalThreadSync::Unlock(m_location);
+        }
+    }
+    ZRGlobalLockGuard(const ZRGlobalLockGuard&) = delete;
+    ZRGlobalLockGuard& operator=(const ZRGlobalLockGuard&) = delete;
+
+    /// False once the library's own objects have gone.
+    bool IsHeld() const noexcept { return m_isHeld; }
+
+private:
+    const char* m_location; // not owned
+    bool m_isHeld;
+};
+
+// The guards of the standard library would take the lock of the base class, without reports, count and off-switch.
+// These declarations make that an error: use ZRLockGuard.
+namespace std {
+template <> class lock_guard<ZRThreadSync>;
+template <> class unique_lock<ZRThreadSync>;
+template <> class scoped_lock<ZRThreadSync>;
+} // namespace std
