@@ -59,7 +59,7 @@ std::string ReasonOf(int error) { return std::generic_category().message(error);
 constexpr int kFirstOwn = 3; // descriptor behind those of standard input, output and error
 
 /// Whether one of the three standard descriptors may be closed, as in many daemons. What is opened then takes its
-/// place, and what some other code prints lands in it.
+/// place, and what some other code prints lands in it. One that is closed later is noticed by the next opening.
 constinit std::atomic<bool> g_aStandardOneMayBeClosed{true}; // nobody has looked yet
 
 /// As open. Does not wait for the reader of a pipe, though for whoever holds a lease on a file.
