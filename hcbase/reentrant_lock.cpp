@@ -4,6 +4,17 @@
 
 namespace hcbase {
 
+bool ReentrantLock::LockTaken() noexcept
+{
+    const system::ThreadMark self = system::CurrentThreadMark();
+    if (m_holder.load(std::memory_order_relaxed) == self) {
+        return CountOneMore();
+    }
+    Wait();
+    m_holder.store(self, std::memory_order_relaxed);
+    return true;
+}
+
 // The second mutex of Ulrich Drepper, "Futexes Are Tricky" (2011): a thread that has to wait marks the word as awaited
 // each time it tries, because it cannot know whether others still wait. So a wake-up may find nobody, but none is
 // missed.

@@ -20,17 +20,11 @@ public:
     /// False when the calling thread holds the lock as often as can be counted.
     bool Lock() noexcept HC_ACQUIRE()
     {
-        const system::ThreadMark self = system::CurrentThreadMark();
         if (TryTake()) [[likely]] {
-            m_holder.store(self, std::memory_order_relaxed);
+            m_holder.store(system::CurrentThreadMark(), std::memory_order_relaxed);
             return true;
         }
-        if (m_holder.load(std::memory_order_relaxed) == self) {
-            return CountOneMore();
-        }
-        Wait();
-        m_holder.store(self, std::memory_order_relaxed);
-        return true;
+        return LockTaken();
     }
 
     /// Takes the lock if nobody else holds it; otherwise gives false at once. False too when the calling thread holds
@@ -99,6 +93,7 @@ private:
         return canCount;
     }
 
+    bool LockTaken() noexcept; // out of line, so that the usual way needs no frame
     void Wait() noexcept;
     bool TakeWithPauses() noexcept;
     void WakeAnother() noexcept;

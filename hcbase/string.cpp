@@ -70,11 +70,12 @@ bool FormatPlainly(char* buffer, std::size_t size, const char* format, std::va_l
     };
     const auto putText = [&put](const char* text) { return text != nullptr && put(text, std::strlen(text)); };
     while (true) {
-        const std::size_t literal = std::strcspn(format, "%");
-        if (!put(format, literal)) {
-            return false;
+        for (; *format != '%' && *format != '\0'; ++format) { // most pieces are too short for a call
+            if (out == end) {
+                return false;
+            }
+            *out++ = *format;
         }
-        format += literal;
         if (*format == '\0') {
             length = static_cast<std::size_t>(out - buffer);
             return true;
@@ -149,7 +150,6 @@ const HCString& HCString::operator=(const char* text)
 
 void HCString::Format(const char* format, ...)
 {
-    const hcbase::system::KeepErrno keep;
     char buffer[kFormatBufferSize];
     std::va_list arguments;
     if (format != nullptr) {
@@ -162,6 +162,7 @@ void HCString::Format(const char* format, ...)
             return;
         }
     }
+    const hcbase::system::KeepErrno keep;
     va_start(arguments, format);
     const int length = format != nullptr ? std::vsnprintf(buffer, sizeof(buffer), format, arguments) : -1;
     va_end(arguments);

@@ -22,12 +22,12 @@ public:
         : m_sync(sync)
         , m_location(location)
         , m_trail(trail)
-        , m_isHeld(sync.Lock(location, trail) != 0)
+        , m_isHeld(sync.LockUnreported(trail) || sync.Lock(location, trail) != 0)
     {
     }
     ~ZRLockGuard()
     {
-        if (m_isHeld) {
+        if (m_isHeld && !m_sync.UnlockUnreported(m_trail)) {
             m_sync.Unlock(m_location, m_trail);
         }
     }

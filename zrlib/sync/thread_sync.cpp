@@ -6,7 +6,6 @@
 #include "zrlib/platform/thread_mark.h"
 #include "zrlib/platform/tick_counter.h"
 #include "zrlib/sync/lock_trail_functions.h"
-#include "zrlib/sync/threading_switch.h"
 #include "zrlib/utilities/fixed_text.h"
 
 namespace {
@@ -22,8 +21,6 @@ ZRThreadSync::ZRThreadSync(const ZRThreadSync& other) = default;
 ZRThreadSync& ZRThreadSync::operator=(const ZRThreadSync& other) = default;
 
 ZRThreadSync::~ZRThreadSync() = default;
-
-bool ZRThreadSync::IsOn() const { return g_bThreadingEnabled.load(std::memory_order_relaxed) != 0 && m_bActive != 0; }
 
 /// The two steps with their count, which is changed only while the lock is held, so that it need not be an atomic
 /// addition, which would cost as much as the lock. So it is counted down before the lock is given up, and only by a

@@ -4,6 +4,7 @@
 #include "hcbase/thread_sync.h"
 #include "zrlib/export.h"
 #include "zrlib/frame/relaxed.h"
+#include "zrlib/sync/threading.h"
 
 #include <cstdint>
 
@@ -73,9 +74,12 @@ public:
     static char IsNotMainThread();
 
 private:
+    friend class ZRLockGuard;
     struct Counted;
 
-    bool IsOn() const;
+    bool IsOn() const { return g_bThreadingEnabled.load(std::memory_order_relaxed) != 0 && m_bActive != 0; }
+    bool LockUnreported(ZRLockTrail* trail);
+    bool UnlockUnreported(ZRLockTrail* trail);
     char LockTimed(const char* location, ZRLockTrail* trail);
 
     zr::Relaxed<int> m_nLockCount; // for reports only
@@ -87,3 +91,31 @@ private:
 
     static unsigned int m_main_thread; // written once while the library loads
 };
+
+// What Lock and Unlock do when there is nothing to report, for ZRLockGuard: without a call into this library. They give
+// false when they have done nothing. The count goes down while the lock is still held, as whoever has a guard holds it.
+
+inline bool ZRThreadSync::LockUnreported(ZRLockTrail* trail)
+{
+    if (trail != nullptr || m_bReport != 0 || !IsOn() || lock() == 0) {
+        return false;
+    }
+    m_nLockCount = m_nLockCount + 1;
+    return true;
+}
+
+inline bool ZRThreadSync::UnlockUnreported(ZRLockTrail* trail)
+{
+    if (trail != nullptr || !IsOn()) {
+        return false;
+    }
+    const int count = m_nLockCount - 1;
+    m_nLockCount = count;
+    if (count == 0) {
+        m_nHolder = 0;
+    }
+    if (unlock() == 0) { // was given up with `unlock`
+        m_nLockCount = m_nLockCount + 1;
+    }
+    return true;
+}

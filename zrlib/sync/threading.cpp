@@ -6,7 +6,6 @@
 #include "zrlib/observation/global_subject.h"
 #include "zrlib/observation/observed_object.h"
 #include "zrlib/observation/observed_object_event.h"
-#include "zrlib/sync/threading_switch.h"
 
 constinit std::atomic<char> g_bThreadingEnabled{1};
 

@@ -3,6 +3,11 @@
 
 #include "zrlib/export.h"
 
+#include <atomic>
+
+/// The switch, for what is compiled into clients. Others use the two functions below.
+ZR_API extern std::atomic<char> g_bThreadingEnabled;
+
 extern "C" {
 
 // While the switch is 0, ZRThreadSync locks nothing; HCThreadSync and ZRGlobalThreadSync do not ask it. It is 1 at
