@@ -84,11 +84,11 @@ public:
     }
 
     /// Number of elements.
-    int GetSize() const { return m_nSize; }
+    [[nodiscard]] int GetSize() const noexcept { return m_nSize; }
 
     /// The elements; null when there are none.
-    T* GetData() { return m_nSize > 0 ? m_storage.Data() : nullptr; }
-    const T* GetData() const { return m_nSize > 0 ? m_storage.Data() : nullptr; }
+    [[nodiscard]] T* GetData() { return m_nSize > 0 ? m_storage.Data() : nullptr; }
+    [[nodiscard]] const T* GetData() const { return m_nSize > 0 ? m_storage.Data() : nullptr; }
 
     // For range-based loops and algorithms.
     T* begin() { return m_storage.Data(); }
@@ -97,11 +97,11 @@ public:
     const T* end() const { return begin() + m_nSize; }
 
     /// The element at an index from 0. Outside the bounds an element with the value T(), which must not be written to.
-    T& GetAt(int index) { return IsInBounds(index) ? m_storage.Data()[index] : s_none; }
-    const T& GetAt(int index) const { return IsInBounds(index) ? m_storage.Data()[index] : s_none; }
+    [[nodiscard]] T& GetAt(int index) { return IsInBounds(index) ? m_storage.Data()[index] : s_none; }
+    [[nodiscard]] const T& GetAt(int index) const { return IsInBounds(index) ? m_storage.Data()[index] : s_none; }
 
     /// The lowest index with an element equal to `value`; -1 when there is none.
-    int Find(T value) const
+    [[nodiscard]] int Find(T value) const
     {
         for (int index = 0; index < m_nSize; ++index) {
             if (m_storage.Data()[index] == value) {
@@ -133,8 +133,8 @@ public:
 
 protected:
     /// Number of elements that there is room for.
-    int GetCapacity() const { return m_storage.Size(); }
-    int GetGrowBy() const { return m_nGrowBy; }
+    [[nodiscard]] int GetCapacity() const { return m_storage.Size(); }
+    [[nodiscard]] int GetGrowBy() const noexcept { return m_nGrowBy; }
 
 private:
     static constexpr int kDefaultGrowBy = 10;

@@ -15,7 +15,7 @@ public:
     virtual ~HCFileSystem();
 
     /// The part of `path` behind the last separator of directories; the whole of it when there is none.
-    HCString GetFileName(const HCString& path);
+    [[nodiscard]] HCString GetFileName(const HCString& path);
 
     /// 1 when the file, or the directory, exists; `status` is then filled, otherwise left as it is. Follows links, so a
     /// dangling one does not exist.
@@ -25,7 +25,7 @@ public:
     int DelFile(const HCString& path);
 
     /// The current directory of the process. `path` is reserved, give an empty text.
-    HCString GetCurDirectory(const HCString& path);
+    [[nodiscard]] HCString GetCurDirectory(const HCString& path);
 
     /// Sizes in bytes of the disk that holds `path`: what the calling account may still write, the whole disk, and what
     /// is free on it. Each pointer may be null. 1 on success; otherwise, and for a null `path`, 0 and nothing is

@@ -11,9 +11,10 @@
 /// When nobody knows a home, which is told on standard error once, and for any other name the text is empty. The
 /// environment is asked afresh each time, the account database once for each user ID. Threads: any, while none changes
 /// the environment.
-HC_API HCString HFTranslateName(const HCString& name);
+[[nodiscard]] HC_API HCString HFTranslateName(const HCString& name);
 
 /// Joins directory, name and extension to a path, with just one separator between directory and name, however many they
 /// bring along themselves, and a dot before the extension. An empty directory gives a path without one, an empty
 /// extension a path without the dot.
-HC_API HCString HFBuildFilename(const HCString& directory, const HCString& name, const HCString& extension);
+[[nodiscard]] HC_API HCString HFBuildFilename(
+    const HCString& directory, const HCString& name, const HCString& extension);

@@ -9,4 +9,4 @@
 /// `value` in the number system of `base`, 2 to 36: a minus sign for a negative number and the digits 0 to 9, a to z,
 /// without leading zeros or grouping, whatever the locale. Any other base gives an empty text. The third argument is
 /// reserved, give 0.
-HC_API HCString HFFormat64(std::int64_t value, int base, int reserved);
+[[nodiscard]] HC_API HCString HFFormat64(std::int64_t value, int base, int reserved);

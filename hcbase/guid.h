@@ -9,4 +9,4 @@
 /// threads, processes and fork, though not across `_Fork` and `vfork`, which run no hooks. It is meant to be unique,
 /// not secret: do not use it as a password. Each thread has its own generator, seeded by the system at the first call
 /// and again in a forked child. Takes no lock.
-HC_API HCString HFGenerateGuid();
+[[nodiscard]] HC_API HCString HFGenerateGuid();

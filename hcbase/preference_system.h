@@ -26,7 +26,7 @@ public:
     /// `[Libraries.zrlib]`. 1 or 0; `defaultValue` when the key does not exist, its value is no boolean, or the file
     /// cannot be read or parsed, or there is no memory for it, which is told on standard error too. A null key does not
     /// exist, nor can an entry be reached that has a slash in its name.
-    char GetBooleanValue(const char* key, char defaultValue);
+    [[nodiscard]] char GetBooleanValue(const char* key, char defaultValue);
 
 private:
     struct Store;

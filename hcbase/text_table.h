@@ -34,5 +34,5 @@ HC_API char HFTextRelease(HCTextHandle handle);
 HC_API char HFTextGet(HCTextHandle handle, int code, const char** text);
 
 /// The handle of the table registered under `name`, of several the newest; 0 when there is none.
-HC_API HCTextHandle HFTextFind(const char* name);
+[[nodiscard]] HC_API HCTextHandle HFTextFind(const char* name);
 }

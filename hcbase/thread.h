@@ -39,7 +39,7 @@ public:
     static unsigned int GetCurrentThreadId() noexcept;
 
     /// 1 when both IDs name one thread. 0 names none.
-    static char AreSameThread(unsigned int first, unsigned int second) noexcept;
+    [[nodiscard]] static char AreSameThread(unsigned int first, unsigned int second) noexcept;
 
 private:
     bool HasThread() const noexcept;

@@ -19,10 +19,10 @@ public:
     virtual ~HCTime();
 
     /// Whole seconds since 1970-01-01 00:00, negative before it.
-    std::int64_t GetSeconds() const noexcept { return m_seconds; }
+    [[nodiscard]] std::int64_t GetSeconds() const noexcept { return m_seconds; }
 
     /// Nanoseconds beyond the whole seconds, 0 to 999,999,999.
-    std::int32_t GetNanoseconds() const noexcept { return m_nanoseconds; }
+    [[nodiscard]] std::int32_t GetNanoseconds() const noexcept { return m_nanoseconds; }
 
 private:
     std::int64_t m_seconds = 0;

@@ -45,7 +45,7 @@ int main()
 {
     g_isLoaded = true;
     if (ZRMessageHandler* const handler = ZRGetMessageHandler()) {
-        handler->GetObserverCount();
+        static_cast<void>(handler->GetObserverCount());
     }
     ZRSetMessagesEnabled(1);
     ZRSetAllFlags(ZR_DEST_FILE);

@@ -120,12 +120,12 @@ int main()
     runForEver([] {
         HCVersion version;
         HFVersionGet("ZRLIB", version);
-        HFTextFind("ZRLib");
+        static_cast<void>(HFTextFind("ZRLib"));
         const ZRObservedObject named;
         ZRMath::Divide(1, 0);
-        ZRGetOpSysName(12);
-        ZRGetObjectMirror(0x1001);
-        ZRGetRegisteredObjectName(0);
+        static_cast<void>(ZRGetOpSysName(12));
+        static_cast<void>(ZRGetObjectMirror(0x1001));
+        static_cast<void>(ZRGetRegisteredObjectName(0));
     });
 #if !defined(_WIN32)
     runForEver([] { // of threads each of which makes a record and gives it back

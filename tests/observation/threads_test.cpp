@@ -109,7 +109,7 @@ TEST_F(Threads, ObserversComeAndGoWhileOthersSend)
                 auto guest = std::make_unique<Guest>(); // destroyed right behind its detachment
                 for (ZRObservedObject* const subject : subjects) {
                     const ZRAttachment attachment(*subject, *guest);
-                    subject->GetObserver(0);
+                    static_cast<void>(subject->GetObserver(0));
                     EXPECT_EQ(subject->IsAttached(guest.get()), 1);
                 }
                 ZRAttachment attachment(*guest);
@@ -242,7 +242,7 @@ TEST_F(Threads, TheRegistryServesAll)
             HCString unknown;
             unknown.Format("object with ID 0x%08X", static_cast<unsigned int>(first | 0xFFF));
             EXPECT_STREQ(ZRGetObjectName(first | 0xFFF, nullptr), unknown);
-            ZRGetRegisteredObjectID(ZRGetRegisteredObjectCount() / 2);
+            static_cast<void>(ZRGetRegisteredObjectID(ZRGetRegisteredObjectCount() / 2));
             for (int object = 0; object < 20; ++object) {
                 EXPECT_EQ(ZRUnregisterObject(first + object), 1);
             }
@@ -253,7 +253,7 @@ TEST_F(Threads, TheRegistryServesAll)
         void OnEvent(ZRObservedObjectEvent* /*event*/) override
         {
             ZRRegisterLibrary(0xF000, "Other");
-            ZRGetRegisteredObjectCount();
+            static_cast<void>(ZRGetRegisteredObjectCount());
             ZRUnregisterLibrary(0xF000);
         }
     };

@@ -22,7 +22,7 @@ public:
     /// End() of either list is not that of the other afterwards.
     void Swap(ZRList& other) noexcept { m_ring.Swap(other.m_ring); }
 
-    int GetCount() const { return m_ring.GetCount(); }
+    [[nodiscard]] int GetCount() const noexcept { return m_ring.GetCount(); }
 
     Iterator Begin() { return m_ring.Begin(); }
     Iterator End() { return m_ring.End(); }

@@ -86,7 +86,7 @@ public:
     }
 
     /// Number of elements that there is room for.
-    int GetCapacity() const { return m_storage.Size(); }
+    [[nodiscard]] int GetCapacity() const { return m_storage.Size(); }
 
     /// Puts a value on top.
     void Push(T value)
@@ -126,7 +126,7 @@ public:
         return 1;
     }
 
-    int GetCount() const { return m_nTop + 1; }
+    [[nodiscard]] int GetCount() const { return m_nTop + 1; }
 
 private:
     /// Number of elements from the bottom on that can be read.

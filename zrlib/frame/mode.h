@@ -35,18 +35,18 @@ public:
     ZRMode& operator=(const ZRMode& other);
     virtual ~ZRMode();
 
-    static char IsThreading();
-    static char IsCacheQueueing();
-    static char IsThreadBasedCache();
-    static char IsCache();
-    static char IsForceRunInSingleThread();
-    static char IsTTStreaming();
-    static char IsThreadingChannelLocking();
-    static char IsForceMainThreadToUseStreamBasedCache();
-    static char IsOutEnabled();
-    static char IsWarnEnabled();
-    static char IsErrorEnabled();
-    static char IsTraceEnabled();
+    [[nodiscard]] static char IsThreading();
+    [[nodiscard]] static char IsCacheQueueing();
+    [[nodiscard]] static char IsThreadBasedCache();
+    [[nodiscard]] static char IsCache();
+    [[nodiscard]] static char IsForceRunInSingleThread();
+    [[nodiscard]] static char IsTTStreaming();
+    [[nodiscard]] static char IsThreadingChannelLocking();
+    [[nodiscard]] static char IsForceMainThreadToUseStreamBasedCache();
+    [[nodiscard]] static char IsOutEnabled();
+    [[nodiscard]] static char IsWarnEnabled();
+    [[nodiscard]] static char IsErrorEnabled();
+    [[nodiscard]] static char IsTraceEnabled();
     static char SendToMsgView();
     static char SendToConsole();
     static char SendToDebugger();
@@ -61,10 +61,10 @@ public:
     static void SetForceMainThreadToUseStreamBasedCache(char forceMainThreadToUseStreamBasedCache);
 
     /// 1 on the thread that loaded the library, whichever thread of the process that was; 0 on every other.
-    static char IsMainThread();
+    [[nodiscard]] static char IsMainThread();
 
     /// The opposite of IsMainThread.
-    static char IsWorkerThread();
+    [[nodiscard]] static char IsWorkerThread();
 
 protected:
     /// Do nothing and give 0: the switches need no lock.

@@ -7,7 +7,7 @@
 
 /// The one message handler of the process. The library owns it and takes it away when it is unloaded or the process
 /// ends; the functions below look after that themselves. Never null once the library is loaded.
-ZR_API ZRMessageHandler* ZRGetMessageHandler();
+[[nodiscard]] ZR_API ZRMessageHandler* ZRGetMessageHandler();
 
 extern "C" {
 
@@ -50,10 +50,10 @@ ZR_API void ZRSetWarnFlags(short flags);
 ZR_API void ZRSetErrorFlags(short flags);
 ZR_API void ZRSetTraceFlags(short flags);
 ZR_API void ZRSetAllFlags(short flags);
-ZR_API short ZRGetOutFlags();
-ZR_API short ZRGetWarnFlags();
-ZR_API short ZRGetErrorFlags();
-ZR_API short ZRGetTraceFlags();
+[[nodiscard]] ZR_API short ZRGetOutFlags();
+[[nodiscard]] ZR_API short ZRGetWarnFlags();
+[[nodiscard]] ZR_API short ZRGetErrorFlags();
+[[nodiscard]] ZR_API short ZRGetTraceFlags();
 
 // The enabled bits. They stop no message; they are kept for those who ask.
 
@@ -62,14 +62,14 @@ ZR_API void ZRSetWarnEnabled(char enabled);
 ZR_API void ZRSetErrorEnabled(char enabled);
 ZR_API void ZRSetTraceEnabled(char enabled);
 ZR_API void ZRSetAllEnabled(char enabled);
-ZR_API char ZRIsOutEnabled();
-ZR_API char ZRIsWarnEnabled();
-ZR_API char ZRIsErrorEnabled();
-ZR_API char ZRIsTraceEnabled();
+[[nodiscard]] ZR_API char ZRIsOutEnabled();
+[[nodiscard]] ZR_API char ZRIsWarnEnabled();
+[[nodiscard]] ZR_API char ZRIsErrorEnabled();
+[[nodiscard]] ZR_API char ZRIsTraceEnabled();
 
 /// The master switch: with 0 no message is sent anywhere.
 ZR_API void ZRSetMessagesEnabled(char enabled);
-ZR_API char ZRGetMessagesEnabled();
+[[nodiscard]] ZR_API char ZRGetMessagesEnabled();
 }
 
 // The same for texts that are no string yet. While messages are off they cost next to nothing: no string is made.

@@ -65,17 +65,17 @@ public:
 
     /// The master switch, as it was set. Observers are told of a change, by the thread that makes it and without the
     /// lock.
-    char GetEnabled() const;
+    [[nodiscard]] char GetEnabled() const;
     void SetEnabled(char enabled);
 
     /// The same without a handler.
-    static char GetSwitch() noexcept { return m_bEnabled.load(std::memory_order_relaxed); }
+    [[nodiscard]] static char GetSwitch() noexcept { return m_bEnabled.load(std::memory_order_relaxed); }
 
     /// Whether the master switch is on.
-    static bool AreMessagesOn() noexcept { return GetSwitch() != 0; }
+    [[nodiscard]] static bool AreMessagesOn() noexcept { return GetSwitch() != 0; }
 
     /// Whether a message of a type, sent by the handler of the process, would reach anybody: a line or an observer.
-    static bool IsWanted(short type) noexcept;
+    [[nodiscard]] static bool IsWanted(short type) noexcept;
 
     // The enabled bits.
     static void SetOutEnabled(char enabled);
@@ -83,19 +83,19 @@ public:
     static void SetErrorEnabled(char enabled);
     static void SetTraceEnabled(char enabled);
     static void SetAllEnabled(char enabled);
-    static char IsOutEnabled();
-    static char IsWarnEnabled();
-    static char IsErrorEnabled();
-    static char IsTraceEnabled();
+    [[nodiscard]] static char IsOutEnabled();
+    [[nodiscard]] static char IsWarnEnabled();
+    [[nodiscard]] static char IsErrorEnabled();
+    [[nodiscard]] static char IsTraceEnabled();
 
     /// 1 when `type` is a single bit and that bit is set.
-    static char IsTypeEnabled(short type);
+    [[nodiscard]] static char IsTypeEnabled(short type);
 
     // The flag words.
-    static short GetOutFlags();
-    static short GetWarnFlags();
-    static short GetErrorFlags();
-    static short GetTraceFlags();
+    [[nodiscard]] static short GetOutFlags();
+    [[nodiscard]] static short GetWarnFlags();
+    [[nodiscard]] static short GetErrorFlags();
+    [[nodiscard]] static short GetTraceFlags();
     static void SetOutFlags(short flags);
     static void SetWarnFlags(short flags);
     static void SetErrorFlags(short flags);
@@ -121,14 +121,14 @@ public:
     static void SetTraceFile(char on);
 
     /// 1 when `destination` is a single bit that is set in the flag word of `type`; 0 for an unknown type.
-    static char IsDestinationEnabled(short destination, short type);
-    static char IsMsgViewEnabled(short type);
-    static char IsConsoleEnabled(short type);
-    static char IsDebuggerEnabled(short type);
-    static char IsFileEnabled(short type);
+    [[nodiscard]] static char IsDestinationEnabled(short destination, short type);
+    [[nodiscard]] static char IsMsgViewEnabled(short type);
+    [[nodiscard]] static char IsConsoleEnabled(short type);
+    [[nodiscard]] static char IsDebuggerEnabled(short type);
+    [[nodiscard]] static char IsFileEnabled(short type);
 
     /// As IsDestinationEnabled, but 0 while the enabled bit of `type` is clear. Mind the order of the arguments.
-    static char GetFlagFromType(short type, short destination);
+    [[nodiscard]] static char GetFlagFromType(short type, short destination);
 
 protected:
     /// Take and give back the lock of the handler; `location` is not used. 1 on success.

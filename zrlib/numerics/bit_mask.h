@@ -20,7 +20,7 @@ public:
     static T BitSetCount(T value) { return Count(ToBits(value)); }
 
     /// Position of the lowest bit that is set. 0 also when none is.
-    static T GetFirstNonZeroBitPosition(T value)
+    [[nodiscard]] static T GetFirstNonZeroBitPosition(T value)
     {
         const Bits bits = ToBits(value);
         const Bits below = static_cast<Bits>(Lowest(bits) - 1U);
@@ -28,22 +28,22 @@ public:
     }
 
     /// Whether the bit at a position is set. 0 for positions that there are not.
-    static char IsBitPositionSet(T value, T position)
+    [[nodiscard]] static char IsBitPositionSet(T value, T position)
     {
         return ToBits(position) < NBITS ? static_cast<char>(ToBits(value) >> ToBits(position) & 1U) : char{0};
     }
 
     /// Whether the bit with a weight is set. 0 when the weight is not that of a single bit.
-    static char IsBitWeightSet(T value, T weight)
+    [[nodiscard]] static char IsBitWeightSet(T value, T weight)
     {
         return static_cast<char>(IsSingleBit(ToBits(weight)) && (ToBits(value) & ToBits(weight)) != 0);
     }
 
     /// Weight of the only bit that is set, which is the value itself. 0 when none or more than one is.
-    static T GetBitWeight(T value) { return IsSingleBit(ToBits(value)) ? value : T{0}; }
+    [[nodiscard]] static T GetBitWeight(T value) { return IsSingleBit(ToBits(value)) ? value : T{0}; }
 
-    static char IsEven(T value) { return IsOdd(value) == 0 ? 1 : 0; }
-    static char IsOdd(T value) { return static_cast<char>(ToBits(value) & 1U); }
+    [[nodiscard]] static char IsEven(T value) { return IsOdd(value) == 0 ? 1 : 0; }
+    [[nodiscard]] static char IsOdd(T value) { return static_cast<char>(ToBits(value) & 1U); }
 
 private:
     using Bits = std::make_unsigned_t<T>;

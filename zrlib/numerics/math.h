@@ -42,9 +42,9 @@ public:
     // of this class the answer may be about theirs, and an error of this thread's own may be wiped out before it is
     // asked for. The record of the thread itself (HFErrorGet) is exact.
 
-    static int GetLastError();
+    [[nodiscard]] static int GetLastError();
     static char NoError();
-    static char IsError();
+    [[nodiscard]] static char IsError();
     static void ResetError();
 
     /// Reports one of the codes above and keeps it. Any other code does nothing.

@@ -17,7 +17,7 @@
 /// observer is not called any more.
 ///
 /// Threads: one object is used by one thread at a time.
-class ZRAttachment {
+class [[nodiscard]] ZRAttachment {
 public:
     /// Attached to nothing.
     ZRAttachment() noexcept = default;
@@ -64,7 +64,7 @@ public:
     }
 
     /// Whether there is something to detach.
-    bool IsAttached() const noexcept { return m_observer != nullptr; }
+    [[nodiscard]] bool IsAttached() const noexcept { return m_observer != nullptr; }
 
 private:
     ZRObservedObject* m_subject = nullptr; // not owned; null for that of the process

@@ -33,7 +33,7 @@ public:
     virtual ~ZRObjectObserver();
 
     virtual void SetName(const HCString& name);
-    virtual HCString GetName() const;
+    [[nodiscard]] virtual HCString GetName() const;
 
     /// Handles an event, which is the sender's and goes when the call returns. Does nothing here.
     ///
@@ -54,7 +54,7 @@ public:
     virtual void OnEvent(ZRObservedObjectEvent* event);
 
     /// The subject to which this observer was attached last; null when it was detached since, from whichever subject.
-    ZRObservedObject* GetZRSubject() const { return m_pSubject; }
+    [[nodiscard]] ZRObservedObject* GetZRSubject() const noexcept { return m_pSubject; }
 
 protected:
     void SetZRSubject(ZRObservedObject* subject) { m_pSubject = subject; }

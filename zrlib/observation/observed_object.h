@@ -49,14 +49,14 @@ public:
     virtual char AdjustEvent(ZRObservedObjectEvent* event);
 
     virtual void SetName(const HCString& name);
-    virtual HCString GetName() const;
+    [[nodiscard]] virtual HCString GetName() const;
 
-    int GetObserverCount() const { return m_Observers.GetCount(); }
+    [[nodiscard]] int GetObserverCount() const noexcept { return m_Observers.GetCount(); }
 
     /// The observer at an index from 0; null when there is none.
-    ZRObjectObserver* GetObserver(int index) const;
+    [[nodiscard]] ZRObjectObserver* GetObserver(int index) const;
 
-    char IsAttached(ZRObjectObserver* observer) const;
+    [[nodiscard]] char IsAttached(ZRObjectObserver* observer) const;
 
 protected:
     /// Back to no observers and the name "Untitled". The observers are not told.

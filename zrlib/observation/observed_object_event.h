@@ -54,22 +54,22 @@ public:
     int Broadcast(ZRObservedObject* source, char flag);
 
     /// What has happened.
-    std::int32_t GetCode() const { return m_nCode; }
+    [[nodiscard]] std::int32_t GetCode() const noexcept { return m_nCode; }
     void SetCode(std::int32_t code) { m_nCode = code; }
 
     /// The subject that sends the event.
-    ZRObservedObject* GetSource() const { return m_pSource; }
+    [[nodiscard]] ZRObservedObject* GetSource() const noexcept { return m_pSource; }
     void SetSource(ZRObservedObject* source) { m_pSource = source; }
 
     // Texts and records are references to the event's own, valid until it is changed or goes.
 
-    const HCString& GetText() const { return m_bTextOfMsg != 0 ? m_Msg.GetText() : m_csText; }
+    [[nodiscard]] const HCString& GetText() const { return m_bTextOfMsg != 0 ? m_Msg.GetText() : m_csText; }
     void SetText(const HCString& text)
     {
         TakeTextsOfMsg();
         m_csText = text;
     }
-    const HCString& GetTextEx() const { return m_bTextOfMsg != 0 ? m_Msg.GetTextEx() : m_csTextEx; }
+    [[nodiscard]] const HCString& GetTextEx() const { return m_bTextOfMsg != 0 ? m_Msg.GetTextEx() : m_csTextEx; }
     void SetTextEx(const HCString& textEx)
     {
         TakeTextsOfMsg();
@@ -77,28 +77,28 @@ public:
     }
 
     /// Percent, for the events of progress.
-    std::int32_t GetCount() const { return m_nCount; }
+    [[nodiscard]] std::int32_t GetCount() const noexcept { return m_nCount; }
     void SetCount(std::int32_t count) { m_nCount = count; }
 
     /// An on/off state.
-    char GetState() const { return m_bState; }
+    [[nodiscard]] char GetState() const noexcept { return m_bState; }
     void SetState(char state) { m_bState = state; }
 
     // The ends of a range.
-    std::int32_t GetMin() const { return m_nMin; }
+    [[nodiscard]] std::int32_t GetMin() const noexcept { return m_nMin; }
     void SetMin(std::int32_t min) { m_nMin = min; }
-    std::int32_t GetMax() const { return m_nMax; }
+    [[nodiscard]] std::int32_t GetMax() const noexcept { return m_nMax; }
     void SetMax(std::int32_t max) { m_nMax = max; }
 
-    const ZRMsg& GetMsg() const { return m_Msg; }
+    [[nodiscard]] const ZRMsg& GetMsg() const noexcept { return m_Msg; }
     void SetMsg(const ZRMsg& message)
     {
         TakeTextsOfMsg();
         m_Msg = message;
     }
-    const ZRLockTrail& GetLockTrail() const { return m_LockTrail ? *m_LockTrail : m_LockTrail.emplace(); }
+    [[nodiscard]] const ZRLockTrail& GetLockTrail() const { return m_LockTrail ? *m_LockTrail : m_LockTrail.emplace(); }
     void SetLockTrail(const ZRLockTrail& trail) { m_LockTrail = trail; }
-    const ZRProfilerState& GetProfilerState() const
+    [[nodiscard]] const ZRProfilerState& GetProfilerState() const
     {
         return m_ProfilerState ? *m_ProfilerState : m_ProfilerState.emplace();
     }
@@ -106,13 +106,13 @@ public:
 
     // For clients; no event of the library fills them.
 
-    const HCString& GetName() const { return m_csName; }
+    [[nodiscard]] const HCString& GetName() const noexcept { return m_csName; }
     void SetName(const HCString& name) { m_csName = name; }
-    const HCString& GetCaption() const { return m_csCaption; }
+    [[nodiscard]] const HCString& GetCaption() const noexcept { return m_csCaption; }
     void SetCaption(const HCString& caption) { m_csCaption = caption; }
-    std::int32_t GetType() const { return m_nType; }
+    [[nodiscard]] std::int32_t GetType() const noexcept { return m_nType; }
     void SetType(std::int32_t type) { m_nType = type; }
-    void* GetPtr() const { return m_pPtr; }
+    [[nodiscard]] void* GetPtr() const noexcept { return m_pPtr; }
     void SetPtr(void* pointer) { m_pPtr = pointer; }
 
 private:

@@ -14,17 +14,17 @@
 // so the events of two threads' commands come in any order.
 
 /// Title of the latest run.
-ZR_API HCString ZRProgressGetTitle();
+[[nodiscard]] ZR_API HCString ZRProgressGetTitle();
 
 /// The last text that was given to ZRProgressUpdate.
-ZR_API HCString ZRProgressGetUpdateText();
+[[nodiscard]] ZR_API HCString ZRProgressGetUpdateText();
 
 extern "C" {
 
 /// The switch for all of it, 0 at first. While it is 0 every other command is ignored, and a run that is under way
 /// waits for it to come on again. Sends no event.
 ZR_API void ZRProgressEnable(char enable);
-ZR_API char ZRProgressEnabled();
+[[nodiscard]] ZR_API char ZRProgressEnabled();
 
 /// Begins a run. Within a run: the run has a new title. Sends ZR_EVENT_PROGRESS_START.
 ZR_API void ZRProgressStart(const HCString& title);
@@ -43,8 +43,8 @@ ZR_API void ZRProgressUpdate(int percent, HCString* text);
 /// Ends the run. Sends ZR_EVENT_PROGRESS_END with 100 percent; the percents that are kept stay as they were.
 ZR_API void ZRProgressEnd();
 
-ZR_API int ZRProgressGetRangeMin();
-ZR_API int ZRProgressGetRangeMax();
-ZR_API int ZRProgressGetPercent();
-ZR_API char ZRProgressGetTextVisible();
+[[nodiscard]] ZR_API int ZRProgressGetRangeMin();
+[[nodiscard]] ZR_API int ZRProgressGetRangeMax();
+[[nodiscard]] ZR_API int ZRProgressGetPercent();
+[[nodiscard]] ZR_API char ZRProgressGetTextVisible();
 }

@@ -49,19 +49,19 @@ public:
     virtual ~ZRProfiler();
 
     /// Time since the timer was built.
-    double GetElapsed() const;
+    [[nodiscard]] double GetElapsed() const;
 
     /// The clock itself: counts that grow steadily, from an unknown start and at an unknown rate.
-    static std::int64_t GetTicks();
+    [[nodiscard]] static std::int64_t GetTicks();
 
-    double* GetAccumulator() const { return m_pAccumulator; }
-    ZRProfilerState* GetState() const { return m_pState; }
+    [[nodiscard]] double* GetAccumulator() const noexcept { return m_pAccumulator; }
+    [[nodiscard]] ZRProfilerState* GetState() const noexcept { return m_pState; }
 
     /// The handler that knows of this timer; null unless it feeds a state.
-    ZRProfilerStateHandler* GetHandler() const { return m_pHandler; }
+    [[nodiscard]] ZRProfilerStateHandler* GetHandler() const noexcept { return m_pHandler; }
 
     /// The switch for all timers, as it was set; 1 at first.
-    static char GetEnabled();
+    [[nodiscard]] static char GetEnabled();
     static void SetEnabled(char enabled);
 
 protected:

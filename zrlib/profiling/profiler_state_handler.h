@@ -15,7 +15,7 @@ class ZRProfilerStateHandler;
 
 /// The one profiler state handler of the process. The library owns it and takes it away when it is unloaded or the
 /// process ends. Never null once the library is loaded.
-ZR_API ZRProfilerStateHandler* ZRGetProfilerStateHandler();
+[[nodiscard]] ZR_API ZRProfilerStateHandler* ZRGetProfilerStateHandler();
 
 /// A stack of the states whose timers run, by which a timer that ends finds its parent, and the subject of
 /// ZR_EVENT_PROFILER_STATE, which carries a copy of the state, and ZR_EVENT_PROFILER_ENABLED.
@@ -45,7 +45,7 @@ public:
 
     /// The switch, which belongs to the process, as it was set. Observers of this handler are told of a change.
     void SetEnabled(char enabled);
-    char GetEnabled() const;
+    [[nodiscard]] char GetEnabled() const;
 
     /// Puts a state on the stack. 0 when the handler is off and for null. Throws std::bad_alloc or std::length_error
     /// when the stack cannot grow.

@@ -23,18 +23,18 @@ public:
     char operator==(const ZRLockTrail& other) const;
 
     /// Whether the record was stamped as a lock or as an unlock. 1 or 0; a new record is neither.
-    char IsLock() const { return m_nType == kLock ? 1 : 0; }
-    char IsUnlock() const { return m_nType == kUnlock ? 1 : 0; }
+    [[nodiscard]] char IsLock() const { return m_nType == kLock ? 1 : 0; }
+    [[nodiscard]] char IsUnlock() const { return m_nType == kUnlock ? 1 : 0; }
 
     /// The identity, a text of 36 characters (HFGenerateGuid).
-    const HCString& GetGUID() const { return m_csGUID; }
+    [[nodiscard]] const HCString& GetGUID() const noexcept { return m_csGUID; }
 
     /// A text for observers.
-    const HCString& GetText() const { return m_csText; }
+    [[nodiscard]] const HCString& GetText() const noexcept { return m_csText; }
     void SetText(const HCString& text) { m_csText = text; }
 
     /// 0: not stamped yet, 1: lock, 2: unlock.
-    short GetType() const { return m_nType; }
+    [[nodiscard]] short GetType() const noexcept { return m_nType; }
     void SetType(short type) { m_nType = type; }
 
     /// ID of the thread that locked or unlocked; 0 when the record was not stamped yet.
@@ -43,13 +43,13 @@ public:
 
     // For clients; the library neither fills nor reads them.
 
-    short GetLevel() const { return m_nLevel; }
+    [[nodiscard]] short GetLevel() const noexcept { return m_nLevel; }
     void SetLevel(short level) { m_nLevel = level; }
-    short GetDestination() const { return m_nDestination; }
+    [[nodiscard]] short GetDestination() const noexcept { return m_nDestination; }
     void SetDestination(short destination) { m_nDestination = destination; }
-    const HCString& GetLocation() const { return m_csLocation; }
+    [[nodiscard]] const HCString& GetLocation() const noexcept { return m_csLocation; }
     void SetLocation(const HCString& location) { m_csLocation = location; }
-    int GetCode() const { return m_nCode; }
+    [[nodiscard]] int GetCode() const noexcept { return m_nCode; }
     void SetCode(int code) { m_nCode = code; }
 
 private:

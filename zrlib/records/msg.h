@@ -34,19 +34,19 @@ public:
     char operator!=(const ZRMsg& other) const;
 
     /// The text for console, debugger and log file.
-    const HCString& GetText() const { return m_csText; }
+    [[nodiscard]] const HCString& GetText() const noexcept { return m_csText; }
     void SetText(const HCString& text) { m_csText = text; }
 
     /// A second, extended text that no line shows.
-    const HCString& GetTextEx() const { return m_csTextEx; }
+    [[nodiscard]] const HCString& GetTextEx() const noexcept { return m_csTextEx; }
     void SetTextEx(const HCString& textEx) { m_csTextEx = textEx; }
 
     /// One of the ZR_MSG_ values. A message of any other type is shown nowhere.
-    short GetType() const { return m_nType; }
+    [[nodiscard]] short GetType() const noexcept { return m_nType; }
     void SetType(short type) { m_nType = type; }
 
     /// 1 to 7 in what the exported functions send; 0 when it was not set. Carried, never compared.
-    short GetLevel() const { return m_nLevel; }
+    [[nodiscard]] short GetLevel() const noexcept { return m_nLevel; }
     void SetLevel(short level) { m_nLevel = level; }
 
     /// ID of the sending thread; 0 before the message was sent.
@@ -54,26 +54,26 @@ public:
     void SetThreadID(unsigned int threadID) { m_nThreadID = threadID; }
 
     /// A word for clients; the library neither fills nor reads it.
-    short GetDestination() const { return m_nDestination; }
+    [[nodiscard]] short GetDestination() const noexcept { return m_nDestination; }
     void SetDestination(short destination) { m_nDestination = destination; }
 
     /// Where the message was raised, usually class and function; may be empty.
-    const HCString& GetLocation() const { return m_csLocation; }
+    [[nodiscard]] const HCString& GetLocation() const noexcept { return m_csLocation; }
     void SetLocation(const HCString& location) { m_csLocation = location; }
 
     /// Not 0 when an error belongs to the one before it.
-    char GetChainToPrevious() const { return m_bChainToPrevious; }
+    [[nodiscard]] char GetChainToPrevious() const noexcept { return m_bChainToPrevious; }
     void SetChainToPrevious(char chainToPrevious) { m_bChainToPrevious = chainToPrevious; }
 
     /// Error code; 0 when there is none.
-    int GetCode() const { return m_nCode; }
+    [[nodiscard]] int GetCode() const noexcept { return m_nCode; }
     void SetCode(int code) { m_nCode = code; }
 
     /// 1 when the type is exactly the one asked for.
-    char IsOut() const { return m_nType == ZR_MSG_OUT ? 1 : 0; }
-    char IsWarn() const { return m_nType == ZR_MSG_WARN ? 1 : 0; }
-    char IsError() const { return m_nType == ZR_MSG_ERROR ? 1 : 0; }
-    char IsTrace() const { return m_nType == ZR_MSG_TRACE ? 1 : 0; }
+    [[nodiscard]] char IsOut() const { return m_nType == ZR_MSG_OUT ? 1 : 0; }
+    [[nodiscard]] char IsWarn() const { return m_nType == ZR_MSG_WARN ? 1 : 0; }
+    [[nodiscard]] char IsError() const { return m_nType == ZR_MSG_ERROR ? 1 : 0; }
+    [[nodiscard]] char IsTrace() const { return m_nType == ZR_MSG_TRACE ? 1 : 0; }
 
 private:
     friend class ZRMessageHandler; // writes the ID of the sending thread

@@ -49,20 +49,20 @@ public:
     void RemoveDependantTime(double elapsed);
 
     /// The name of the place.
-    HCString GetLocation() const;
+    [[nodiscard]] HCString GetLocation() const;
 
     /// The shortest run; 1.7976931348623157e308, the largest double, before the first one.
-    double GetMin() const { return m_dMin; }
+    [[nodiscard]] double GetMin() const noexcept { return m_dMin; }
 
     /// The longest run; -1.7976931348623157e308 before the first one.
-    double GetMax() const { return m_dMax; }
+    [[nodiscard]] double GetMax() const noexcept { return m_dMax; }
 
-    double GetTotal() const { return m_dTotal; }
-    double GetSelf() const { return m_dSelf; }
+    [[nodiscard]] double GetTotal() const noexcept { return m_dTotal; }
+    [[nodiscard]] double GetSelf() const noexcept { return m_dSelf; }
 
     /// Number of runs, and of dependants' runs.
-    std::int64_t GetCalls() const { return m_nCalls; }
-    std::int64_t GetDependantCalls() const { return m_nDependantCalls; }
+    [[nodiscard]] std::int64_t GetCalls() const noexcept { return m_nCalls; }
+    [[nodiscard]] std::int64_t GetDependantCalls() const noexcept { return m_nDependantCalls; }
 
     /// ID of the thread on which the last run ended; 0 before the first one.
     unsigned int GetThreadID() const { return m_nThreadID; }

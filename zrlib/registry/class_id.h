@@ -24,17 +24,17 @@ public:
     // lower-case digits differ, except for IsFormat. A null pointer gives 0.
 
     /// Whether the first 36 characters are those of Null.
-    static char IsNull(const char* id);
+    [[nodiscard]] static char IsNull(const char* id);
 
     /// Whether the first 36 characters have the form of a class ID.
-    static char IsFormat(const char* id);
+    [[nodiscard]] static char IsFormat(const char* id);
 
     /// Whether the first 28 characters are the prefix.
-    static char IsInternal(const char* id);
-    static char IsExternal(const char* id);
+    [[nodiscard]] static char IsInternal(const char* id);
+    [[nodiscard]] static char IsExternal(const char* id);
 
     /// The prefix and the code, whatever it is.
-    static HCString MakeInternalID(int code);
+    [[nodiscard]] static HCString MakeInternalID(int code);
     static HCString MakeExternalID(int code);
 
     /// The object code that a class ID carries: the hexadecimal number that begins at position 32, in the high word

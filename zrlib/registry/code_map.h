@@ -33,11 +33,11 @@ public:
     ConstIterator begin() const { return Begin(); }
     ConstIterator end() const { return End(); }
 
-    int GetCount() const { return m_ring.GetCount(); }
+    [[nodiscard]] int GetCount() const noexcept { return m_ring.GetCount(); }
 
     /// The pair with the key; End() when there is none.
-    Iterator Find(int key) { return FindIn(*this, key); }
-    ConstIterator Find(int key) const { return FindIn(*this, key); }
+    [[nodiscard]] Iterator Find(int key) { return FindIn(*this, key); }
+    [[nodiscard]] ConstIterator Find(int key) const { return FindIn(*this, key); }
 
     /// Adds a pair and gives its place and true. When the key is there already nothing changes: End() and false.
     std::pair<Iterator, bool> Insert(int key, const T& value) { return Insert(FirstFrom(*this, key), key, value); }

@@ -63,24 +63,24 @@ public:
     char operator!=(const ZRObjectEntry& other) const { return *this == other ? 0 : 1; }
 
     /// The object code.
-    int GetID() const { return m_nID; }
+    [[nodiscard]] int GetID() const noexcept { return m_nID; }
 
     /// The library nibble and the object number together.
-    int GetShortID() const { return m_nID & SHORTMASK; }
+    [[nodiscard]] int GetShortID() const { return m_nID & SHORTMASK; }
 
     /// The library code: the nibble in its place, 0x1000 to 0xF000 for a full object code.
-    int GetLibrary() const { return m_nID & LIBRARYMASK; }
+    [[nodiscard]] int GetLibrary() const { return m_nID & LIBRARYMASK; }
 
-    HCString GetName() const { return m_csName; }
+    [[nodiscard]] HCString GetName() const { return m_csName; }
 
     /// 1 when the object was registered with a class ID.
     char HasClassID() const { return m_bHasClassID; }
 
     /// The class ID; ZRClassID::Null when there is none.
-    HCString GetClassID() const { return m_bHasClassID != 0 ? m_csClassID : HCString(ZRClassID::Null); }
+    [[nodiscard]] HCString GetClassID() const { return m_bHasClassID != 0 ? m_csClassID : HCString(ZRClassID::Null); }
 
     /// A number for clients, the object code until it is set.
-    int GetMirrorID() const { return m_nMirrorID; }
+    [[nodiscard]] int GetMirrorID() const noexcept { return m_nMirrorID; }
     void SetMirrorID(int mirror) { m_nMirrorID = mirror; }
 
 protected:

@@ -60,10 +60,10 @@ public:
     void Release();
 
     /// Whether the code is one of 0x1000, 0x2000 to 0xF000.
-    static char IsValidLibraryCode(int code);
+    [[nodiscard]] static char IsValidLibraryCode(int code);
 
     /// Whether the high word is 0xA04F.
-    static char IsValidHighWord(int code);
+    [[nodiscard]] static char IsValidHighWord(int code);
 
     /// Whether the code is a full object code, of a library registered or not, or ALL_PASS. report: not 0 to report
     /// what is wrong; 0 is never reported.
@@ -76,7 +76,7 @@ public:
 
     /// The entry at a position, from 0 in rising order of the codes; null beyond the last one and for negative numbers.
     /// Positions change when objects come and go.
-    ZRObjectEntry* GetObjectEntryAt(int index) const;
+    [[nodiscard]] ZRObjectEntry* GetObjectEntryAt(int index) const;
 
     // Texts for a code. A name or class ID of an entry is the entry's own: it is valid while the object is registered.
     // `known` and `found` may be null.
@@ -96,16 +96,16 @@ public:
     // The same by position.
 
     /// Null when there is none.
-    const char* GetObjectNameAt(int index) const;
+    [[nodiscard]] const char* GetObjectNameAt(int index) const;
 
     /// ZRClassID::Null when there is none.
-    const char* GetObjectClassIDAt(int index) const;
+    [[nodiscard]] const char* GetObjectClassIDAt(int index) const;
 
     /// -1 when there is none.
-    int GetObjectIDAt(int index) const;
+    [[nodiscard]] int GetObjectIDAt(int index) const;
 
     /// The mirror ID of an object; 0 without one. A malformed code is reported.
-    int GetObjectMirror(int code) const;
+    [[nodiscard]] int GetObjectMirror(int code) const;
 
     /// 1 when the object is there and has its new mirror ID. A malformed code is reported.
     char SetObjectMirror(int code, int mirror);
@@ -113,8 +113,8 @@ public:
     /// Whether an object is registered under just this code, ALL_PASS included. No report.
     char ObjectIsKnown(int code) const;
 
-    int GetObjectCount() const;
-    int GetLibraryCount() const;
+    [[nodiscard]] int GetObjectCount() const;
+    [[nodiscard]] int GetLibraryCount() const;
 
     /// Prints the registry as Out messages: the libraries as they are behind the first line, then the objects as they
     /// are behind the libraries.
@@ -133,7 +133,7 @@ private:
     template <typename Change> char ChangeIf(std::initializer_list<Rule> rules, const Request& request, Change change);
     template <typename Read> auto ReadAt(int position, Read read) const;
     Violation Test(Rule rule, const Request& request) const;
-    ZRObjectEntry* Find(int code) const;
+    [[nodiscard]] ZRObjectEntry* Find(int code) const;
     void Add(std::unique_ptr<ZRObjectEntry> entry);
     static const char* ClassIDOf(const ZRObjectEntry* entry);
 };

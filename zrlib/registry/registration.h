@@ -47,7 +47,7 @@ public:
     }
 
     /// Whether the library and all objects were accepted so far.
-    bool IsComplete() const noexcept { return m_isComplete; }
+    [[nodiscard]] bool IsComplete() const noexcept { return m_isComplete; }
 
 private:
     template <typename Register> bool Keep(int code, Register registerObject)

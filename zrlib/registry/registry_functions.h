@@ -25,17 +25,17 @@ ZR_API char ZRRegisterFactoryObject(int code, const HCString& name, const HCStri
 
 ZR_API char ZRUnregisterObject(int code); // UnregisterObject
 
-ZR_API char ZRObjectIsKnown(int code); // ObjectIsKnown
+[[nodiscard]] ZR_API char ZRObjectIsKnown(int code); // ObjectIsKnown
 ZR_API const char* ZRGetObjectName(int code, char* known); // GetObjectName
 ZR_API const char* ZRGetObjectNameEx(int code, char* known); // GetObjectNameEx
 ZR_API const char* ZRGetObjectClassID(int code, char* found); // GetObjectClassID
-ZR_API int ZRGetObjectMirror(int code); // GetObjectMirror
+[[nodiscard]] ZR_API int ZRGetObjectMirror(int code); // GetObjectMirror
 ZR_API char ZRSetObjectMirror(int code, int mirror); // SetObjectMirror
 
-ZR_API int ZRGetRegisteredObjectCount(); // GetObjectCount
-ZR_API const char* ZRGetRegisteredObjectName(int index); // GetObjectNameAt
-ZR_API int ZRGetRegisteredObjectID(int index); // GetObjectIDAt
-ZR_API const char* ZRGetRegisteredObjectClassID(int index); // GetObjectClassIDAt
+[[nodiscard]] ZR_API int ZRGetRegisteredObjectCount(); // GetObjectCount
+[[nodiscard]] ZR_API const char* ZRGetRegisteredObjectName(int index); // GetObjectNameAt
+[[nodiscard]] ZR_API int ZRGetRegisteredObjectID(int index); // GetObjectIDAt
+[[nodiscard]] ZR_API const char* ZRGetRegisteredObjectClassID(int index); // GetObjectClassIDAt
 
 ZR_API void ZRDumpRegistry(); // DumpOut
 }

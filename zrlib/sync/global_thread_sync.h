@@ -22,11 +22,11 @@ public:
 
     // Kept for clients; nothing here depends on them.
 
-    static char GetVerbose();
+    [[nodiscard]] static char GetVerbose();
     static void SetVerbose(char verbose);
 
     /// Seconds; 1 at first.
-    static double GetWarningThreshold();
+    [[nodiscard]] static double GetWarningThreshold();
     static void SetWarningThreshold(double seconds);
 
 private:

@@ -35,7 +35,7 @@ public:
     ZRLockGuard& operator=(const ZRLockGuard&) = delete;
 
     /// Whether the lock could be taken. True also while it is switched off.
-    bool IsHeld() const noexcept { return m_isHeld; }
+    [[nodiscard]] bool IsHeld() const noexcept { return m_isHeld; }
 
 private:
     ZRThreadSync& m_sync; // not owned
@@ -63,7 +63,7 @@ public:
     ZRGlobalLockGuard& operator=(const ZRGlobalLockGuard&) = delete;
 
     /// False once the library's own objects have gone.
-    bool IsHeld() const noexcept { return m_isHeld; }
+    [[nodiscard]] bool IsHeld() const noexcept { return m_isHeld; }
 
 private:
     const char* m_location; // not owned

@@ -7,7 +7,7 @@ class ZRLockTrail;
 class ZRLockTrailHandler;
 
 /// The one lock trail handler of the process, which the library owns. Never null.
-ZR_API ZRLockTrailHandler* ZRGetLockTrailHandler();
+[[nodiscard]] ZR_API ZRLockTrailHandler* ZRGetLockTrailHandler();
 
 extern "C" {
 
@@ -21,5 +21,5 @@ ZR_API char ZRRemoveLockTrail(ZRLockTrail* trail);
 ZR_API void ZRLockTrailLock(ZRLockTrail* trail);
 ZR_API void ZRLockTrailUnlock(ZRLockTrail* trail);
 ZR_API void ZRSetLockTrailEnabled(char enable);
-ZR_API char ZRGetLockTrailEnabled();
+[[nodiscard]] ZR_API char ZRGetLockTrailEnabled();
 }

@@ -45,7 +45,7 @@ public:
 
     /// Reports with ZRError that lock trails are not to be had; changes nothing.
     void SetEnabled(char enable);
-    char GetEnabled() const { return m_bEnabled; }
+    [[nodiscard]] char GetEnabled() const noexcept { return m_bEnabled; }
 
 protected:
     /// The handler's lock. 1 on success. The location has no effect.

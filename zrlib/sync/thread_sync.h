@@ -51,27 +51,27 @@ public:
     char Unlock(const char* location, ZRLockTrail* trail);
 
     /// Whether attempts are reported too.
-    char GetVerbose() const { return m_bVerbose; }
+    [[nodiscard]] char GetVerbose() const noexcept { return m_bVerbose; }
     void SetVerbose(char verbose) { m_bVerbose = verbose; }
 
     /// Whether waits are timed.
-    char GetReport() const { return m_bReport; }
+    [[nodiscard]] char GetReport() const noexcept { return m_bReport; }
     void SetReport(char report) { m_bReport = report; }
 
     /// Whether the lock is switched on.
-    char GetActive() const { return m_bActive; }
+    [[nodiscard]] char GetActive() const noexcept { return m_bActive; }
     void SetActive(char active) { m_bActive = active; }
 
     /// Seconds; a longer wait draws a warning.
-    double GetWarningThreshold() const { return m_dWarningThreshold; }
+    [[nodiscard]] double GetWarningThreshold() const noexcept { return m_dWarningThreshold; }
     void SetWarningThreshold(double seconds) { m_dWarningThreshold = seconds; }
 
     /// ID of the thread that loaded the library.
     static unsigned int GetMainThread();
 
     /// Whether the calling thread is the one that loaded the library. 1 or 0.
-    static char IsMainThread();
-    static char IsNotMainThread();
+    [[nodiscard]] static char IsMainThread();
+    [[nodiscard]] static char IsNotMainThread();
 
 private:
     friend class ZRLockGuard;

@@ -17,7 +17,7 @@ extern "C" {
 // Threads: any.
 
 /// The switch, as it was set.
-ZR_API char ZRGetThreadingEnabled();
+[[nodiscard]] ZR_API char ZRGetThreadingEnabled();
 
 /// Sets the switch, and tells the observers of the process of a change with ZR_EVENT_THREADING_ENABLED
 /// (ZRAttachObserver). Only where the preferences allow it (ZRMode::IsThreading); otherwise that is reported with

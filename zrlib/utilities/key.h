@@ -15,16 +15,16 @@ class HCString;
 class ZR_API ZRKey {
 public:
     /// The ticket that was issued last; 0 when none has been.
-    static std::int64_t GetLastTicket();
+    [[nodiscard]] static std::int64_t GetLastTicket();
 
     /// The ticket that would be issued now. Does not reserve it.
-    static std::int64_t GetNextTicket();
+    [[nodiscard]] static std::int64_t GetNextTicket();
 
     /// The next ticket, which nobody else gets.
     static std::int64_t IssueTicket();
 
     /// Whether operations say what they do.
-    static char GetVerbose();
+    [[nodiscard]] static char GetVerbose();
 
 protected:
     static std::atomic<char> m_bVerbose; // 0 at first
@@ -39,5 +39,5 @@ extern "C" {
 ZR_API int ZRGenerateKey(HCString& key, int value);
 
 /// The short ID of an object code: its low 16 bits. The code is not tested. Threads: any.
-ZR_API int ZRShortID(int code);
+[[nodiscard]] ZR_API int ZRShortID(int code);
 }

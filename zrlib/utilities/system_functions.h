@@ -20,5 +20,5 @@ ZR_API char ZRCheckDiskSpace(std::uint64_t size1, std::uint64_t size2);
 
 /// The name of an operating system: 1 to 12 and 101 (text_codes.h). Never null. The name of any other code says so, and
 /// is valid until the same thread calls again with such a code, or ends. Threads: any.
-ZR_API const char* ZRGetOpSysName(int code);
+[[nodiscard]] ZR_API const char* ZRGetOpSysName(int code);
 }
