@@ -30,11 +30,13 @@ endforeach()
 
 install(FILES README.md CHANGELOG.md docs/guide.md docs/porting.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT development)
 
-# gdb shows texts as texts. It loads the printer by itself with the library, from a folder named after the library's own
-# place below the one for all such scripts; elsewhere one says "source" with this file.
+# gdb shows texts, records and containers as what they are. It loads a library's printers by itself with the library, from
+# a folder named after the library's own place below the one for all such scripts; elsewhere one says "source" with them.
 if(NOT WIN32)
-    install(FILES tools/hcbase-gdb.py
-        DESTINATION "${CMAKE_INSTALL_DATADIR}/gdb/auto-load${CMAKE_INSTALL_FULL_LIBDIR}"
-        RENAME "$<TARGET_FILE_NAME:hcbase>-gdb.py"
-        COMPONENT development)
+    foreach(library hcbase zrlib)
+        install(FILES tools/${library}-gdb.py
+            DESTINATION "${CMAKE_INSTALL_DATADIR}/gdb/auto-load${CMAKE_INSTALL_FULL_LIBDIR}"
+            RENAME "$<TARGET_FILE_NAME:${library}>-gdb.py"
+            COMPONENT development)
+    endforeach()
 endif()

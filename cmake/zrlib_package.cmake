@@ -1,4 +1,5 @@
-# What `cpack` makes: on Linux two Debian packages, for programs and for those who write them; for Windows a zip with both.
+# What `cpack` makes: on Linux three Debian packages, for programs, for those who write them and for those who debug them;
+# for Windows a zip with the first two.
 
 set(CPACK_PACKAGE_CONTACT "The ZRLib developers <developers@zrlib.invalid>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
@@ -34,6 +35,7 @@ else()
     set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
     set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
     set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+    set(CPACK_DEBIAN_RUNTIME_DEBUGINFO_PACKAGE ON) # what is stripped goes to a package with -dbgsym behind its name
     set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libzrlib-dev)
     set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
     set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "${PROJECT_DESCRIPTION}: headers")

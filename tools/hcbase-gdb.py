@@ -1,4 +1,4 @@
-"""Lets gdb show an HCString as its text."""
+"""Lets gdb show an HCString as its text and an HCArray as a sequence."""
 
 import gdb
 import gdb.printing
@@ -22,9 +22,25 @@ class StringPrinter:
         return "string"
 
 
+class ArrayPrinter:
+    def __init__(self, value):
+        self._size = int(value["m_nSize"])
+        self._data = value["m_storage"]["m_data"]
+
+    def to_string(self):
+        return f"array of length {self._size}"
+
+    def children(self):
+        return ((f"[{index}]", self._data[index]) for index in range(self._size))
+
+    def display_hint(self):
+        return "array"
+
+
 def printers():
     collection = gdb.printing.RegexpCollectionPrettyPrinter("hcbase")
     collection.add_printer("HCString", "^HCString$", StringPrinter)
+    collection.add_printer("HCArray", "^(HC|ZR)Array<.*>$", ArrayPrinter)
     return collection
 
 
