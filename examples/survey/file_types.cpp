@@ -1,7 +1,5 @@
 #include "file_types.h"
 
-#include <zrlib/zrlib.h>
-
 namespace {
 
 constexpr int kLibrary = 0x5000;
@@ -12,18 +10,8 @@ constexpr const char* kFurtherTypes = "(further types)";
 } // namespace
 
 FileTypes::FileTypes()
-    : m_isRegistered(ZRRegisterLibrary(kLibrary, "survey") != 0)
+    : m_registration(kLibrary, "survey")
 {
-}
-
-FileTypes::~FileTypes()
-{
-    if (m_isRegistered) {
-        for (const auto& [type, code] : m_codes) {
-            ZRUnregisterObject(code);
-        }
-        ZRUnregisterLibrary(kLibrary);
-    }
 }
 
 int FileTypes::CodeOf(const std::string& type)
@@ -37,9 +25,9 @@ int FileTypes::CodeOf(const std::string& type)
         return CodeOf(kFurtherTypes);
     }
     // A refusal has been reported; the type then has a code without a name.
-    ZRRegisterFactoryObject(code, type.c_str(), ZRClassID::MakeExternalID(code));
+    m_registration.Add(code, type.c_str(), ZRClassID::MakeExternalID(code));
     m_codes.emplace(type, code);
     return code;
 }
 
-std::string FileTypes::NameOf(int code) { return ZRGetObjectName(code, nullptr); }
+const char* FileTypes::NameOf(int code) { return ZRGetObjectName(code, nullptr); }

@@ -14,7 +14,6 @@
 // Without preferences it turns them on itself, for the console. Ends with status 2 when PATH does not exist or
 // the arguments are wrong.
 
-#include "message_counter.h"
 #include "profile.h"
 #include "progress_bar.h"
 #include "survey.h"
@@ -22,6 +21,7 @@
 
 #include <charconv>
 #include <hcbase/hcbase.h>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -87,13 +87,11 @@ void ReportRun()
     HCString key;
     ZRMath::RandSeed();
     ZRGenerateKey(key, kProgram);
-    HCString text;
-    text.Format("Survey %s", static_cast<const char*>(key));
-    ZROut(text, "main", 1);
+    ZR_OUT("Survey %s", static_cast<const char*>(key));
     std::uint64_t available = 0;
     if (HCFileSystem().GetDiskInfo(HFTranslateName("home"), &available, nullptr, nullptr) != 0
         && available < kLogOfAWholeDisk) {
-        ZRWarn("The disk of the log is nearly full", "main", 1);
+        ZR_WARN("The disk of the log is nearly full");
     }
 }
 
@@ -104,13 +102,16 @@ int main(int argc, char** argv)
     ShowMessagesUnlessPreferencesDo();
     const Arguments arguments(argc, argv);
     if (!arguments.areGood) {
-        ZRError("Usage: survey [--registry] [--threads N] [PATH], or survey --selfcheck", "main", 1);
+        ZR_ERROR("Usage: survey [--registry] [--threads N] [PATH], or survey --selfcheck");
         return kBadArguments;
     }
     if (arguments.checksLibrary) {
         return ZRTestAll(1) != 0 ? 0 : 1;
     }
-    MessageCounter messages;
+    std::map<short, int> sent; // messages of each type
+    const ZRListener counter(*ZRGetMessageHandler(), [&sent](const ZRObservedObjectEvent& event) {
+        sent[event.GetMsg().GetType()] += event.GetCode() == ZR_EVENT_MESSAGE ? 1 : 0;
+    });
     ReportRun();
     Profile profile;
     Survey survey;
@@ -126,7 +127,8 @@ int main(int argc, char** argv)
     }
     survey.Report();
     profile.Report();
-    ZROut(messages.Describe(), "main", 1);
+    ZR_OUT("Messages: %d out, %d warnings, %d errors, %d traces", sent[ZR_MSG_OUT], sent[ZR_MSG_WARN],
+        sent[ZR_MSG_ERROR], sent[ZR_MSG_TRACE]);
     if (arguments.dumpsRegistry) {
         ZRDumpRegistry();
     }

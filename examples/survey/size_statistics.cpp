@@ -33,10 +33,8 @@ void SizeStatistics::ReportMean() const
         const double difference = static_cast<double>(size) - mean;
         squares += difference * difference;
     }
-    HCString text;
     if (m_sizes.size() < 2) {
-        text.Format("Sizes: %s", static_cast<const char*>(Bytes(mean)));
-        ZROut(text, "SizeStatistics::ReportMean", 1);
+        ZR_OUT("Sizes: %s", static_cast<const char*>(Bytes(mean)));
         return;
     }
     // The next call clears the error of this one, so each is asked after before it.
@@ -44,9 +42,8 @@ void SizeStatistics::ReportMean() const
     bool isKnown = ZRMath::NoError() != 0;
     const double deviation = ZRMath::Sqrt(variance);
     isKnown = isKnown && ZRMath::NoError() != 0;
-    text.Format("Sizes: mean %s, standard deviation %s", static_cast<const char*>(Bytes(mean)),
+    ZR_OUT("Sizes: mean %s, standard deviation %s", static_cast<const char*>(Bytes(mean)),
         isKnown ? static_cast<const char*>(Bytes(deviation)) : "unknown");
-    ZROut(text, "SizeStatistics::ReportMean", 1);
 }
 
 void SizeStatistics::ReportHistogram() const
@@ -71,10 +68,8 @@ void SizeStatistics::ReportHistogram() const
         constexpr std::size_t kWidest = 50;
         const std::size_t bar = (count * kWidest + logarithms.size() - 1) / logarithms.size();
         if (count != 0) {
-            HCString line;
-            line.Format("from %10s %6d %s", static_cast<const char*>(Bytes(ZRMath::Exp10(mark))),
-                static_cast<int>(count), std::string(bar, '#').c_str());
-            ZROut(line, "SizeStatistics::ReportHistogram", 1);
+            ZR_OUT("from %10s %6d %s", static_cast<const char*>(Bytes(ZRMath::Exp10(mark))), static_cast<int>(count),
+                std::string(bar, '#').c_str());
         }
     }
 }

@@ -28,12 +28,12 @@ std::string TypeOf(const fs::path& file)
     return type.size() > 1 ? type.substr(1) : "(no type)";
 }
 
-HCString Describe(const std::string& what, const FileCount& count)
+std::string Describe(const FileCount& count)
 {
     HCString text;
-    text.Format("%s: %lld files, %lld lines, %s", what.c_str(), static_cast<long long>(count.files),
-        static_cast<long long>(count.lines), static_cast<const char*>(ZRFormat::KMGT(count.bytes, ZRFormat::BYTES, 2)));
-    return text;
+    text.Format("%lld files, %lld lines, %s", static_cast<long long>(count.files), static_cast<long long>(count.lines),
+        static_cast<const char*>(ZRFormat::KMGT(count.bytes, ZRFormat::BYTES, 2)));
+    return text.ToString();
 }
 
 /// Reads a file; each block is counted by `count`, which takes the time.
@@ -46,12 +46,7 @@ template <typename Count> ReadResult ReadText(const fs::path& path, FileCount& r
     return text.Finish(result);
 }
 
-void WarnSkipped(const fs::path& path, const char* reason)
-{
-    HCString text;
-    text.Format("Skipped %s: %s", Text(path).c_str(), reason);
-    ZRWarn(text, "Survey", 1);
-}
+void WarnSkipped(const fs::path& path, const char* reason) { ZR_WARN("Skipped %s: %s", Text(path).c_str(), reason); }
 
 } // namespace
 
@@ -63,9 +58,7 @@ bool Survey::Take(const fs::path& path, int threads)
     const fs::file_status status = fs::status(path, error);
     if (status.type() == fs::file_type::not_found || status.type() == fs::file_type::none) {
         const bool isMissing = status.type() == fs::file_type::not_found;
-        HCString text;
-        text.Format("%s %s", Text(path).c_str(), isMissing ? "does not exist" : error.message().c_str());
-        ZRError(text, "Survey::Take", 1);
+        ZR_ERROR("%s %s", Text(path).c_str(), isMissing ? "does not exist" : error.message().c_str());
         return false;
     }
     {
@@ -76,14 +69,13 @@ bool Survey::Take(const fs::path& path, int threads)
             m_files.push_back({path, 0, {}});
         }
     }
-    ZRProgressStart("Survey");
-    ZRProgressSetRange(0, static_cast<int>(m_files.size()));
+    ZRProgressRun run("Survey", static_cast<int>(m_files.size()));
+    m_run = &run;
     if (threads > 0) {
         ReadOnThreads(threads);
     } else {
         ReadUntilDone();
     }
-    ZRProgressEnd();
     return true;
 }
 
@@ -126,9 +118,7 @@ void Survey::ReadOnThreads(int threads)
             readers.emplace_back([this] { ReadUntilDone(); });
         }
     } catch (const std::system_error& error) {
-        HCString text;
-        text.Format("Only %d threads: %s", static_cast<int>(readers.size()), error.what());
-        ZRWarn(text, "Survey::ReadOnThreads", 1);
+        ZR_WARN("Only %d threads: %s", static_cast<int>(readers.size()), error.what());
     }
     if (readers.empty()) {
         ReadUntilDone();
@@ -181,12 +171,11 @@ bool Survey::IsReadable(const fs::path& path)
 
 void Survey::Keep(File& file, ReadResult result, const FileCount& count)
 {
-    HCString name(Text(file.path).c_str());
-    ZRProgressUpdate(++m_filesRead, &name);
+    m_run->Step(HCString(Text(file.path)));
     switch (result) {
     case ReadResult::kText: {
         const int type = m_types.CodeOf(TypeOf(file.path));
-        ZRTrace(Describe("File " + Text(file.path) + ", type " + FileTypes::NameOf(type), count), "Survey::Keep", 1);
+        ZR_TRACE("File %s, type %s: %s", Text(file.path).c_str(), FileTypes::NameOf(type), Describe(count).c_str());
         file.count = count;
         m_byType[type] += count;
         m_sizes.Add(count.bytes);
@@ -209,9 +198,8 @@ void Survey::Report()
         ofFolders[file.folder] += file.count;
     }
     for (std::size_t folder = 0; folder < m_folders.size(); ++folder) {
-        const std::string number = std::to_string(m_folders[folder].ticket);
-        ZROut(
-            Describe("Folder " + number + " " + Text(m_folders[folder].path), ofFolders[folder]), "Survey::Report", 1);
+        ZR_OUT("Folder %lld %s: %s", static_cast<long long>(m_folders[folder].ticket),
+            Text(m_folders[folder].path).c_str(), Describe(ofFolders[folder]).c_str());
     }
     FileCount all;
     std::map<std::string, FileCount> byName;
@@ -220,8 +208,8 @@ void Survey::Report()
         all += count;
     }
     for (const auto& [name, count] : byName) {
-        ZROut(Describe("Type " + name, count), "Survey::Report", 1);
+        ZR_OUT("Type %s: %s", name.c_str(), Describe(count).c_str());
     }
-    ZROut(Describe("Total", all), "Survey::Report", 1);
+    ZR_OUT("Total: %s", Describe(all).c_str());
     m_sizes.Report();
 }

@@ -49,7 +49,7 @@ private:
     std::vector<File> m_files;
     std::map<int, FileCount> m_byType; // by the object code of the type
     SizeStatistics m_sizes;
-    int m_filesRead = 0;
+    ZRProgressRun* m_run = nullptr; // not owned; while files are read
 
     std::atomic<std::size_t> m_next{0}; // file that no thread has taken yet
     ZRThreadSync m_sync; // guards what the threads have read, and their reports
