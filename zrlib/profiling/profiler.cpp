@@ -29,7 +29,8 @@ struct ZRProfiler::Steps {
 
     [[gnu::noinline]] static void FeedState(const ZRProfiler& timer, double elapsed)
     {
-        const bool isObserved = timer.m_pHandler->GetObserverCount() > 0; // it lies in static storage
+        // The handler lies in static storage, so that one that goes meanwhile can still be asked.
+        const bool isObserved = zr::ModuleSeemsAlive() && timer.m_pHandler->GetObserverCount() > 0;
         const zr::ModuleLease lease(isObserved ? zr::Runs::kClientCode : zr::Runs::kOwnCodeOnly);
         const unsigned int thread = HCThread::GetCurrentThreadId();
         if (lease.IsAlive()) {
