@@ -15,16 +15,19 @@ if(ZRLIB_WARNINGS_AS_ERRORS)
     target_compile_options(zrlib_compile_options INTERFACE -Werror)
 endif()
 
-# zrlib_add_shared_library(name version soversion prefix HEADERS headers... SOURCES sources...)
+# zrlib_add_shared_library(name version soversion prefix [BASE folder] HEADERS headers... SOURCES sources...)
 #
 # A shared library with hidden visibility, the alias <name>::<name>, and the given public headers, which are included by
-# their path from the root of the project. prefix: how its exported names begin, as a pattern of the linker.
+# their path from BASE, by default the root of the project. prefix: how its exported names begin, as a pattern of the linker.
 function(zrlib_add_shared_library name version soversion prefix)
-    cmake_parse_arguments(PARSE_ARGV 4 library "" "" "HEADERS;SOURCES")
+    cmake_parse_arguments(PARSE_ARGV 4 library "" "BASE" "HEADERS;SOURCES")
+    if(NOT library_BASE)
+        set(library_BASE "${PROJECT_SOURCE_DIR}")
+    endif()
     add_library(${name} SHARED)
     add_library(${name}::${name} ALIAS ${name})
     target_sources(${name} PRIVATE ${library_SOURCES})
-    target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${library_HEADERS})
+    target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS "${library_BASE}" FILES ${library_HEADERS})
     target_compile_features(${name} PUBLIC cxx_std_17)
     target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:zrlib_compile_options> PUBLIC Threads::Threads)
     set_target_properties(${name} PROPERTIES

@@ -8,9 +8,13 @@
 #include "zrlib/records/profiler_state.h"
 #include "zrlib/utilities/fixed_text.h"
 
+#include <utility>
+
 namespace {
 
 constexpr auto kRelaxed = std::memory_order_relaxed;
+
+constinit thread_local const ZRProfilerRun* t_ending = nullptr;
 
 } // namespace
 
@@ -27,7 +31,7 @@ struct ZRProfiler::Steps {
         }
     }
 
-    [[gnu::noinline]] static void FeedState(const ZRProfiler& timer, double elapsed)
+    [[gnu::noinline]] static void FeedState(const ZRProfiler& timer, std::int64_t length, double elapsed)
     {
         // The handler lies in static storage, so that one that goes meanwhile can still be asked.
         const bool isObserved = zr::ModuleSeemsAlive() && timer.m_pHandler->GetObserverCount() > 0;
@@ -39,7 +43,10 @@ struct ZRProfiler::Steps {
             timer.m_pState->Update(elapsed);
         }
         if (lease.IsAlive() && isObserved) {
+            const ZRProfilerRun run{timer.m_nStart, length, timer.m_nFrequency};
+            const ZRProfilerRun* const outer = std::exchange(t_ending, &run); // an observer may time its own work
             timer.m_pHandler->Update(timer.m_pState);
+            t_ending = outer;
         }
     }
 
@@ -108,19 +115,32 @@ ZRProfiler::~ZRProfiler()
     if (isStopwatch || GetEnabled() == 0) {
         return;
     }
-    const double elapsed = GetElapsed();
+    const std::int64_t length = zr::ReadTicks() - m_nStart;
+    const double elapsed = ToSeconds(length);
     if (m_pState == nullptr) {
         Steps::Report(*this, elapsed);
     } else if (m_pHandler != nullptr && ZRProfilerStateHandler::m_bEnabled.load(kRelaxed) == 0) {
         m_pState->Update(elapsed); // all that is left to do when the handler does nothing
     } else if (m_pHandler != nullptr) {
-        Steps::FeedState(*this, elapsed);
+        Steps::FeedState(*this, length, elapsed);
     }
 }
 
-double ZRProfiler::GetElapsed() const
+double ZRProfiler::ToSeconds(std::int64_t ticks) const
 {
-    return static_cast<double>(zr::ReadTicks() - m_nStart) / static_cast<double>(m_nFrequency);
+    return static_cast<double>(ticks) / static_cast<double>(m_nFrequency);
+}
+
+double ZRProfiler::GetElapsed() const { return ToSeconds(zr::ReadTicks() - m_nStart); }
+
+const ZRProfilerRun* ZRProfiler::GetEnding() noexcept { return t_ending; }
+
+int ZRProfiler::GetEnclosing(ZRProfilerState** states, int capacity)
+{
+    const zr::ModuleLease lease(zr::Runs::kOwnCodeOnly);
+    return lease.IsAlive()
+        ? ZRGetProfilerStateHandler()->m_stack.OfThread(HCThread::GetCurrentThreadId(), states, capacity)
+        : 0;
 }
 
 std::int64_t ZRProfiler::GetTicks() { return zr::ReadTicks(); }

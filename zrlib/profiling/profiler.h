@@ -10,6 +10,13 @@
 class ZRProfilerState;
 class ZRProfilerStateHandler;
 
+/// When a timer that feeds a state has run. In ticks (ZRProfiler::GetTicks).
+struct ZRProfilerRun {
+    std::int64_t start;
+    std::int64_t length;
+    std::int64_t ticksPerSecond;
+};
+
 /// Reads the clock when it is built and again when it goes, and then does one of three things with the time between:
 /// nothing, when its owner only wants GetElapsed; a trace message; or to feed a state (ZRProfilerState).
 ///
@@ -54,6 +61,15 @@ public:
     /// The clock itself: counts that grow steadily, from an unknown start and at an unknown rate.
     [[nodiscard]] static std::int64_t GetTicks();
 
+    // For observers of ZR_EVENT_PROFILER_STATE, whose state has sums only.
+
+    /// The run that is reported to the observer on this thread. Valid until OnEvent returns; null outside of it.
+    [[nodiscard]] static const ZRProfilerRun* GetEnding() noexcept;
+
+    /// Stores the states whose timers run on this thread, the innermost first and at most `capacity` of them. Gives how
+    /// many there are. The timer that is ending is not among them. While the handler is off there are none.
+    static int GetEnclosing(ZRProfilerState** states, int capacity);
+
     [[nodiscard]] double* GetAccumulator() const noexcept { return m_pAccumulator; }
     [[nodiscard]] ZRProfilerState* GetState() const noexcept { return m_pState; }
 
@@ -71,6 +87,7 @@ private:
     struct Steps;
 
     void Initialise();
+    double ToSeconds(std::int64_t ticks) const;
 
     std::int64_t m_nFrequency = 0; // ticks in a second
     std::int64_t m_nStart = 0; // ticks

@@ -65,6 +65,22 @@ ZRProfilerState* TimerStack::Top() const
     return m_entries.empty() ? nullptr : m_entries.back().state;
 }
 
+int TimerStack::OfThread(unsigned int thread, ZRProfilerState** states, int capacity) const
+{
+    const ShortLockGuard guard(g_timersLock);
+    DropThreadsOfParent();
+    int count = 0;
+    for (auto entry = m_entries.rbegin(); entry != m_entries.rend(); ++entry) {
+        if (entry->thread == thread) {
+            if (count < capacity) {
+                states[count] = entry->state;
+            }
+            ++count;
+        }
+    }
+    return count;
+}
+
 void TimerStack::End(ZRProfilerState& state, unsigned int thread, double elapsed)
 {
     const ShortLockGuard guard(g_timersLock);

@@ -26,6 +26,9 @@ public:
     /// The top state, whichever thread's it is. Null when there is none.
     ZRProfilerState* Top() const;
 
+    /// Stores the states of a thread, the topmost first and at most `capacity` of them. Gives how many there are.
+    int OfThread(unsigned int thread, ZRProfilerState** states, int capacity) const;
+
     /// Ends a timer: takes the topmost state of its thread off, takes the time out of the self time of the one that is
     /// then the topmost of that thread, and records the run in `state`.
     void End(ZRProfilerState& state, unsigned int thread, double elapsed);

@@ -1,0 +1,197 @@
+// Observers for a program that knows nothing of them: what the environment variable ZROBSERVERS asks for is attached
+// when this library is loaded, and written when it is unloaded or the program ends.
+
+#include "system.h"
+#include "trace.h"
+#include "zrobservers/json_lines.h"
+#include "zrobservers/profile_table.h"
+#include "zrobservers/progress_bar.h"
+
+#include <array>
+#include <cstdlib>
+#include <fcntl.h>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unistd.h>
+
+namespace {
+
+/// Counts what this process sends.
+class Counter {
+public:
+    Counter()
+    {
+        m_listeners[0] =
+            ZRListener(*ZRGetMessageHandler(), [this](const ZRObservedObjectEvent& event) { Count(event); });
+        m_listeners[1] =
+            ZRListener(*ZRGetProfilerStateHandler(), [this](const ZRObservedObjectEvent& event) { Count(event); });
+        m_listeners[2] = ZRListener([this](const ZRObservedObjectEvent& event) { Count(event); });
+    }
+
+    /// What a forked child's parent has sent does not count.
+    long long Get() const { return m_forkGeneration == zrobservers::ForkGeneration() ? m_count.load() : 0; }
+
+private:
+    void Count(const ZRObservedObjectEvent& event)
+    {
+        if (event.GetCode() == ZR_EVENT_PROFILER_ENABLED || event.GetCode() == ZR_EVENT_MESSAGES_ENABLED) {
+            return; // nothing that the program has to say
+        }
+        if (m_forkGeneration.exchange(zrobservers::ForkGeneration()) != zrobservers::ForkGeneration()) {
+            m_count = 0;
+        }
+        ++m_count;
+    }
+
+    std::atomic<unsigned int> m_forkGeneration{zrobservers::ForkGeneration()};
+    std::atomic<long long> m_count{0};
+    std::array<ZRListener, 3> m_listeners; // last, so that they go first
+};
+
+/// Appends a text to a file, in one piece among those of other processes.
+void AppendTo(const std::string& path, std::string_view text)
+{
+    constexpr mode_t kMode = 0666;
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, kMode);
+    if (file < 0 || write(file, text.data(), text.size()) < 0) {
+        std::fprintf(stderr, "zrobservers: %s: cannot be written\n", path.c_str());
+    }
+    if (file >= 0) {
+        close(file);
+    }
+}
+
+bool EndsWith(std::string_view text, std::string_view end)
+{
+    return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
+}
+
+} // namespace
+
+/// What is asked for, as words between semicolons:
+///
+/// | word | what |
+/// |---|---|
+/// | trace=FILE | a ZRTraceFile, once the process sends something. Where FILE is there already, its name gets the ID of
+/// the process before the extension | | json=FILE | ZRJsonLines of messages | | profile or profile=FILE | a
+/// ZRProfileTable, at the end on standard error or appended to FILE; as CSV when it ends with ".csv" | | stacks=FILE |
+/// the stacks of a ZRProfileTable, appended | | progress | a ZRProgressBar on standard error | | summary=FILE | for
+/// zrtrace: what was written, and where most of the time went |
+struct ZRObserversOfEnvironment {
+    explicit ZRObserversOfEnvironment(std::string_view words)
+    {
+        while (!words.empty()) {
+            const std::string_view word = words.substr(0, words.find(';'));
+            words.remove_prefix(word.size() < words.size() ? word.size() + 1 : word.size());
+            const std::string_view key = word.substr(0, word.find('='));
+            const std::string value(word.size() > key.size() ? word.substr(key.size() + 1) : std::string_view());
+            if (!word.empty() && !Attach(key, value)) {
+                std::fprintf(stderr, "zrobservers: ZROBSERVERS: unknown or incomplete word: %.*s\n",
+                    static_cast<int>(word.size()), word.data());
+            }
+        }
+    }
+
+    ~ZRObserversOfEnvironment()
+    {
+        m_bar.reset();
+        if (m_trace) {
+            m_trace->Flush();
+        }
+        if (m_showsProfile) {
+            WriteProfile();
+        }
+        if (!m_stacksPath.empty()) {
+            AppendTo(m_stacksPath, m_profile->ToStacks().View());
+        }
+        if (m_counter && m_counter->Get() > 0) {
+            AppendTo(m_summaryPath, Summary());
+        }
+    }
+    ZRObserversOfEnvironment(const ZRObserversOfEnvironment&) = delete;
+    ZRObserversOfEnvironment& operator=(const ZRObserversOfEnvironment&) = delete;
+
+private:
+    using Trace = ZRTraceFile::Trace;
+
+    bool Attach(std::string_view key, const std::string& value)
+    {
+        const HCString path(value);
+        if (key == "trace" && !value.empty()) {
+            m_trace.reset(new ZRTraceFile(std::make_unique<Trace>(path, Trace::Start::kWithFirstEvent)));
+        } else if (key == "json" && !value.empty()) {
+            m_lines.emplace(path);
+        } else if (key == "profile") {
+            m_showsProfile = true;
+            m_profilePath = value;
+            NeedProfile();
+        } else if (key == "stacks" && !value.empty()) {
+            m_stacksPath = value;
+            NeedProfile();
+        } else if (key == "progress" && value.empty()) {
+            m_bar.emplace(stderr);
+        } else if (key == "summary" && !value.empty()) {
+            m_summaryPath = value;
+            m_counter.emplace();
+            NeedProfile();
+        } else {
+            return false;
+        }
+        return true;
+    }
+
+    void NeedProfile()
+    {
+        if (!m_profile) {
+            m_profile.emplace();
+        }
+    }
+
+    void WriteProfile() const
+    {
+        if (m_profilePath.empty()) {
+            std::fprintf(stderr, "%s\n", static_cast<const char*>(m_profile->ToText()));
+        } else if (EndsWith(m_profilePath, ".csv")) {
+            AppendTo(m_profilePath, m_profile->ToCsv().View());
+        } else {
+            AppendTo(m_profilePath, m_profile->ToText().ToString() + "\n");
+        }
+    }
+
+    std::string Summary() const
+    {
+        constexpr int kMostStates = 5;
+        std::string text = zrobservers::ProcessName() + " (process " + std::to_string(zrobservers::ProcessId())
+            + "): " + std::to_string(m_counter->Get()) + " events";
+        const std::string path = m_trace ? m_trace->m_trace->GetPath() : "";
+        text += path.empty() ? "\n" : ", traced in " + path + "\n";
+        const HCString table = m_profile->ToText(kMostStates);
+        text += table.GetLength() != 0 && !(m_showsProfile && m_profilePath.empty()) ? table.ToString() + "\n" : "";
+        return text;
+    }
+
+    std::unique_ptr<ZRTraceFile> m_trace;
+    std::optional<ZRJsonLines> m_lines;
+    std::optional<ZRProfileTable> m_profile;
+    std::optional<ZRProgressBar> m_bar;
+    std::optional<Counter> m_counter;
+    bool m_showsProfile = false;
+    std::string m_profilePath; // empty for standard error
+    std::string m_stacksPath;
+    std::string m_summaryPath;
+};
+
+namespace {
+
+/// Whoever starts a program with more rights than his own does not choose what it writes.
+const char* Words()
+{
+    const char* const words = secure_getenv("ZROBSERVERS");
+    return words != nullptr ? words : "";
+}
+
+const ZRObserversOfEnvironment g_ofEnvironment{Words()};
+
+} // namespace

@@ -1,0 +1,74 @@
+#include "json.h"
+
+#include <charconv>
+
+namespace zrobservers {
+
+namespace {
+
+/// Number of bytes of the character of UTF-8 at the start of a text that is not empty; 0 when there is none (The
+/// Unicode Standard, version 15, table 3-7).
+std::size_t LengthOfCharacter(std::string_view text) noexcept
+{
+    const auto byte = [text](std::size_t index) { return static_cast<unsigned char>(text[index]); };
+    const unsigned char first = byte(0);
+    if (first < 0x80) {
+        return 1;
+    }
+    const std::size_t length = first >= 0xC2 && first < 0xE0 ? 2 : first >= 0xE0 && first < 0xF0 ? 3 : 4;
+    if (first < 0xC2 || first > 0xF4 || text.size() < length) {
+        return 0;
+    }
+    const unsigned char least = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;
+    const unsigned char most = first == 0xED ? 0x9F : first == 0xF4 ? 0x8F : 0xBF;
+    if (byte(1) < least || byte(1) > most) {
+        return 0;
+    }
+    for (std::size_t index = 2; index < length; ++index) {
+        if ((byte(index) & 0xC0U) != 0x80U) {
+            return 0;
+        }
+    }
+    return length;
+}
+
+} // namespace
+
+bool IsValidUtf8(std::string_view text) noexcept
+{
+    while (!text.empty()) {
+        const std::size_t length = LengthOfCharacter(text);
+        if (length == 0) {
+            return false;
+        }
+        text.remove_prefix(length);
+    }
+    return true;
+}
+
+std::string ToValidUtf8(std::string_view text)
+{
+    std::string valid;
+    while (!text.empty()) {
+        const std::size_t length = LengthOfCharacter(text);
+        valid += length != 0 ? text.substr(0, length) : "\xEF\xBF\xBD";
+        text.remove_prefix(length != 0 ? length : 1);
+    }
+    return valid;
+}
+
+JsonObject& JsonObject::AddThousandths(std::string_view name, std::int64_t thousandths)
+{
+    char text[32];
+    char* end = std::to_chars(text, text + sizeof(text), thousandths / 1000).ptr;
+    const auto rest = static_cast<int>(thousandths % 1000);
+    *end++ = '.';
+    *end++ = static_cast<char>('0' + rest / 100);
+    *end++ = static_cast<char>('0' + rest / 10 % 10);
+    *end++ = static_cast<char>('0' + rest % 10);
+    Key(name);
+    m_writer.RawValue(text, static_cast<std::size_t>(end - text), rapidjson::kNumberType);
+    return *this;
+}
+
+} // namespace zrobservers

@@ -1,0 +1,210 @@
+#include "zrobservers/json_lines.h"
+
+#include "hcbase/text_io.h"
+#include "json.h"
+#include "message_types.h"
+#include "quietly.h"
+#include "switch_guards.h"
+#include "system.h"
+
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <mutex>
+#include <optional>
+
+namespace {
+
+/// In RFC 3339, to the microsecond.
+class TimeStamp {
+public:
+    explicit TimeStamp(std::chrono::system_clock::time_point time)
+    {
+        using namespace std::chrono;
+        const auto day = floor<days>(time);
+        const year_month_day date(day);
+        const auto inDay = duration_cast<microseconds>(time - day).count();
+        constexpr std::int64_t kSecond = 1'000'000;
+        const auto second = static_cast<int>(inDay / kSecond);
+        std::snprintf(m_text, sizeof(m_text), "%04d-%02u-%02uT%02d:%02d:%02d.%06dZ", static_cast<int>(date.year()),
+            static_cast<unsigned int>(date.month()), static_cast<unsigned int>(date.day()), second / 3600,
+            second / 60 % 60, second % 60, static_cast<int>(inDay % kSecond));
+    }
+    operator const char*() const { return m_text; }
+
+private:
+    char m_text[64];
+};
+
+} // namespace
+
+class ZRJsonLines::Lines {
+public:
+    Lines(const HCString& path, int what)
+        : m_path(path)
+    {
+        using zrobservers::Quietly;
+        if (HCTextIo file(m_path); !Open(file)) {
+            Fail();
+        }
+        if ((what & kMessages) != 0) {
+            m_messages = ZRListener(*ZRGetMessageHandler(), Quietly(*this, &Lines::OnMessage));
+        }
+        if ((what & kTimers) != 0) {
+            m_profilerOn.emplace();
+            m_timers = ZRListener(*ZRGetProfilerStateHandler(), Quietly(*this, &Lines::OnTimer));
+        }
+        if ((what & kProgress) != 0) {
+            m_progress = ZRListener(Quietly(*this, &Lines::OnProgress));
+        }
+    }
+
+    bool IsSound() const { return m_isSound.load(std::memory_order_relaxed); }
+
+private:
+    using Object = zrobservers::JsonObject;
+
+    void OnMessage(const ZRObservedObjectEvent& event)
+    {
+        if (event.GetCode() != ZR_EVENT_MESSAGE) {
+            return;
+        }
+        const ZRMsg& message = event.GetMsg();
+        Write(
+            "message",
+            [&message](Object& object) {
+                object.Add("type", zrobservers::NameOfType(message.GetType())).Add("level", Number(message.GetLevel()));
+                object.Add("code", Number(message.GetCode())).Add("chain", message.GetChainToPrevious() != 0);
+                object.Add("place", message.GetLocation());
+            },
+            [&message](Object& object) { object.Add("text", message.GetText()).Add("textEx", message.GetTextEx()); });
+    }
+
+    void OnTimer(const ZRObservedObjectEvent& event)
+    {
+        const ZRProfilerRun* const run = ZRProfiler::GetEnding();
+        if (event.GetCode() != ZR_EVENT_PROFILER_STATE || run == nullptr) {
+            return; // also a state that a client has sent itself
+        }
+        const ZRProfilerState& state = event.GetProfilerState();
+        const double seconds = static_cast<double>(run->length) / static_cast<double>(run->ticksPerSecond);
+        const auto length =
+            std::chrono::duration_cast<std::chrono::system_clock::duration>(std::chrono::duration<double>(seconds));
+        const TimeStamp start(std::chrono::system_clock::now() - length);
+        Write(
+            "timer",
+            [&](Object& object) {
+                object.Add("name", state.GetLocation()).Add("start", start).Add("seconds", seconds);
+                object.Add("calls", state.GetCalls()).Add("total", state.GetTotal()).Add("self", state.GetSelf());
+            },
+            [](Object&) {});
+    }
+
+    void OnProgress(const ZRObservedObjectEvent& event)
+    {
+        const std::int32_t code = event.GetCode();
+        const char* const what = code == ZR_EVENT_PROGRESS_START ? "start"
+            : code == ZR_EVENT_PROGRESS_RANGE                    ? "range"
+            : code == ZR_EVENT_PROGRESS_UPDATE                   ? "update"
+            : code == ZR_EVENT_PROGRESS_END                      ? "end"
+                                                                 : nullptr;
+        if (what == nullptr) {
+            return;
+        }
+        Write(
+            "progress",
+            [&](Object& object) {
+                object.Add("what", what).Add("title", ZRProgressGetTitle());
+                if (code == ZR_EVENT_PROGRESS_RANGE) {
+                    object.Add("min", Number(event.GetMin())).Add("max", Number(event.GetMax()));
+                } else if (code != ZR_EVENT_PROGRESS_START) {
+                    object.Add("percent", Number(event.GetCount()));
+                }
+            },
+            [&](Object& object) {
+                if (code == ZR_EVENT_PROGRESS_UPDATE) {
+                    object.Add("text", event.GetText());
+                }
+            });
+    }
+
+    static std::int64_t Number(std::int64_t number) { return number; }
+
+    /// Appends one line: what all have, what `fill` adds, the IDs, what `fillLast` adds.
+    template <typename Fill, typename FillLast> void Write(const char* event, Fill fill, FillLast fillLast)
+    {
+        bool isWritten = false;
+        {
+            const std::lock_guard guard(m_lock);
+            m_buffer.Clear();
+            {
+                Object object(m_writer, m_buffer);
+                object.Add("time", TimeStamp(std::chrono::system_clock::now())).Add("event", event);
+                fill(object);
+                object.Add("thread", static_cast<std::int64_t>(zrobservers::ThreadId()));
+                object.Add("process", static_cast<std::int64_t>(zrobservers::ProcessId()));
+                fillLast(object);
+            }
+            HCTextIo file(m_path);
+            isWritten = Open(file) && file.WriteString(m_buffer.GetString()) != 0;
+            if (m_buffer.GetSize() > kLargest) { // one huge message need not stay for ever
+                m_buffer.Clear();
+                m_buffer.ShrinkToFit();
+            }
+        }
+        if (isWritten) {
+            m_isSound = true;
+        } else {
+            Fail();
+        }
+    }
+
+    /// Opens the file for appending, and makes one when there is none. It may be moved at any time.
+    static bool Open(HCTextIo& file)
+    {
+        constexpr int kTurns = 3;
+        for (int turn = 0; turn < kTurns; ++turn) {
+            if (file.Open(5) != 0 || file.Open(3) != 0) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    /// Tells the first failure, without a lock, as a message calls observers.
+    void Fail()
+    {
+        m_isSound = false;
+        if (!m_isTold.exchange(true)) {
+            HCString text;
+            text.Format("%s: a line cannot be written", static_cast<const char*>(m_path));
+            ZRErrorSet(1, text, "ZRJsonLines", 0, 1);
+        }
+    }
+
+    static constexpr std::size_t kLargest = std::size_t{1024} * 1024;
+
+    const HCString m_path;
+    std::atomic<bool> m_isSound{true};
+    std::atomic<bool> m_isTold{false};
+
+    HCThreadSync m_lock; // one that works in a forked child
+    rapidjson::StringBuffer m_buffer;
+    rapidjson::Writer<rapidjson::StringBuffer> m_writer;
+
+    std::optional<zrobservers::ProfilerOn> m_profilerOn;
+    // Last, so that they go first. One observer for each subject, so that none of their locks is held while a message
+    // of another is under way.
+    ZRListener m_messages;
+    ZRListener m_timers;
+    ZRListener m_progress;
+};
+
+ZRJsonLines::ZRJsonLines(const HCString& path, int what)
+    : m_lines(std::make_unique<Lines>(path, what))
+{
+}
+
+ZRJsonLines::~ZRJsonLines() = default;
+
+bool ZRJsonLines::IsOpen() const { return m_lines->IsSound(); }

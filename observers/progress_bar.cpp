@@ -1,0 +1,145 @@
+#include "zrobservers/progress_bar.h"
+
+#include "message_types.h"
+#include "quietly.h"
+#include "switch_guards.h"
+#include "system.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <mutex>
+#include <string>
+
+namespace {
+
+constexpr int kWidth = 50; // of the bar itself
+constexpr auto kLeastPause = std::chrono::milliseconds(100);
+
+/// How many columns a text of UTF-8 takes, if each character takes one.
+int ColumnsOf(const HCString& text)
+{
+    const auto isFirst = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; };
+    return static_cast<int>(std::count_if(text.begin(), text.end(), isFirst));
+}
+
+/// "1:02:03", or "02:03" below an hour.
+std::string ToText(std::chrono::seconds time)
+{
+    const long long all = time.count();
+    char text[64];
+    if (all >= 3600) {
+        std::snprintf(text, sizeof(text), "%lld:%02lld:%02lld", all / 3600, all / 60 % 60, all % 60);
+    } else {
+        std::snprintf(text, sizeof(text), "%02lld:%02lld", all / 60, all % 60);
+    }
+    return text;
+}
+
+} // namespace
+
+class ZRProgressBar::Bar {
+public:
+    explicit Bar(std::FILE* stream)
+        : m_stream(stream)
+    {
+        using zrobservers::Quietly;
+        m_progress = ZRListener(Quietly(*this, &Bar::OnProgress));
+        m_messages = ZRListener(*ZRGetMessageHandler(), Quietly(*this, &Bar::OnMessage));
+    }
+    ~Bar()
+    {
+        m_messages = ZRListener();
+        m_progress = ZRListener();
+        Remove();
+    }
+    Bar(const Bar&) = delete;
+    Bar& operator=(const Bar&) = delete;
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    void OnProgress(const ZRObservedObjectEvent& event)
+    {
+        const std::lock_guard guard(m_lock);
+        switch (event.GetCode()) {
+        case ZR_EVENT_PROGRESS_START:
+            m_started = Clock::now();
+            break;
+        case ZR_EVENT_PROGRESS_UPDATE:
+            if (Clock::now() - m_drawn >= kLeastPause) {
+                Draw(event.GetCount());
+            }
+            break;
+        case ZR_EVENT_PROGRESS_END:
+            Remove();
+            break;
+        default:
+            break;
+        }
+    }
+
+    void Draw(int value)
+    {
+        const double span = static_cast<double>(ZRProgressGetRangeMax()) - ZRProgressGetRangeMin();
+        const double part = span > 0 ? std::clamp((value - ZRProgressGetRangeMin()) / span, 0.0, 1.0) : 1;
+        std::string line = "[" + std::string(static_cast<std::size_t>(kWidth * part), '#');
+        line.resize(kWidth + 1, ' ');
+        char percent[16];
+        std::snprintf(percent, sizeof(percent), "] %3d%%", static_cast<int>(100 * part));
+        line += percent;
+        if (part > 0) {
+            const std::chrono::duration<double> left = (Clock::now() - m_started) * ((1 - part) / part);
+            line += " " + ToText(std::chrono::duration_cast<std::chrono::seconds>(left)) + " left";
+        }
+        std::fprintf(m_stream, "%s\x1b[K\r", line.c_str()); // erases what is behind; the next line is written over it
+        std::fflush(m_stream);
+        m_drawn = Clock::now();
+        m_width = static_cast<int>(line.size());
+    }
+
+    void Remove()
+    {
+        if (m_width != 0) {
+            std::fputs("\x1b[K", m_stream);
+            std::fflush(m_stream);
+            m_width = 0;
+        }
+    }
+
+    /// A message on the console has just been written over the bar; takes away what shows behind it.
+    void OnMessage(const ZRObservedObjectEvent& event)
+    {
+        const std::lock_guard guard(m_lock);
+        const ZRMsg& message = event.GetMsg();
+        if (event.GetCode() != ZR_EVENT_MESSAGE || m_width == 0
+            || ZRMessageHandler::IsConsoleEnabled(message.GetType()) == 0) {
+            return;
+        }
+        std::fflush(stdout); // the message, when the bar is on another stream
+        const auto word = static_cast<int>(std::strlen(zrobservers::NameOfType(message.GetType())));
+        const int length = word + 3 + ColumnsOf(message.GetText());
+        if (length < m_width) {
+            std::fprintf(m_stream, "\x1b[A\x1b[%dC\x1b[K\n", length); // up, behind the text, erase, down
+            std::fflush(m_stream);
+        }
+        m_width = 0;
+    }
+
+    std::FILE* m_stream; // not owned
+    HCThreadSync m_lock; // no message is sent while it is held
+    Clock::time_point m_started = Clock::now();
+    Clock::time_point m_drawn; // when
+    int m_width = 0; // columns that the bar takes; 0 while there is none
+    zrobservers::ProgressOn m_progressOn;
+    // Two observers, so that a message is not held up by progress.
+    ZRListener m_progress;
+    ZRListener m_messages;
+};
+
+ZRProgressBar::ZRProgressBar(std::FILE* stream)
+    : m_bar(zrobservers::IsTerminal(stream) ? std::make_unique<Bar>(stream) : nullptr)
+{
+}
+
+ZRProgressBar::~ZRProgressBar() = default;

@@ -1,0 +1,47 @@
+/// What the observers need of the system.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+namespace zrobservers {
+
+/// IDs as the system's tools show them.
+std::uint64_t ThreadId() noexcept;
+std::uint64_t ProcessId() noexcept;
+
+/// Empty when nobody gave one.
+std::string ThreadName();
+std::string ProcessName();
+
+/// How many forks lie between this process and the one that loaded the library.
+unsigned int ForkGeneration() noexcept;
+
+bool IsTerminal(std::FILE* stream);
+
+/// A file that one process writes. Not inherited by other programs, and never in the place of a standard stream.
+class OutputFile {
+public:
+    OutputFile() = default;
+    ~OutputFile() { Close(); }
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    /// Makes the file or empties it; with `isNew` fails when it exists. False with errno set.
+    bool Open(const std::string& path, bool isNew);
+
+    bool IsOpen() const noexcept { return m_descriptor >= 0; }
+
+    /// Writes all, or nothing if that is possible. False with errno set.
+    bool Write(const char* data, std::size_t size);
+
+    void Close() noexcept;
+
+private:
+    int m_descriptor = -1;
+    std::int64_t m_size = 0; // of what was written whole
+};
+
+} // namespace zrobservers

@@ -1,0 +1,315 @@
+#include "trace.h"
+
+#include "message_types.h"
+#include "quietly.h"
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+
+using zrobservers::Quietly;
+
+namespace {
+
+constexpr std::size_t kFullBuffer = std::size_t{256} * 1024;
+constexpr auto kPause = std::chrono::milliseconds(250);
+constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
+
+constinit std::atomic<std::uint32_t> g_traces{0};
+
+/// Of which trace, in which process, the thread has told its name last.
+struct NamedIn {
+    std::uint32_t trace;
+    unsigned int forkGeneration;
+};
+constinit thread_local NamedIn t_namedIn{0, 0};
+
+/// On the clock of ZRProfiler::GetTicks.
+std::int64_t Now() { return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count(); }
+
+std::int64_t ToNanoseconds(std::int64_t ticks, std::int64_t ticksPerSecond)
+{
+    return ticks / ticksPerSecond * kNanosecondsPerSecond
+        + ticks % ticksPerSecond * kNanosecondsPerSecond / ticksPerSecond;
+}
+
+/// "trace.json" becomes "trace.4711.json".
+std::string WithProcess(const std::string& path)
+{
+    const std::size_t name = path.find_last_of("/\\") + 1;
+    const std::size_t dot = path.rfind('.');
+    const std::size_t place = dot == std::string::npos || dot <= name ? path.size() : dot;
+    return path.substr(0, place) + "." + std::to_string(zrobservers::ProcessId()) + path.substr(place);
+}
+
+} // namespace
+
+class ZRTraceFile::Trace::Flusher {
+public:
+    explicit Flusher(Trace& trace)
+        : m_thread([this, &trace] { Run(trace); })
+    {
+    }
+    ~Flusher()
+    {
+        {
+            const std::lock_guard guard(m_lock);
+            m_isOver = true;
+        }
+        m_wake.notify_one();
+        m_thread.join();
+    }
+    Flusher(const Flusher&) = delete;
+    Flusher& operator=(const Flusher&) = delete;
+
+private:
+    void Run(Trace& trace)
+    {
+        std::unique_lock guard(m_lock);
+        while (!m_wake.wait_for(guard, kPause, [this] { return m_isOver; })) {
+            guard.unlock();
+            trace.Flush();
+            guard.lock();
+        }
+    }
+
+    std::mutex m_lock;
+    std::condition_variable m_wake;
+    bool m_isOver = false;
+    std::thread m_thread; // last, as it uses the others
+};
+
+ZRTraceFile::Trace::Trace(const HCString& path, Start start)
+    : m_path(path)
+    , m_start(start)
+    , m_number(++g_traces)
+    , m_buffers(new Buffers)
+    , m_process(zrobservers::ProcessId())
+    , m_forkGeneration(zrobservers::ForkGeneration())
+{
+    if (m_start == Start::kNow) {
+        OpenFile();
+    }
+    TellFailure();
+    m_flusher = new Flusher(*this);
+    m_messages = ZRListener(*ZRGetMessageHandler(), Quietly(*this, &Trace::OnMessage));
+    m_timers = ZRListener(*ZRGetProfilerStateHandler(), Quietly(*this, &Trace::OnTimer));
+    m_progress = ZRListener(Quietly(*this, &Trace::OnProgress));
+}
+
+ZRTraceFile::Trace::~Trace()
+{
+    m_messages = ZRListener();
+    m_timers = ZRListener();
+    m_progress = ZRListener();
+    if (m_forkGeneration != zrobservers::ForkGeneration()) {
+        return; // a child that has sent nothing: what there is belongs to its parent
+    }
+    delete m_flusher;
+    Flush();
+    if (m_file.IsOpen()) {
+        m_file.Write("\n]\n", 3);
+    }
+    delete m_buffers;
+}
+
+void ZRTraceFile::Trace::OnMessage(const ZRObservedObjectEvent& event)
+{
+    if (event.GetCode() != ZR_EVENT_MESSAGE) {
+        return;
+    }
+    const ZRMsg& message = event.GetMsg();
+    Append("i", "message", Now(), message.GetText().View(), [&message](Object& object) {
+        object.Add("s", "t").StartObject("args");
+        object.Add("type", zrobservers::NameOfType(message.GetType())).Add("place", message.GetLocation());
+        object.Add("level", std::int64_t{message.GetLevel()}).Add("code", std::int64_t{message.GetCode()}).EndObject();
+    });
+}
+
+void ZRTraceFile::Trace::OnTimer(const ZRObservedObjectEvent& event)
+{
+    const ZRProfilerRun* const run = ZRProfiler::GetEnding();
+    if (event.GetCode() != ZR_EVENT_PROFILER_STATE || run == nullptr) {
+        return; // also a state that a client has sent itself
+    }
+    const std::int64_t length = ToNanoseconds(run->length, run->ticksPerSecond);
+    const std::int64_t start = ToNanoseconds(run->start, run->ticksPerSecond);
+    const HCString name = event.GetProfilerState().GetLocation();
+    Append("X", "timer", start, name.View(), [length](Object& object) { object.AddThousandths("dur", length); });
+}
+
+void ZRTraceFile::Trace::OnProgress(const ZRObservedObjectEvent& event)
+{
+    const std::int64_t now = Now();
+    const auto span = [this](Object& object) { object.Add("id", m_progressRun); };
+    switch (event.GetCode()) {
+    case ZR_EVENT_PROGRESS_START:
+        ++m_progressRun;
+        m_progressTitle = event.GetText();
+        Append("b", "progress", now, m_progressTitle.View(), span);
+        break;
+    case ZR_EVENT_PROGRESS_UPDATE: {
+        const double range = static_cast<double>(ZRProgressGetRangeMax()) - ZRProgressGetRangeMin();
+        const double part = static_cast<double>(event.GetCount()) - ZRProgressGetRangeMin();
+        const auto percent = static_cast<std::int64_t>(range > 0 ? 100 * part / range : 0);
+        Append("C", "progress", now, m_progressTitle.View(),
+            [percent](Object& object) { object.StartObject("args").Add("percent", percent).EndObject(); });
+        break;
+    }
+    case ZR_EVENT_PROGRESS_END:
+        Append("e", "progress", now, m_progressTitle.View(), span);
+        break;
+    default:
+        break;
+    }
+}
+
+/// Adds one event. What has no part in all of them is added by `fill`.
+template <typename Fill> void ZRTraceFile::Trace::Append(
+    const char* phase, const char* category, std::int64_t nanoseconds, std::string_view name, Fill fill)
+{
+    bool isFull = false;
+    {
+        const std::lock_guard guard(m_lock);
+        if (m_forkGeneration != zrobservers::ForkGeneration()) {
+            StartInChild();
+        }
+        const std::uint64_t thread = zrobservers::ThreadId();
+        if (t_namedIn.trace != m_number || t_namedIn.forkGeneration != m_forkGeneration) {
+            t_namedIn = {m_number, m_forkGeneration};
+            NameThread(thread);
+        }
+        {
+            Object object(m_buffers->writer, m_buffers->collected, ",\n");
+            object.Add("name", name).Add("cat", category).Add("ph", phase).AddThousandths("ts", nanoseconds);
+            object.Add("pid", static_cast<std::int64_t>(m_process)).Add("tid", static_cast<std::int64_t>(thread));
+            fill(object);
+        }
+        m_count.fetch_add(1, std::memory_order_relaxed);
+        isFull = m_buffers->collected.GetSize() >= kFullBuffer;
+    }
+    if (isFull) {
+        Write();
+    }
+}
+
+void ZRTraceFile::Trace::NameThread(std::uint64_t thread)
+{
+    const std::string name = zrobservers::ThreadName();
+    if (name.empty()) {
+        return;
+    }
+    Object object(m_buffers->writer, m_buffers->collected, ",\n");
+    object.Add("name", "thread_name").Add("ph", "M").Add("pid", static_cast<std::int64_t>(m_process));
+    object.Add("tid", static_cast<std::int64_t>(thread)).StartObject("args");
+    object.Add("name", std::string_view(name)).EndObject();
+}
+
+/// What was collected so far is the parent's, and so is its file.
+void ZRTraceFile::Trace::StartInChild()
+{
+    m_forkGeneration = zrobservers::ForkGeneration();
+    m_process = zrobservers::ProcessId();
+    m_isChild = true;
+    m_buffers = new Buffers;
+    m_count = 0;
+    m_file.Close();
+    m_flusher = new Flusher(*this);
+}
+
+void ZRTraceFile::Trace::Flush()
+{
+    Write();
+    TellFailure();
+}
+
+std::string ZRTraceFile::Trace::GetPath() const { return m_openPath; }
+
+void ZRTraceFile::Trace::Write()
+{
+    const std::lock_guard fileGuard(m_fileLock);
+    rapidjson::StringBuffer& text = m_buffers->written;
+    {
+        const std::lock_guard guard(m_lock);
+        std::swap(text, m_buffers->collected);
+    }
+    if (text.GetSize() == 0) {
+        return;
+    }
+    const bool isWritten = (m_file.IsOpen() || OpenFile()) && m_file.Write(text.GetString(), text.GetSize());
+    m_isSound = isWritten;
+    if (int none = 0; !isWritten) {
+        m_failure.compare_exchange_strong(none, errno);
+    }
+    const bool isLarge = text.GetSize() > 4 * kFullBuffer; // one huge message need not stay for ever
+    text.Clear();
+    if (isLarge) {
+        text.ShrinkToFit();
+    }
+}
+
+/// The first object is the name of the process, so that all others have a comma before them.
+bool ZRTraceFile::Trace::OpenFile()
+{
+    if (!OpenPath()) {
+        m_isSound = false;
+        int none = 0;
+        m_failure.compare_exchange_strong(none, errno);
+        return false;
+    }
+    rapidjson::StringBuffer text;
+    rapidjson::Writer<rapidjson::StringBuffer> writer;
+    {
+        Object object(writer, text, "[\n");
+        object.Add("name", "process_name").Add("ph", "M").Add("pid", static_cast<std::int64_t>(m_process));
+        object.StartObject("args").Add("name", std::string_view(zrobservers::ProcessName())).EndObject();
+    }
+    if (!m_file.Write(text.GetString(), text.GetSize())) {
+        m_file.Close();
+        return false;
+    }
+    return true;
+}
+
+bool ZRTraceFile::Trace::OpenPath()
+{
+    const bool mustBeNew = m_start == Start::kWithFirstEvent && !m_isChild;
+    m_openPath = m_isChild ? WithProcess(m_path) : m_path;
+    if (m_file.Open(m_openPath, mustBeNew)) {
+        return true;
+    }
+    if (!mustBeNew || errno != EEXIST) {
+        return false;
+    }
+    m_openPath = WithProcess(m_path);
+    return m_file.Open(m_openPath, false);
+}
+
+/// Once, and without a lock, as a message calls observers.
+void ZRTraceFile::Trace::TellFailure()
+{
+    const int error = m_failure.load(std::memory_order_relaxed);
+    if (error != 0 && !m_isTold.exchange(true)) {
+        HCString text;
+        text.Format("%s: %s", m_path.c_str(), std::strerror(error));
+        ZRErrorSet(1, text, "ZRTraceFile", 0, 1);
+    }
+}
+
+ZRTraceFile::ZRTraceFile(const HCString& path)
+    : m_trace(std::make_unique<Trace>(path, Trace::Start::kNow))
+{
+}
+
+ZRTraceFile::ZRTraceFile(std::unique_ptr<Trace> trace)
+    : m_trace(std::move(trace))
+{
+}
+
+ZRTraceFile::~ZRTraceFile() = default;
+
+bool ZRTraceFile::IsOpen() const { return m_trace->IsSound(); }
+
+void ZRTraceFile::Flush() { m_trace->Flush(); }
+
+std::int64_t ZRTraceFile::GetEventCount() const { return m_trace->GetEventCount(); }

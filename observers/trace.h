@@ -1,0 +1,90 @@
+/// The trace behind a ZRTraceFile.
+#pragma once
+
+#include "json.h"
+#include "switch_guards.h"
+#include "system.h"
+#include "zrobservers/trace_file.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+
+/// Events are put as text into a buffer, under m_lock. Whoever writes the buffer to the file holds m_fileLock, takes
+/// the buffer away under m_lock, and writes it without, so that senders do not wait for the disk.
+class ZRTraceFile::Trace {
+public:
+    enum class Start {
+        kNow, // the file is emptied
+        kWithFirstEvent, // the file is new: where there is one already, the name gets the ID of the process
+    };
+
+    Trace(const HCString& path, Start start);
+    ~Trace();
+    Trace(const Trace&) = delete;
+    Trace& operator=(const Trace&) = delete;
+
+    void Flush();
+    bool IsSound() const { return m_isSound.load(std::memory_order_relaxed); }
+    std::int64_t GetEventCount() const { return m_count.load(std::memory_order_relaxed); }
+
+    /// Path of the file that is written; empty before it is open.
+    std::string GetPath() const;
+
+private:
+    using Object = zrobservers::JsonObject;
+
+    // A forked child leaves both of its parent where they are: the thread did not come along, and another thread may
+    // have been in the middle of changing the buffers.
+    struct Buffers {
+        rapidjson::StringBuffer collected;
+        rapidjson::StringBuffer written; // guarded by m_fileLock
+        rapidjson::Writer<rapidjson::StringBuffer> writer;
+    };
+    class Flusher;
+
+    void OnMessage(const ZRObservedObjectEvent& event);
+    void OnTimer(const ZRObservedObjectEvent& event);
+    void OnProgress(const ZRObservedObjectEvent& event);
+
+    template <typename Fill>
+    void Append(const char* phase, const char* category, std::int64_t nanoseconds, std::string_view name, Fill fill);
+    void NameThread(std::uint64_t thread);
+    void StartInChild();
+    void Write();
+    bool OpenFile();
+    bool OpenPath();
+    void TellFailure();
+
+    const std::string m_path;
+    const Start m_start;
+    const std::uint32_t m_number; // of this trace among those of the process
+
+    HCThreadSync m_lock; // as all locks here one that works in a forked child
+    Buffers* m_buffers; // owned
+    std::uint64_t m_process;
+    unsigned int m_forkGeneration; // of the process that writes
+    bool m_isChild = false; // of the process that has made this object
+
+    HCThreadSync m_fileLock;
+    zrobservers::OutputFile m_file;
+    std::string m_openPath;
+
+    std::atomic<bool> m_isSound{true}; // the last write succeeded
+    std::atomic<int> m_failure{0}; // errno of the first failure; 0 before it
+    std::atomic<bool> m_isTold{false};
+    std::atomic<std::int64_t> m_count{0};
+    std::int64_t m_progressRun = 0; // these two are guarded by the lock of the observer
+    HCString m_progressTitle;
+
+    Flusher* m_flusher = nullptr; // owned
+    zrobservers::ProfilerOn m_profilerOn;
+    // Last, so that they go first. One observer for each subject, so that none of their locks is held while a message
+    // of another is under way.
+    ZRListener m_messages;
+    ZRListener m_timers;
+    ZRListener m_progress;
+};

@@ -1,0 +1,41 @@
+/// ZRJsonLines: messages as JSON, one object a line.
+#pragma once
+
+#include "hcbase/string.h"
+#include "zrobservers/export.h"
+
+#include <memory>
+
+/// Appends one line to a file for each message:
+///
+///     {"time":"2026-11-23T20:15:02.123456Z","event":"message","type":"WARNING","level":1,"code":0,"chain":false,
+///     "place":"Map::Load","thread":4711,"process":4711,"text":"no such road","textEx":""}
+///
+/// The time is UTC (RFC 3339); thread and process are the IDs that the system shows. Control characters are escaped, so
+/// that no text can forge a line; bytes that are no UTF-8 are replaced by U+FFFD. Timers have the fields name, start
+/// and seconds of the run, calls, total and self; progress has what ("start", "range", "update", "end"), title,
+/// percent, and text.
+///
+/// Each line is written at once and whole, by any number of threads and processes, and goes to the file that has the
+/// name then: when logrotate moves the file, the next line makes a new one.
+class ZR_OBSERVERS_API ZRJsonLines {
+public:
+    // What is written; a sum of these.
+    static constexpr int kMessages = 1;
+    static constexpr int kTimers = 2; // the handler of profiler states is on while the object exists
+    static constexpr int kProgress = 4;
+
+    /// path: UTF-8. The file is made at once, and is not emptied.
+    explicit ZRJsonLines(const HCString& path, int what = kMessages);
+    ~ZRJsonLines();
+    ZRJsonLines(const ZRJsonLines&) = delete;
+    ZRJsonLines& operator=(const ZRJsonLines&) = delete;
+
+    /// Whether the last line could be written.
+    [[nodiscard]] bool IsOpen() const;
+
+private:
+    class Lines;
+
+    std::unique_ptr<Lines> m_lines;
+};

@@ -1,0 +1,34 @@
+/// ZRProfileTable: where the time went.
+#pragma once
+
+#include "hcbase/string.h"
+#include "zrobservers/export.h"
+
+#include <memory>
+
+/// Adds up the timers of the process that feed states, by the location of the state, and turns the handler of profiler
+/// states on for as long as it exists. Only runs that end in that time count.
+class ZR_OBSERVERS_API ZRProfileTable {
+public:
+    ZRProfileTable();
+    ~ZRProfileTable();
+    ZRProfileTable(const ZRProfileTable&) = delete;
+    ZRProfileTable& operator=(const ZRProfileTable&) = delete;
+
+    /// A table with a line for each location, the one with most time of its own first: calls, total, self, shortest and
+    /// longest in seconds, and the share of the self times of all. At most `lines` locations; the last line has no line
+    /// ending. Empty when nothing was measured.
+    [[nodiscard]] HCString ToText(int lines = 1000) const;
+
+    /// The same as comma-separated values (RFC 4180), with a line of names first, seconds with nine decimals.
+    [[nodiscard]] HCString ToCsv() const;
+
+    /// Collapsed stacks for flame graphs: "outer;inner 1234", the microseconds that were spent in that place itself,
+    /// for each way in which timers were nested. A semicolon in a location becomes a colon.
+    [[nodiscard]] HCString ToStacks() const;
+
+private:
+    class Table;
+
+    std::unique_ptr<Table> m_table;
+};

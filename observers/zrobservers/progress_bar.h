@@ -1,0 +1,26 @@
+/// ZRProgressBar: progress on a terminal.
+#pragma once
+
+#include "zrobservers/export.h"
+
+#include <cstdio>
+#include <memory>
+
+/// Draws the progress of the process on one line, at most ten times a second, with the time that is left. Messages on
+/// the console scroll above it. Into anything but a terminal nothing is written. Progress is on while the object exists
+/// (ZRProgressEnable), if there is a terminal.
+class ZR_OBSERVERS_API ZRProgressBar {
+public:
+    /// stream: stdout or stderr; not owned.
+    explicit ZRProgressBar(std::FILE* stream = stdout);
+
+    /// Takes the bar off the terminal.
+    ~ZRProgressBar();
+    ZRProgressBar(const ZRProgressBar&) = delete;
+    ZRProgressBar& operator=(const ZRProgressBar&) = delete;
+
+private:
+    class Bar;
+
+    std::unique_ptr<Bar> m_bar; // null when there is no terminal
+};

@@ -1,0 +1,55 @@
+/// ZRRecorder: keeps what was sent, for tests.
+#pragma once
+
+#include "zrlib/zrlib.h"
+#include "zrobservers/export.h"
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+/// Keeps copies of all messages and events of progress and of timers that are sent while it exists, and what it is
+/// attached to beside.
+///
+///     ZRRecorder recorder;
+///     LoadMap("no such file");
+///     ASSERT_EQ(recorder.GetMessages(ZR_MSG_ERROR).size(), 1U);
+///     EXPECT_EQ(recorder.GetMessages(ZR_MSG_ERROR)[0].GetText(), "no such file does not exist");
+///
+/// Messages are on while it exists (ZRSetMessagesEnabled), as otherwise there would be none. Timers and progress are
+/// recorded while they are on.
+class ZR_OBSERVERS_API ZRRecorder {
+public:
+    using Predicate = std::function<bool(const ZRObservedObjectEvent&)>;
+
+    /// Of the process: messages, progress, the threading switch, timers.
+    ZRRecorder();
+
+    /// Of one subject only.
+    explicit ZRRecorder(ZRObservedObject& subject);
+    ~ZRRecorder();
+    ZRRecorder(const ZRRecorder&) = delete;
+    ZRRecorder& operator=(const ZRRecorder&) = delete;
+
+    /// Copies of all events so far, in the order in which they came.
+    [[nodiscard]] std::vector<ZRObservedObjectEvent> GetEvents() const;
+
+    /// The events of one code (ZR_EVENT_...).
+    [[nodiscard]] std::vector<ZRObservedObjectEvent> GetEvents(std::int32_t code) const;
+
+    /// The messages whose type is in the sum of types (ZR_MSG_...).
+    [[nodiscard]] std::vector<ZRMsg> GetMessages(
+        int types = ZR_MSG_OUT | ZR_MSG_WARN | ZR_MSG_ERROR | ZR_MSG_TRACE) const;
+
+    /// Waits until there is an event for which the predicate is true, from the first that was recorded on. False when
+    /// there is none after so many milliseconds. The predicate must not use the recorder.
+    bool WaitFor(const Predicate& predicate, int milliseconds) const;
+
+    /// Forgets what was recorded.
+    void Clear();
+
+private:
+    class Record;
+
+    std::unique_ptr<Record> m_record;
+};

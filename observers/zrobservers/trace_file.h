@@ -1,0 +1,52 @@
+/// ZRTraceFile: timers, messages and progress of the process on a time line.
+#pragma once
+
+#include "hcbase/string.h"
+#include "zrobservers/export.h"
+
+#include <cstdint>
+#include <memory>
+
+/// Writes a trace in Chrome's trace event format, which Perfetto, speedscope and chrome://tracing open.
+///
+/// - Each run of a timer that feeds a state is a complete event, nested as the timers were. The handler of profiler
+///   states is on while the object exists.
+/// - Each message is an instant event on its thread, with place, type, level and code.
+/// - Progress is a counter of percents and a span from its start to its end, while progress is on (ZRProgressEnable).
+///
+/// Threads have the ID and the name that the system knows, so that they match those of other tools; the name is asked
+/// for at a thread's first event.
+///
+/// Events are collected and written by a thread of the object four times a second, or by the sender when 256 KiB have
+/// come together. A process that is killed leaves a file without its last bracket, which the viewers take. In a child
+/// of `fork` the trace goes on in a file of its own, with the ID of the process before the extension, once the child
+/// sends something.
+///
+/// What cannot be written is lost: a full disk, a missing folder. It is told once, and later events are written again.
+class ZR_OBSERVERS_API ZRTraceFile {
+public:
+    /// Opens the file and empties it. path: UTF-8.
+    explicit ZRTraceFile(const HCString& path);
+
+    /// Writes what was collected and closes the file.
+    ~ZRTraceFile();
+    ZRTraceFile(const ZRTraceFile&) = delete;
+    ZRTraceFile& operator=(const ZRTraceFile&) = delete;
+
+    /// Whether the last write succeeded.
+    [[nodiscard]] bool IsOpen() const;
+
+    /// Writes what was collected so far.
+    void Flush();
+
+    /// Number of timers, messages and events of progress that were traced by this process.
+    [[nodiscard]] std::int64_t GetEventCount() const;
+
+private:
+    friend struct ZRObserversOfEnvironment;
+    class Trace;
+
+    explicit ZRTraceFile(std::unique_ptr<Trace> trace);
+
+    std::unique_ptr<Trace> m_trace;
+};
