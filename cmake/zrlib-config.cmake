@@ -1,4 +1,11 @@
-# Targets zrlib::zrlib and hcbase::hcbase.
+# Targets zrlib::zrlib and hcbase::hcbase; with COMPONENTS observers also zrlib::observers.
 include(CMakeFindDependencyMacro)
 find_dependency(Threads)
 include("${CMAKE_CURRENT_LIST_DIR}/zrlib-targets.cmake")
+include("${CMAKE_CURRENT_LIST_DIR}/zrlib-observers-targets.cmake" OPTIONAL RESULT_VARIABLE zrlib_observers_FOUND)
+foreach(component IN LISTS zrlib_FIND_COMPONENTS)
+    if(NOT zrlib_${component}_FOUND AND zrlib_FIND_REQUIRED_${component})
+        set(zrlib_FOUND FALSE)
+        set(zrlib_NOT_FOUND_MESSAGE "there is no component ${component}, or it is not installed")
+    endif()
+endforeach()

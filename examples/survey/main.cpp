@@ -14,19 +14,17 @@
 // Without preferences it turns them on itself, for the console. Ends with status 2 when PATH does not exist or
 // the arguments are wrong.
 
-#include "profile.h"
-#include "progress_bar.h"
 #include "survey.h"
-#include "terminal.h"
 
 #include <charconv>
 #include <hcbase/hcbase.h>
 #include <map>
-#include <optional>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <system_error>
 #include <zrlib/zrlib.h>
+#include <zrobservers/zrobservers.h>
 
 namespace {
 
@@ -95,6 +93,15 @@ void ReportRun()
     }
 }
 
+/// A message for each line of the table.
+void ReportProfile(const ZRProfileTable& profile)
+{
+    std::istringstream table(profile.ToText().ToString());
+    for (std::string line; std::getline(table, line);) {
+        ZR_OUT("%s", line.c_str());
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -113,20 +120,16 @@ int main(int argc, char** argv)
         sent[event.GetMsg().GetType()] += event.GetCode() == ZR_EVENT_MESSAGE ? 1 : 0;
     });
     ReportRun();
-    Profile profile;
+    const ZRProfileTable profile;
     Survey survey;
     {
-        std::optional<ProgressBar> bar;
-        if (IsTerminal()) {
-            bar.emplace();
-            ZRProgressEnable(1);
-        }
+        const ZRProgressBar bar;
         if (!survey.Take(arguments.path, arguments.threads)) {
             return kBadArguments;
         }
     }
     survey.Report();
-    profile.Report();
+    ReportProfile(profile);
     ZR_OUT("Messages: %d out, %d warnings, %d errors, %d traces", sent[ZR_MSG_OUT], sent[ZR_MSG_WARN],
         sent[ZR_MSG_ERROR], sent[ZR_MSG_TRACE]);
     if (arguments.dumpsRegistry) {
