@@ -1,5 +1,6 @@
 #include "tests/messaging/message_fixture.h"
 #include "tests/observation/recording_observer.h"
+#include "zrobservers/recorder.h"
 
 #include <algorithm>
 #include <array>
@@ -57,8 +58,7 @@ TEST_F(Math, ReportsEachOfItsErrors)
         "Raise zero to power zero", "Raise zero to a negative power", "Raise a negative number to a non integer power",
         "Floating point overflow", "Square root of a negative number", "Divide by zero",
         "Tan 90 degrees (radians mode)", "Tan 90 degrees", "Tan 270 degrees (radians mode)", "Tan 270 degrees"};
-    test::RecordingObserver messages;
-    ZRGetMessageHandler()->AttachObserver(&messages, 1);
+    ZRRecorder messages(*ZRGetMessageHandler());
     for (int error = 0; error < static_cast<int>(std::size(texts)); ++error) {
         const int code = -65736 - error;
         ZRMath::SetError(code);
@@ -69,13 +69,12 @@ TEST_F(Math, ReportsEachOfItsErrors)
             ZRMath::SetError(other);
         }
         EXPECT_EQ(ZRMath::GetLastError(), code) << "others change nothing";
-        ASSERT_EQ(messages.events.size(), 1U);
-        EXPECT_EQ(messages.events.front().GetMsg().GetLevel(), 1);
-        messages.events.clear();
+        ASSERT_EQ(messages.GetEvents().size(), 1U);
+        EXPECT_EQ(messages.GetEvents().front().GetMsg().GetLevel(), 1);
+        messages.Clear();
     }
     ZRMath::ResetError();
     EXPECT_EQ(ZRMath::IsError() + 2 * ZRMath::NoError(), 2);
-    ZRGetMessageHandler()->DetachObserver(&messages, 1);
 }
 
 // The functions as functions of two numbers, the second of which may be a mode or nothing.

@@ -1,5 +1,6 @@
 #include "tests/messaging/message_fixture.h"
 #include "tests/observation/recording_observer.h"
+#include "zrobservers/recorder.h"
 
 #include <clocale>
 #include <cmath>
@@ -21,15 +22,13 @@ void WaitFor(const ZRProfiler& timer, double seconds)
 
 class Profiler : public test::Messages {
 protected:
-    Profiler() { ZRGetMessageHandler()->AttachObserver(&m_messages, 1); }
     ~Profiler() override
     {
-        ZRGetMessageHandler()->DetachObserver(&m_messages, 1);
         ZRProfiler::SetEnabled(1);
         ZRGetProfilerStateHandler()->SetEnabled(0);
     }
 
-    RecordingObserver m_messages;
+    ZRRecorder m_messages{*ZRGetMessageHandler()};
 };
 
 TEST_F(Profiler, PrintsWhatItsFormSays)
@@ -75,16 +74,16 @@ TEST_F(Profiler, PrintsWhatItsFormSays)
         if (accumulator != nullptr && row.total < 1e9) {
             EXPECT_EQ(total - row.total >= kShort, row.enabled != 0);
         }
-        ASSERT_EQ(m_messages.events.size(), *row.message != '\0' ? 1U : 0U);
+        ASSERT_EQ(m_messages.GetEvents().size(), *row.message != '\0' ? 1U : 0U);
         if (*row.message != '\0') {
-            const ZRMsg message = m_messages.events.front().GetMsg();
+            const ZRMsg message = m_messages.GetMessages().front();
             EXPECT_TRUE(std::regex_match(static_cast<const char*>(message.GetText()), std::regex(row.message)))
                 << static_cast<const char*>(message.GetText());
             EXPECT_EQ(message.IsTrace(), 1);
             EXPECT_EQ(message.GetLocation(), "");
             EXPECT_EQ(message.GetLevel(), 1);
         }
-        m_messages.events.clear();
+        m_messages.Clear();
     }
 }
 
@@ -102,7 +101,7 @@ TEST_F(Profiler, IsAStopwatchByDefault)
     }
     EXPECT_GT(ZRProfiler::GetTicks(), ticks);
     EXPECT_EQ(ZRProfiler::GetEnabled(), 0);
-    EXPECT_TRUE(m_messages.events.empty());
+    EXPECT_TRUE(m_messages.GetEvents().empty());
 }
 
 TEST_F(Profiler, ChargesItsTimeToTheStateAround)
@@ -140,7 +139,7 @@ TEST_F(Profiler, ChargesItsTimeToTheStateAround)
     EXPECT_EQ(outer.GetDependantCalls(), 1);
     EXPECT_NEAR(innermost.GetSelf() + inner.GetSelf() + outer.GetSelf(), outer.GetTotal(), 1e-12);
     EXPECT_GE(innermost.GetMin(), 0.001);
-    EXPECT_TRUE(m_messages.events.empty());
+    EXPECT_TRUE(m_messages.GetEvents().empty());
     handler.DetachObserver(&observer, 1);
 }
 
@@ -186,7 +185,7 @@ TEST_F(Profiler, CopiesAreTimersOfTheirOwn)
         printing = timer;
     }
     EXPECT_EQ(state.GetCalls(), 3);
-    EXPECT_EQ(m_messages.events.size(), 1U);
+    EXPECT_EQ(m_messages.GetEvents().size(), 1U);
     EXPECT_GT(total, 0);
 }
 
@@ -292,7 +291,7 @@ TEST_F(Profiler, PrintsAPointInEveryLocale)
     }
     std::setlocale(LC_NUMERIC, kept.c_str());
     EXPECT_TRUE(std::regex_match(
-        static_cast<const char*>(m_messages.events.front().GetText()), std::regex(R"(place : \d+\.\d{6}secs)")));
+        static_cast<const char*>(m_messages.GetEvents().front().GetText()), std::regex(R"(place : \d+\.\d{6}secs)")));
 }
 
 } // namespace

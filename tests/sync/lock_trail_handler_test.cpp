@@ -1,6 +1,7 @@
 #include "tests/messaging/message_fixture.h"
 #include "tests/observation/recording_observer.h"
 #include "tests/support/allocations.h"
+#include "zrobservers/recorder.h"
 
 #include <thread>
 
@@ -18,8 +19,7 @@ using LockTrailHandler = test::Messages;
 
 TEST_F(LockTrailHandler, RefusesToBeEnabled)
 {
-    RecordingObserver observer;
-    ZRGetLockTrailHandler()->AttachObserver(&observer, 1);
+    const ZRRecorder recorder(*ZRGetLockTrailHandler());
     ZRLockTrail* const trail = ZRAppendLockTrail();
     for (const int enable : {1, 0}) {
         ZRSetLockTrailEnabled(static_cast<char>(enable));
@@ -32,10 +32,9 @@ TEST_F(LockTrailHandler, RefusesToBeEnabled)
     ZRLockTrailLock(trail);
     ZRGetLockTrailHandler()->BroadcastLock(*trail);
     sync.Unlock("a", trail);
-    EXPECT_TRUE(observer.events.empty());
+    EXPECT_TRUE(recorder.GetEvents().empty());
     EXPECT_EQ(trail->GetThreadID(), 0U);
     EXPECT_EQ(ZRRemoveLockTrail(trail), 1);
-    ZRGetLockTrailHandler()->DetachObserver(&observer, 1);
     EXPECT_EQ(ZRGetLockTrailHandler()->GetName(), "Untitled");
 }
 

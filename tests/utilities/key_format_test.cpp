@@ -1,6 +1,6 @@
 #include "tests/messaging/message_fixture.h"
-#include "tests/observation/recording_observer.h"
 #include "tests/support/allocations.h"
+#include "zrobservers/recorder.h"
 
 #include <barrier>
 #include <climits>
@@ -20,27 +20,25 @@ using Keys = test::Messages;
 
 TEST_F(Keys, TicketsCountUpAndTellWhenTheyAreToldTo)
 {
-    test::RecordingObserver messages;
-    ZRGetMessageHandler()->AttachObserver(&messages, 1);
+    const ZRRecorder messages(*ZRGetMessageHandler());
     const std::int64_t last = ZRKey::GetLastTicket();
     EXPECT_EQ(ZRKey::GetNextTicket(), last + 1);
     EXPECT_EQ(ZRKey::GetNextTicket(), last + 1);
     EXPECT_EQ(ZRKey::IssueTicket(), last + 1);
     EXPECT_EQ(ZRKey::GetLastTicket(), last + 1);
-    EXPECT_TRUE(messages.events.empty());
+    EXPECT_TRUE(messages.GetEvents().empty());
     VerboseKey::SetVerbose(2);
     EXPECT_EQ(ZRKey::GetVerbose(), 2);
     ZRKey::IssueTicket();
     static_cast<void>(ZRKey::GetNextTicket());
     static_cast<void>(ZRKey::GetLastTicket());
     VerboseKey::SetVerbose(0);
-    ASSERT_EQ(messages.events.size(), 3U);
+    ASSERT_EQ(messages.GetEvents().size(), 3U);
     const std::string issued = std::to_string(last + 2);
-    EXPECT_EQ(messages.events[0].GetText(), ("Issued key " + issued).c_str());
-    EXPECT_EQ(messages.events[1].GetText(), ("Next ticket will be " + std::to_string(last + 3)).c_str());
-    EXPECT_EQ(messages.events[2].GetText(), ("Last ticket was " + issued).c_str());
-    EXPECT_EQ(messages.events[2].GetMsg().IsOut(), 1);
-    ZRGetMessageHandler()->DetachObserver(&messages, 1);
+    EXPECT_EQ(messages.GetEvents()[0].GetText(), ("Issued key " + issued).c_str());
+    EXPECT_EQ(messages.GetEvents()[1].GetText(), ("Next ticket will be " + std::to_string(last + 3)).c_str());
+    EXPECT_EQ(messages.GetEvents()[2].GetText(), ("Last ticket was " + issued).c_str());
+    EXPECT_EQ(messages.GetEvents()[2].GetMsg().IsOut(), 1);
 }
 
 TEST_F(Keys, NoTicketIsIssuedTwice)

@@ -1,0 +1,326 @@
+#include "tests/messaging/message_fixture.h"
+#include "tests/support/process.h"
+#include "zrobservers/zrobservers.h"
+
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <rapidjson/document.h>
+#include <thread>
+#include <vector>
+
+#if !defined(_WIN32)
+#include <csignal>
+#include <pthread.h>
+#include <pty.h>
+#include <sys/resource.h>
+#include <unistd.h>
+#endif
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class Observers : public test::Messages {
+protected:
+    ~Observers() override { ZRProgressEnable(0); }
+
+    std::string PathOf(const char* name) const { return m_home.Folder() + "/" + name; }
+
+    /// The events of a trace; what a killed process has left is closed first. Null when it is not one.
+    static rapidjson::Document Events(const std::string& path)
+    {
+        std::string text = test::ReadFile(path);
+        text += !text.empty() && text.back() == '}' ? "]" : "";
+        rapidjson::Document events;
+        events.Parse(text.c_str());
+        if (!events.IsArray()) {
+            events.SetArray();
+        }
+        return events;
+    }
+
+    /// "phase name", in the order of the file.
+    static std::vector<std::string> Names(const rapidjson::Document& events)
+    {
+        std::vector<std::string> names;
+        for (const auto& event : events.GetArray()) {
+            if (*event["ph"].GetString() != 'M') {
+                names.push_back(std::string(event["ph"].GetString()) + " " + event["name"].GetString());
+            }
+        }
+        return names;
+    }
+};
+
+using Lines = std::vector<std::string>;
+
+TEST_F(Observers, TraceShowsTimersAsTheyWereNested)
+{
+    const std::string path = PathOf("trace.json");
+    std::optional<ZRTraceFile> trace(std::in_place, path.c_str());
+    const auto run = [] {
+        ZRProfilerState outer("outer");
+        const ZRProfiler timer(&outer);
+        ZRProfilerState inner("inner \"\xC3\xA4\xFF\n");
+        for (int turn = 0; turn < 2; ++turn) {
+            const ZRProfiler innerTimer(&inner);
+        }
+    };
+    std::thread([&run] {
+#if !defined(_WIN32)
+        pthread_setname_np(pthread_self(), "worker");
+#endif
+        run();
+    }).join();
+    run();
+    ZRProgressEnable(1);
+    {
+        ZRProgressRun progress("loading", 4);
+        ZR_WARN_AT(3, "said at a half");
+        progress.Step();
+    }
+    EXPECT_EQ(trace->GetEventCount(), 10);
+    EXPECT_TRUE(trace->IsOpen());
+    trace.reset();
+    EXPECT_EQ(ZRGetProfilerStateHandler()->GetEnabled(), 0);
+
+    const rapidjson::Document events = Events(path);
+    const std::string inner = "X inner \"\xC3\xA4\xEF\xBF\xBD\n";
+    EXPECT_EQ(Names(events),
+        (Lines{inner, inner, "X outer", inner, inner, "X outer", "b loading", "i said at a half", "C loading",
+            "e loading"}));
+    std::map<int, std::vector<const rapidjson::Value*>> timers; // by thread
+    for (const auto& event : events.GetArray()) {
+        if (*event["ph"].GetString() == 'X') {
+            timers[event["tid"].GetInt()].push_back(&event);
+        } else if (*event["ph"].GetString() == 'C') {
+            EXPECT_EQ(event["args"]["percent"].GetInt(), 25);
+        } else if (*event["ph"].GetString() == 'i') {
+            EXPECT_STREQ(event["args"]["type"].GetString(), "WARNING");
+            EXPECT_EQ(event["args"]["level"].GetInt(), 3);
+#if !defined(_WIN32)
+            EXPECT_EQ(event["tid"].GetInt(), getpid()) << "the ID that the system's tools show";
+        } else if (event["name"] == "thread_name" && event["tid"].GetInt() != getpid()) {
+            EXPECT_STREQ(event["args"]["name"].GetString(), "worker");
+#endif
+        }
+    }
+    ASSERT_EQ(timers.size(), 2U);
+    for (const auto& [thread, runs] : timers) {
+        const auto start = [&runs](std::size_t index) { return (*runs[index])["ts"].GetDouble(); };
+        const auto end = [&](std::size_t index) { return start(index) + (*runs[index])["dur"].GetDouble(); };
+        EXPECT_LE(start(2), start(0));
+        EXPECT_LE(end(0), start(1) + 0.001) << "microseconds";
+        EXPECT_LE(end(1), end(2) + 0.001);
+    }
+}
+
+TEST_F(Observers, SayOnceThatTheyCannotWriteAndGoOnLater)
+{
+    const ZRRecorder errors;
+    const std::string path = PathOf("missing/file");
+    ZRTraceFile trace(path.c_str());
+    const ZRJsonLines lines(path.c_str());
+    ZR_OUT("lost");
+    trace.Flush();
+    EXPECT_FALSE(trace.IsOpen() || lines.IsOpen());
+    EXPECT_EQ(errors.GetMessages(ZR_MSG_ERROR).size(), 2U);
+    fs::create_directory(PathOf("missing"));
+    ZR_OUT("written");
+    EXPECT_TRUE(lines.IsOpen());
+    EXPECT_NE(test::ReadFile(path).find("\"written\""), std::string::npos);
+    fs::remove(path);
+    ZR_OUT("written too");
+    trace.Flush();
+    EXPECT_TRUE(trace.IsOpen());
+    EXPECT_EQ(errors.GetMessages(ZR_MSG_ERROR).size(), 2U);
+}
+
+TEST_F(Observers, JsonLinesTakeAnyText)
+{
+    const std::string path = PathOf("lines");
+    std::string text;
+    for (int byte = 1; byte < 256; ++byte) { // what is above 127 is no UTF-8
+        text += static_cast<char>(byte);
+    }
+    {
+        ZRJsonLines lines(path.c_str(), ZRJsonLines::kMessages | ZRJsonLines::kTimers | ZRJsonLines::kProgress);
+        ZR_ERROR_SET(-5, "%s\"}\n{\"forged\":true}", text.c_str());
+        fs::rename(path, path + ".1");
+        ZRProgressEnable(1);
+        const ZRProgressRun progress("run");
+        ZRProfilerState state("timed");
+        const ZRProfiler timer(&state);
+    }
+    const auto log = test::Lines(test::ReadFile(path + ".1"));
+    ASSERT_EQ(log.size(), 1U);
+    rapidjson::Document line;
+    ASSERT_FALSE(line.Parse(log[0].c_str()).HasParseError());
+    EXPECT_EQ(std::string(line["text"].GetString()).substr(0, 127), text.substr(0, 127));
+    EXPECT_EQ(line["code"].GetInt(), -5);
+    EXPECT_EQ(std::string(line["time"].GetString()).size(), std::string("2026-11-23T20:15:02.123456Z").size());
+    EXPECT_EQ(test::Lines(test::ReadFile(path)).size(), 5U); // start, range, timer, range, end
+#if !defined(_WIN32)
+    const std::string filter = "select((.text|test(\"\\ufffd\")) and .type==\"ERROR\")|.forged";
+    EXPECT_EQ(test::Run("/usr/bin/jq", {filter, path + ".1"}).output, "null\n");
+    EXPECT_EQ(test::Run("/usr/bin/jq", {"-e", ".", path}).exitCode, 0);
+#endif
+}
+
+TEST_F(Observers, RecorderWaits)
+{
+    ZRRecorder recorder;
+    const auto isLast = [](const ZRObservedObjectEvent& event) { return event.GetText() == "last"; };
+    EXPECT_FALSE(recorder.WaitFor(isLast, 1));
+    std::thread sender([] {
+        ZR_TRACE("first");
+        ZR_OUT("last");
+    });
+    EXPECT_TRUE(recorder.WaitFor(isLast, 60'000));
+    sender.join();
+    EXPECT_EQ(recorder.GetMessages(ZR_MSG_TRACE).size(), 1U);
+    EXPECT_STREQ(recorder.GetMessages(ZR_MSG_OUT).at(0).GetLocation(), "Observers_RecorderWaits_Test::TestBody");
+    recorder.Clear();
+    EXPECT_TRUE(recorder.GetEvents().empty());
+}
+
+TEST_F(Observers, ProfileKnowsWhatIsInsideOfWhat)
+{
+    ZRProfileTable table;
+    EXPECT_EQ(table.ToText(), "");
+    ZRProfilerState outer("outer;1");
+    ZRProfilerState inner("inner, \"2\"");
+    const auto spin = [](int milliseconds) {
+        const ZRProfiler clock;
+        while (clock.GetElapsed() * 1000 < milliseconds) {}
+    };
+    {
+        const ZRProfiler around(&outer);
+        spin(2);
+        const ZRProfiler inside(&inner);
+        spin(5);
+    }
+    const ZRProfiler alone(&inner); // which still runs
+    const auto stacks = test::Lines(static_cast<const char*>(table.ToStacks()));
+    ASSERT_EQ(stacks.size(), 2U);
+    EXPECT_EQ(stacks[0].rfind("outer:1 ", 0) + stacks[1].rfind("outer:1;inner, \"2\" ", 0), 0U);
+    EXPECT_LT(std::stol(stacks[0].substr(8)), std::stol(stacks[1].substr(19)));
+    const auto text = test::Lines(static_cast<const char*>(table.ToText()));
+    ASSERT_EQ(text.size(), 3U);
+    EXPECT_EQ(text[1].rfind("inner", 0), 0U) << "most time of its own";
+    EXPECT_EQ(test::Lines(static_cast<const char*>(table.ToText(1))).size(), 2U);
+    EXPECT_EQ(test::Lines(static_cast<const char*>(table.ToCsv()))[1].rfind("\"inner, \"\"2\"\"\",1,0.00", 0), 0U);
+}
+
+#if !defined(_WIN32)
+TEST_F(Observers, BarKeepsBelowTheMessages)
+{
+    int terminal = -1;
+    int end = -1;
+    ASSERT_EQ(openpty(&terminal, &end, nullptr, nullptr, nullptr), 0);
+    std::FILE* const stream = fdopen(end, "w");
+    {
+        const ZRProgressBar bar(stream);
+        const ZRProgressRun run("run", 2);
+        ZRSetOutFlags(ZR_DEST_CONSOLE);
+        for (const char* const text : {"a", "b"}) {
+            const HCString name(text);
+            ZRProgressUpdate(text[0] - 'a' + 1, nullptr);
+            ZROut(name, nullptr, 1);
+        }
+    }
+    std::string drawn(1000, '\0');
+    drawn.resize(static_cast<std::size_t>(read(terminal, drawn.data(), drawn.size())));
+    std::fclose(stream);
+    close(terminal);
+    const std::string half = "[" + std::string(25, '#') + std::string(25, ' ') + "]  50% 00:00 left\x1b[K\r";
+    EXPECT_EQ(drawn, half + "\x1b[A\x1b[7C\x1b[K\r\n") << "the second comes too early to be drawn";
+    EXPECT_EQ(ZRProgressEnabled(), 0);
+}
+
+TEST_F(Observers, TraceSurvivesAFullDisk)
+{
+    std::signal(SIGXFSZ, SIG_IGN); // a limit is a disk that is full
+    const std::string path = PathOf("trace.json");
+    std::optional<ZRTraceFile> trace(std::in_place, path.c_str());
+    const auto send = [&trace](const char* text, rlim_t bytes) {
+        const rlimit limit{bytes, RLIM_INFINITY};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        ZR_OUT("%s", text);
+        trace->Flush();
+    };
+    send("one", RLIM_INFINITY);
+    send("two", fs::file_size(path) + 20);
+    EXPECT_FALSE(trace->IsOpen());
+    send("three", RLIM_INFINITY);
+    trace.reset();
+    const Lines names = Names(Events(path));
+    EXPECT_EQ(names.front(), "i one");
+    EXPECT_EQ(names.back(), "i three");
+    EXPECT_EQ(std::count(names.begin(), names.end(), "i two"), 0);
+}
+
+class ZrTrace : public Observers {
+protected:
+    test::ProcessResult Trace(std::vector<std::string> words)
+    {
+        std::vector<std::string> all{"--trace", PathOf("trace.json"), "--json", PathOf("lines")};
+        all.insert(all.end(), words.begin(), words.end());
+        return test::Run(ZRTRACE_PROGRAM, all);
+    }
+
+    /// What a further process has traced.
+    Lines NamesOfOther() const
+    {
+        for (const auto& entry : fs::directory_iterator(m_home.Folder())) {
+            const std::string name = entry.path().filename();
+            if (name.rfind("trace.", 0) == 0 && name != "trace.json") {
+                return Names(Events(entry.path()));
+            }
+        }
+        return {};
+    }
+};
+
+TEST_F(ZrTrace, LeavesProgramsAlone)
+{
+    const auto exits = Trace({TRACED_PROGRAM, "exit"});
+    EXPECT_EQ(exits.exitCode, 7);
+    EXPECT_EQ(exits.output, "");
+    EXPECT_NE(exits.errors.find("2 events"), std::string::npos) << exits.errors;
+    EXPECT_EQ(Names(Events(PathOf("trace.json"))), (Lines{"i at first", "X Work"}));
+
+    EXPECT_EQ(Trace({TRACED_PROGRAM, "kill"}).exitCode, -1);
+    EXPECT_EQ(Names(Events(PathOf("trace.json"))), (Lines{"i at first", "X Work"}));
+
+    Trace({TRACED_PROGRAM, "fork"});
+    EXPECT_EQ(Names(Events(PathOf("trace.json"))), (Lines{"i at first", "X Work", "i in the parent", "X Work"}));
+    EXPECT_EQ(NamesOfOther(), (Lines{"i in the child", "X Work"}));
+
+    const auto late = Trace({LATE_PROGRAM, ZRLIB_FILE});
+    EXPECT_EQ(late.exitCode, 0);
+    EXPECT_EQ(Names(Events(PathOf("trace.json"))), (Lines{"i late"}));
+
+    const auto foreign = Trace({"sh", "-c", "echo out; exit 3"});
+    EXPECT_EQ(foreign.exitCode, 3);
+    EXPECT_EQ(foreign.output, "out\n");
+    EXPECT_NE(foreign.errors.find("nothing came from sh"), std::string::npos);
+    EXPECT_EQ(Trace({"no such program"}).exitCode, 127);
+    EXPECT_EQ(Trace({"--unknown"}).exitCode, 125);
+}
+
+#if defined(SURVEY_PROGRAM)
+TEST_F(ZrTrace, ShowsWhereTheTimeOfAProgramWent)
+{
+    const auto result = Trace({"--profile", "--progress", SURVEY_PROGRAM, "--threads", "4", SOURCE_FOLDER "/zrlib"});
+    EXPECT_NE(result.errors.find("\nread "), std::string::npos) << result.errors;
+    EXPECT_EQ(
+        test::Run("/usr/bin/jq", {"-e", "map(select(.name==\"count\" and .dur>0))|length>50", PathOf("trace.json")})
+            .exitCode,
+        0);
+}
+#endif
+#endif
+
+} // namespace
