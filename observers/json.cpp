@@ -1,6 +1,6 @@
 #include "json.h"
 
-#include <charconv>
+#include <cstdint>
 
 namespace zrobservers {
 
@@ -37,6 +37,14 @@ std::size_t LengthOfCharacter(std::string_view text) noexcept
 bool IsValidUtf8(std::string_view text) noexcept
 {
     while (!text.empty()) {
+        std::uint64_t eight = 0;
+        if (text.size() >= sizeof(eight)) {
+            std::memcpy(&eight, text.data(), sizeof(eight));
+            if ((eight & 0x8080808080808080U) == 0) { // most texts are ASCII
+                text.remove_prefix(sizeof(eight));
+                continue;
+            }
+        }
         const std::size_t length = LengthOfCharacter(text);
         if (length == 0) {
             return false;
@@ -55,20 +63,6 @@ std::string ToValidUtf8(std::string_view text)
         text.remove_prefix(length != 0 ? length : 1);
     }
     return valid;
-}
-
-JsonObject& JsonObject::AddThousandths(std::string_view name, std::int64_t thousandths)
-{
-    char text[32];
-    char* end = std::to_chars(text, text + sizeof(text), thousandths / 1000).ptr;
-    const auto rest = static_cast<int>(thousandths % 1000);
-    *end++ = '.';
-    *end++ = static_cast<char>('0' + rest / 100);
-    *end++ = static_cast<char>('0' + rest / 10 % 10);
-    *end++ = static_cast<char>('0' + rest % 10);
-    Key(name);
-    m_writer.RawValue(text, static_cast<std::size_t>(end - text), rapidjson::kNumberType);
-    return *this;
 }
 
 } // namespace zrobservers

@@ -73,7 +73,8 @@ private:
         Write(
             "message",
             [&message](Object& object) {
-                object.Add("type", zrobservers::NameOfType(message.GetType())).Add("level", Number(message.GetLevel()));
+                object.AddPlain("type", zrobservers::NameOfType(message.GetType()))
+                    .Add("level", Number(message.GetLevel()));
                 object.Add("code", Number(message.GetCode())).Add("chain", message.GetChainToPrevious() != 0);
                 object.Add("place", message.GetLocation());
             },
@@ -94,7 +95,7 @@ private:
         Write(
             "timer",
             [&](Object& object) {
-                object.Add("name", state.GetLocation()).Add("start", start).Add("seconds", seconds);
+                object.Add("name", state.GetLocation()).AddPlain("start", start).Add("seconds", seconds);
                 object.Add("calls", state.GetCalls()).Add("total", state.GetTotal()).Add("self", state.GetSelf());
             },
             [](Object&) {});
@@ -114,7 +115,7 @@ private:
         Write(
             "progress",
             [&](Object& object) {
-                object.Add("what", what).Add("title", ZRProgressGetTitle());
+                object.AddPlain("what", what).Add("title", ZRProgressGetTitle());
                 if (code == ZR_EVENT_PROGRESS_RANGE) {
                     object.Add("min", Number(event.GetMin())).Add("max", Number(event.GetMax()));
                 } else if (code != ZR_EVENT_PROGRESS_START) {
@@ -138,8 +139,8 @@ private:
             const std::lock_guard guard(m_lock);
             m_buffer.Clear();
             {
-                Object object(m_writer, m_buffer);
-                object.Add("time", TimeStamp(std::chrono::system_clock::now())).Add("event", event);
+                Object object(m_writer, m_buffer, "");
+                object.AddPlain("time", TimeStamp(std::chrono::system_clock::now())).AddPlain("event", event);
                 fill(object);
                 object.Add("thread", static_cast<std::int64_t>(zrobservers::ThreadId()));
                 object.Add("process", static_cast<std::int64_t>(zrobservers::ProcessId()));

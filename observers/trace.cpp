@@ -120,8 +120,8 @@ void ZRTraceFile::Trace::OnMessage(const ZRObservedObjectEvent& event)
     }
     const ZRMsg& message = event.GetMsg();
     Append("i", "message", Now(), message.GetText().View(), [&message](Object& object) {
-        object.Add("s", "t").StartObject("args");
-        object.Add("type", zrobservers::NameOfType(message.GetType())).Add("place", message.GetLocation());
+        object.AddPlain("s", "t").StartObject("args");
+        object.AddPlain("type", zrobservers::NameOfType(message.GetType())).Add("place", message.GetLocation());
         object.Add("level", std::int64_t{message.GetLevel()}).Add("code", std::int64_t{message.GetCode()}).EndObject();
     });
 }
@@ -181,7 +181,7 @@ template <typename Fill> void ZRTraceFile::Trace::Append(
         }
         {
             Object object(m_buffers->writer, m_buffers->collected, ",\n");
-            object.Add("name", name).Add("cat", category).Add("ph", phase).AddThousandths("ts", nanoseconds);
+            object.Add("name", name).AddPlain("cat", category).AddPlain("ph", phase).AddThousandths("ts", nanoseconds);
             object.Add("pid", static_cast<std::int64_t>(m_process)).Add("tid", static_cast<std::int64_t>(thread));
             fill(object);
         }
@@ -200,7 +200,7 @@ void ZRTraceFile::Trace::NameThread(std::uint64_t thread)
         return;
     }
     Object object(m_buffers->writer, m_buffers->collected, ",\n");
-    object.Add("name", "thread_name").Add("ph", "M").Add("pid", static_cast<std::int64_t>(m_process));
+    object.AddPlain("name", "thread_name").AddPlain("ph", "M").Add("pid", static_cast<std::int64_t>(m_process));
     object.Add("tid", static_cast<std::int64_t>(thread)).StartObject("args");
     object.Add("name", std::string_view(name)).EndObject();
 }
@@ -261,7 +261,7 @@ bool ZRTraceFile::Trace::OpenFile()
     rapidjson::Writer<rapidjson::StringBuffer> writer;
     {
         Object object(writer, text, "[\n");
-        object.Add("name", "process_name").Add("ph", "M").Add("pid", static_cast<std::int64_t>(m_process));
+        object.AddPlain("name", "process_name").AddPlain("ph", "M").Add("pid", static_cast<std::int64_t>(m_process));
         object.StartObject("args").Add("name", std::string_view(zrobservers::ProcessName())).EndObject();
     }
     if (!m_file.Write(text.GetString(), text.GetSize())) {
