@@ -10,6 +10,7 @@
 #include <fstream>
 #include <spawn.h>
 #include <string>
+#include <sys/auxv.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <system_error>
@@ -50,7 +51,8 @@ constinit volatile std::sig_atomic_t g_program = 0; // ID of its process
 /// The library that is loaded into the program: beside this program, in the tree of the build or where it is installed.
 std::string FindLibrary()
 {
-    const fs::path folder = fs::read_symlink("/proc/self/exe").parent_path().parent_path();
+    const fs::path folder =
+        fs::canonical(reinterpret_cast<const char*>(getauxval(AT_EXECFN))).parent_path().parent_path();
     for (const char* const place : {"lib", ZRTRACE_LIBDIR}) {
         const fs::path library = folder / place / ZRTRACE_LIBRARY;
         if (fs::exists(library)) {

@@ -6,25 +6,33 @@
 #include "zrlib/observation/observed_object_event.h"
 #include "zrlib/sync/lock_guard.h"
 
-#include <optional>
-
 /// A scope in which the handler is locked, does not go, and is on if this says so. The operations ask the switch before
 /// they make one, so that timers cost little while nobody wants to see them.
 class ZRProfilerStateHandler::LockedWhileEnabled {
 public:
     LockedWhileEnabled(ZRProfilerStateHandler& handler, const char* location)
+        : m_location(location)
     {
         if (m_lease.IsAlive()) {
-            m_guard.emplace(handler.m_sync, location);
+            m_sync = handler.m_sync.Lock(location, nullptr) != 0 ? &handler.m_sync : nullptr;
             m_isOn = handler.GetEnabled() != 0;
         }
     }
+    ~LockedWhileEnabled()
+    {
+        if (m_sync != nullptr) {
+            m_sync->Unlock(m_location, nullptr);
+        }
+    }
+    LockedWhileEnabled(const LockedWhileEnabled&) = delete;
+    LockedWhileEnabled& operator=(const LockedWhileEnabled&) = delete;
 
     explicit operator bool() const { return m_isOn; }
 
 private:
     zr::ModuleLease m_lease;
-    std::optional<ZRLockGuard> m_guard;
+    ZRThreadSync* m_sync = nullptr; // not owned; null when it is not held
+    const char* m_location; // not owned
     bool m_isOn = false;
 };
 
