@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <string>
 
 namespace zrobservers {
@@ -20,6 +21,9 @@ std::string ProcessName();
 unsigned int ForkGeneration() noexcept;
 
 bool IsTerminal(std::FILE* stream);
+
+/// Runs an action with all signals blocked for this thread, so that a thread that it starts gets none of the program's.
+void WithoutSignals(const std::function<void()>& action);
 
 /// A file that one process writes. Not inherited by other programs, and never in the place of a standard stream.
 class OutputFile {

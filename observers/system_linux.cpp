@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <fcntl.h>
 #include <pthread.h>
 #include <sys/prctl.h>
@@ -48,6 +49,22 @@ std::string ThreadName()
 std::string ProcessName() { return program_invocation_short_name; }
 
 bool IsTerminal(std::FILE* stream) { return isatty(fileno(stream)) != 0; }
+
+void WithoutSignals(const std::function<void()>& action)
+{
+    struct Mask {
+        Mask()
+        {
+            sigset_t all;
+            sigfillset(&all);
+            pthread_sigmask(SIG_SETMASK, &all, &former);
+        }
+        ~Mask() { pthread_sigmask(SIG_SETMASK, &former, nullptr); }
+        sigset_t former;
+    };
+    const Mask mask;
+    action();
+}
 
 bool OutputFile::Open(const std::string& path, bool isNew)
 {

@@ -55,6 +55,8 @@ bool IsTerminal(std::FILE* stream)
     return GetConsoleMode(handle, &mode) != 0 && SetConsoleMode(handle, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }
 
+void WithoutSignals(const std::function<void()>& action) { action(); }
+
 bool OutputFile::Open(const std::string& path, bool isNew)
 {
     Close();

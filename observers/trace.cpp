@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <system_error>
 
 using zrobservers::Quietly;
 
@@ -91,7 +92,6 @@ ZRTraceFile::Trace::Trace(const HCString& path, Start start)
         OpenFile();
     }
     TellFailure();
-    m_flusher = new Flusher(*this);
     m_messages = ZRListener(*ZRGetMessageHandler(), Quietly(*this, &Trace::OnMessage));
     m_timers = ZRListener(*ZRGetProfilerStateHandler(), Quietly(*this, &Trace::OnTimer));
     m_progress = ZRListener(Quietly(*this, &Trace::OnProgress));
@@ -174,6 +174,9 @@ template <typename Fill> void ZRTraceFile::Trace::Append(
         if (m_forkGeneration != zrobservers::ForkGeneration()) {
             StartInChild();
         }
+        if (m_flusher == nullptr) {
+            StartFlusher();
+        }
         const std::uint64_t thread = zrobservers::ThreadId();
         if (t_namedIn.trace != m_number || t_namedIn.forkGeneration != m_forkGeneration) {
             t_namedIn = {m_number, m_forkGeneration};
@@ -214,7 +217,17 @@ void ZRTraceFile::Trace::StartInChild()
     m_buffers = new Buffers;
     m_count = 0;
     m_file.Close();
-    m_flusher = new Flusher(*this);
+    m_flusher = nullptr;
+}
+
+/// With the first event, so that a program that sends nothing has no thread more. Without the thread the buffer is
+/// written when it is full, and at the end.
+void ZRTraceFile::Trace::StartFlusher()
+{
+    try {
+        zrobservers::WithoutSignals([this] { m_flusher = new Flusher(*this); });
+    } catch (const std::system_error&) {
+    }
 }
 
 void ZRTraceFile::Trace::Flush()

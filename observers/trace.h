@@ -54,6 +54,7 @@ private:
     void Append(const char* phase, const char* category, std::int64_t nanoseconds, std::string_view name, Fill fill);
     void NameThread(std::uint64_t thread);
     void StartInChild();
+    void StartFlusher();
     void Write();
     bool OpenFile();
     bool OpenPath();
@@ -80,7 +81,7 @@ private:
     std::int64_t m_progressRun = 0; // these two are guarded by the lock of the observer
     HCString m_progressTitle;
 
-    Flusher* m_flusher = nullptr; // owned
+    Flusher* m_flusher = nullptr; // owned; null before the first event
     zrobservers::ProfilerOn m_profilerOn;
     // Last, so that they go first. One observer for each subject, so that none of their locks is held while a message
     // of another is under way.
