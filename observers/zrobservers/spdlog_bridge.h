@@ -1,0 +1,121 @@
+/// ZRSpdlogBridge and ZRSpdlogSink: messages to spdlog, and from it. For clients that have spdlog; not part of
+/// zrobservers.h, and nothing of it is in the library.
+#pragma once
+
+#include "zrlib/zrlib.h"
+
+#include <cstring>
+#include <exception>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <spdlog/sinks/base_sink.h>
+#include <spdlog/spdlog.h>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace zrobservers {
+
+/// The file that spdlog is told for messages of ours. By this name a sink knows that they have been here.
+inline constexpr const char* kSpdlogFile = "(zrlib)";
+
+/// Whether this thread is sending a message that came from spdlog.
+inline thread_local bool t_comesFromSpdlog = false;
+
+/// Places as spdlog wants them: texts that stay. Beyond 10,000 different ones they are empty.
+inline const char* KeptPlace(const char* place)
+{
+    constexpr std::size_t kMost = 10'000;
+    static std::mutex lock;
+    static std::set<std::string, std::less<>> places;
+    const std::lock_guard guard(lock);
+    const auto found = places.find(std::string_view(place));
+    if (found != places.end()) {
+        return found->c_str();
+    }
+    return places.size() < kMost ? places.emplace(place).first->c_str() : "";
+}
+
+} // namespace zrobservers
+
+/// Sends every message of the process to a logger of spdlog for as long as it exists: Out as info, Warn as warning,
+/// Error as error, Trace as trace; the place is the function of the source ("%!" in a pattern). With it spdlog's sinks
+/// are there: rotating and daily files, syslog, the systemd journal, TCP and UDP.
+///
+/// Threads: any; a logger with sinks that are not safe for threads ("_st") is called by one thread at a time, as the
+/// handler of messages is locked. Errors: those of spdlog, which tells them by its error handler; none reaches the
+/// sender. What the logger's level keeps back costs little.
+class [[nodiscard]] ZRSpdlogBridge {
+public:
+    explicit ZRSpdlogBridge(std::shared_ptr<spdlog::logger> logger)
+        : m_logger(std::move(logger))
+        , m_messages(*ZRGetMessageHandler(), [this](const ZRObservedObjectEvent& event) { Send(event); })
+    {
+    }
+
+private:
+    void Send(const ZRObservedObjectEvent& event)
+    {
+        const ZRMsg& message = event.GetMsg();
+        const auto level = LevelOf(message.GetType());
+        if (event.GetCode() != ZR_EVENT_MESSAGE || zrobservers::t_comesFromSpdlog || !m_logger->should_log(level)) {
+            return;
+        }
+        try {
+            const spdlog::source_loc source(zrobservers::kSpdlogFile, 1, zrobservers::KeptPlace(message.GetLocation()));
+            const std::string_view text = message.GetText().View();
+            m_logger->log(source, level, spdlog::string_view_t(text.data(), text.size()));
+        } catch (const std::exception&) { // there is no memory for the place
+        }
+    }
+
+    static spdlog::level::level_enum LevelOf(short type)
+    {
+        switch (type) {
+        case ZR_MSG_WARN:
+            return spdlog::level::warn;
+        case ZR_MSG_ERROR:
+            return spdlog::level::err;
+        case ZR_MSG_TRACE:
+            return spdlog::level::trace;
+        default:
+            return spdlog::level::info;
+        }
+    }
+
+    std::shared_ptr<spdlog::logger> m_logger;
+    ZRListener m_messages; // last, so that it goes first
+};
+
+/// A sink that turns what is logged with spdlog into messages: trace and debug become Trace, info Out, warning Warn,
+/// error and critical Error. The logger's name is the place, unless spdlog knows the function. Together with a bridge
+/// nothing goes round in circles: what came from one side does not go back to it, also with asynchronous loggers.
+class ZRSpdlogSink final : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
+protected:
+    void sink_it_(const spdlog::details::log_msg& message) override
+    {
+        if (message.source.filename != nullptr && std::strcmp(message.source.filename, zrobservers::kSpdlogFile) == 0) {
+            return;
+        }
+        const std::string place = message.source.funcname != nullptr
+            ? std::string(message.source.funcname)
+            : std::string(message.logger_name.data(), message.logger_name.size());
+        const HCString text(std::string_view(message.payload.data(), message.payload.size()));
+        struct FromSpdlog {
+            FromSpdlog() { zrobservers::t_comesFromSpdlog = true; }
+            ~FromSpdlog() { zrobservers::t_comesFromSpdlog = false; }
+        };
+        const FromSpdlog mark;
+        if (message.level >= spdlog::level::err) {
+            ZRError(text, place.c_str(), 1);
+        } else if (message.level == spdlog::level::warn) {
+            ZRWarn(text, place.c_str(), 1);
+        } else if (message.level == spdlog::level::info) {
+            ZROut(text, place.c_str(), 1);
+        } else {
+            ZRTrace(text, place.c_str(), 1);
+        }
+    }
+    void flush_() override {}
+};
