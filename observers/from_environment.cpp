@@ -72,13 +72,16 @@ bool EndsWith(std::string_view text, std::string_view end)
 
 /// What is asked for, as words between semicolons:
 ///
-/// | word | what |
-/// |---|---|
-/// | trace=FILE | a ZRTraceFile, once the process sends something. Where FILE is there already, its name gets the ID of
-/// the process before the extension | | json=FILE | ZRJsonLines of messages | | profile or profile=FILE | a
-/// ZRProfileTable, at the end on standard error or appended to FILE; as CSV when it ends with ".csv" | | stacks=FILE |
-/// the stacks of a ZRProfileTable, appended | | progress | a ZRProgressBar on standard error | | summary=FILE | for
-/// zrtrace: what was written, and where most of the time went |
+/// - trace=FILE: a ZRTraceFile, once the process sends something. Where FILE is there already, its name gets the ID of
+///   the process before the extension.
+/// - json=FILE: ZRJsonLines of messages.
+/// - filter=TEXT: a ZRFilter for trace and json behind it.
+/// - profile, profile=FILE: a ZRProfileTable, at the end on standard error or appended to FILE; as CSV when the name
+/// ends
+///   with ".csv".
+/// - stacks=FILE: the stacks of a ZRProfileTable, appended.
+/// - progress: a ZRProgressBar on standard error.
+/// - summary=FILE: for zrtrace, what was written and where most of the time went.
 struct ZRObserversOfEnvironment {
     explicit ZRObserversOfEnvironment(std::string_view words)
     {
@@ -120,9 +123,11 @@ private:
     {
         const HCString path(value);
         if (key == "trace" && !value.empty()) {
-            m_trace.reset(new ZRTraceFile(std::make_unique<Trace>(path, Trace::Start::kWithFirstEvent)));
+            m_trace.reset(new ZRTraceFile(std::make_unique<Trace>(path, m_filter, Trace::Start::kWithFirstEvent)));
         } else if (key == "json" && !value.empty()) {
-            m_lines.emplace(path);
+            m_lines.emplace(path, ZRJsonLines::kMessages, m_filter);
+        } else if (key == "filter") {
+            m_filter = ZRFilter(path);
         } else if (key == "profile") {
             m_showsProfile = true;
             m_profilePath = value;
@@ -172,6 +177,7 @@ private:
         return text;
     }
 
+    ZRFilter m_filter;
     std::unique_ptr<ZRTraceFile> m_trace;
     std::optional<ZRJsonLines> m_lines;
     std::optional<ZRProfileTable> m_profile;

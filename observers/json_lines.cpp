@@ -40,8 +40,9 @@ private:
 
 class ZRJsonLines::Lines {
 public:
-    Lines(const HCString& path, int what)
+    Lines(const HCString& path, int what, const ZRFilter& filter)
         : m_path(path)
+        , m_filter(filter)
     {
         using zrobservers::Quietly;
         if (HCTextIo file(m_path); !Open(file)) {
@@ -66,10 +67,10 @@ private:
 
     void OnMessage(const ZRObservedObjectEvent& event)
     {
-        if (event.GetCode() != ZR_EVENT_MESSAGE) {
+        const ZRMsg& message = event.GetMsg();
+        if (event.GetCode() != ZR_EVENT_MESSAGE || !m_filter.Takes(message)) {
             return;
         }
-        const ZRMsg& message = event.GetMsg();
         Write(
             "message",
             [&message](Object& object) {
@@ -88,6 +89,9 @@ private:
             return; // also a state that a client has sent itself
         }
         const ZRProfilerState& state = event.GetProfilerState();
+        if (!m_filter.TakesPlace(state.GetLocation())) {
+            return;
+        }
         const double seconds = static_cast<double>(run->length) / static_cast<double>(run->ticksPerSecond);
         const auto length =
             std::chrono::duration_cast<std::chrono::system_clock::duration>(std::chrono::duration<double>(seconds));
@@ -186,6 +190,7 @@ private:
     static constexpr std::size_t kLargest = std::size_t{1024} * 1024;
 
     const HCString m_path;
+    const ZRFilter m_filter;
     std::atomic<bool> m_isSound{true};
     std::atomic<bool> m_isTold{false};
 
@@ -201,8 +206,8 @@ private:
     ZRListener m_progress;
 };
 
-ZRJsonLines::ZRJsonLines(const HCString& path, int what)
-    : m_lines(std::make_unique<Lines>(path, what))
+ZRJsonLines::ZRJsonLines(const HCString& path, int what, const ZRFilter& filter)
+    : m_lines(std::make_unique<Lines>(path, what, filter))
 {
 }
 

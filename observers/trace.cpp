@@ -80,8 +80,9 @@ private:
     std::thread m_thread; // last, as it uses the others
 };
 
-ZRTraceFile::Trace::Trace(const HCString& path, Start start)
+ZRTraceFile::Trace::Trace(const HCString& path, const ZRFilter& filter, Start start)
     : m_path(path)
+    , m_filter(filter)
     , m_start(start)
     , m_number(++g_traces)
     , m_buffers(new Buffers)
@@ -115,10 +116,10 @@ ZRTraceFile::Trace::~Trace()
 
 void ZRTraceFile::Trace::OnMessage(const ZRObservedObjectEvent& event)
 {
-    if (event.GetCode() != ZR_EVENT_MESSAGE) {
+    const ZRMsg& message = event.GetMsg();
+    if (event.GetCode() != ZR_EVENT_MESSAGE || !m_filter.Takes(message)) {
         return;
     }
-    const ZRMsg& message = event.GetMsg();
     Append("i", "message", Now(), message.GetText().View(), [&message](Object& object) {
         object.AddPlain("s", "t").StartObject("args");
         object.AddPlain("type", zrobservers::NameOfType(message.GetType())).Add("place", message.GetLocation());
@@ -132,9 +133,12 @@ void ZRTraceFile::Trace::OnTimer(const ZRObservedObjectEvent& event)
     if (event.GetCode() != ZR_EVENT_PROFILER_STATE || run == nullptr) {
         return; // also a state that a client has sent itself
     }
+    const HCString name = event.GetProfilerState().GetLocation();
+    if (!m_filter.TakesPlace(name)) {
+        return;
+    }
     const std::int64_t length = ToNanoseconds(run->length, run->ticksPerSecond);
     const std::int64_t start = ToNanoseconds(run->start, run->ticksPerSecond);
-    const HCString name = event.GetProfilerState().GetLocation();
     Append("X", "timer", start, name.View(), [length](Object& object) { object.AddThousandths("dur", length); });
 }
 
@@ -309,8 +313,8 @@ void ZRTraceFile::Trace::TellFailure()
     }
 }
 
-ZRTraceFile::ZRTraceFile(const HCString& path)
-    : m_trace(std::make_unique<Trace>(path, Trace::Start::kNow))
+ZRTraceFile::ZRTraceFile(const HCString& path, const ZRFilter& filter)
+    : m_trace(std::make_unique<Trace>(path, filter, Trace::Start::kNow))
 {
 }
 

@@ -22,7 +22,7 @@ public:
         kWithFirstEvent, // the file is new: where there is one already, the name gets the ID of the process
     };
 
-    Trace(const HCString& path, Start start);
+    Trace(const HCString& path, const ZRFilter& filter, Start start);
     ~Trace();
     Trace(const Trace&) = delete;
     Trace& operator=(const Trace&) = delete;
@@ -61,6 +61,7 @@ private:
     void TellFailure();
 
     const std::string m_path;
+    const ZRFilter m_filter;
     const Start m_start;
     const std::uint32_t m_number; // of this trace among those of the process
 

@@ -31,6 +31,7 @@ Runs PROGRAM, which uses ZRLib, with the profiler on and observers attached, and
 written, how many events there were and where most of the time went.
 
   --trace FILE   writes a trace of timers, messages and progress, to be opened in Perfetto or speedscope
+  --filter TEXT  for what is traced and written as JSON: 'warn,error level<=3 place=Map::*'
   --json FILE    appends each message as a JSON object on a line
   --profile      shows all timers in a table at the end
   --progress     shows progress on the terminal
@@ -81,6 +82,11 @@ public:
                     Refuse(option + " needs a file");
                 }
                 AddFile(option.substr(2), arguments[index]);
+            } else if (option == "--filter") {
+                if (++index == count || std::strchr(arguments[index], ';') != nullptr) {
+                    Refuse("--filter needs a text without a semicolon");
+                }
+                m_words = std::string("filter=") + arguments[index] + ";" + m_words; // it comes before what it is for
             } else if (option == "--profile" || option == "--progress") {
                 m_words += option.substr(2) + ";";
             } else {

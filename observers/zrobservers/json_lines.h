@@ -3,6 +3,7 @@
 
 #include "hcbase/string.h"
 #include "zrobservers/export.h"
+#include "zrobservers/filter.h"
 
 #include <memory>
 
@@ -25,8 +26,8 @@ public:
     static constexpr int kTimers = 2; // the handler of profiler states is on while the object exists
     static constexpr int kProgress = 4;
 
-    /// path: UTF-8. The file is made at once, and is not emptied.
-    explicit ZRJsonLines(const HCString& path, int what = kMessages);
+    /// path: UTF-8. The file is made at once, and is not emptied. filter: of messages and timers.
+    explicit ZRJsonLines(const HCString& path, int what = kMessages, const ZRFilter& filter = {});
     ~ZRJsonLines();
     ZRJsonLines(const ZRJsonLines&) = delete;
     ZRJsonLines& operator=(const ZRJsonLines&) = delete;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "zrlib/zrlib.h"
+#include "zrobservers/filter.h"
 
 #include <cstring>
 #include <exception>
@@ -48,8 +49,9 @@ inline const char* KeptPlace(const char* place)
 /// sender. What the logger's level keeps back costs little.
 class [[nodiscard]] ZRSpdlogBridge {
 public:
-    explicit ZRSpdlogBridge(std::shared_ptr<spdlog::logger> logger)
+    explicit ZRSpdlogBridge(std::shared_ptr<spdlog::logger> logger, const ZRFilter& filter = {})
         : m_logger(std::move(logger))
+        , m_filter(filter)
         , m_messages(*ZRGetMessageHandler(), [this](const ZRObservedObjectEvent& event) { Send(event); })
     {
     }
@@ -59,7 +61,8 @@ private:
     {
         const ZRMsg& message = event.GetMsg();
         const auto level = LevelOf(message.GetType());
-        if (event.GetCode() != ZR_EVENT_MESSAGE || zrobservers::t_comesFromSpdlog || !m_logger->should_log(level)) {
+        if (event.GetCode() != ZR_EVENT_MESSAGE || zrobservers::t_comesFromSpdlog || !m_logger->should_log(level)
+            || !m_filter.Takes(message)) {
             return;
         }
         try {
@@ -85,6 +88,7 @@ private:
     }
 
     std::shared_ptr<spdlog::logger> m_logger;
+    ZRFilter m_filter;
     ZRListener m_messages; // last, so that it goes first
 };
 

@@ -3,6 +3,7 @@
 
 #include "hcbase/string.h"
 #include "zrobservers/export.h"
+#include "zrobservers/filter.h"
 
 #include <cstdint>
 #include <memory>
@@ -25,8 +26,8 @@
 /// What cannot be written is lost: a full disk, a missing folder. It is told once, and later events are written again.
 class ZR_OBSERVERS_API ZRTraceFile {
 public:
-    /// Opens the file and empties it. path: UTF-8.
-    explicit ZRTraceFile(const HCString& path);
+    /// Opens the file and empties it. path: UTF-8. filter: of messages and timers.
+    explicit ZRTraceFile(const HCString& path, const ZRFilter& filter = {});
 
     /// Writes what was collected and closes the file.
     ~ZRTraceFile();

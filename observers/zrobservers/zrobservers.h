@@ -6,6 +6,7 @@
 #pragma once
 
 #include "zrobservers/export.h"
+#include "zrobservers/filter.h"
 #include "zrobservers/json_lines.h"
 #include "zrobservers/profile_table.h"
 #include "zrobservers/progress_bar.h"

@@ -168,6 +168,46 @@ TEST_F(Observers, JsonLinesTakeAnyText)
 #endif
 }
 
+TEST_F(Observers, FiltersTakeWhatFitsAllWords)
+{
+    const struct {
+        const char* filter;
+        const char* taken; // of the messages below
+    } rows[] = {
+        {"", "abcd"},
+        {"warn", "b"},
+        {" error,out  level<=2", "a"},
+        {"level>=3", "bcd"},
+        {"level=7", "c"},
+        {"place=Map::*", "bc"},
+        {"place=*ap::L?ad place=Draw", "bd"},
+        {"place!=Map::* trace", "d"},
+        {"place=*", "abcd"},
+        {"place=", "a"},
+    };
+    for (const auto& row : rows) {
+        const ZRRecorder recorder;
+        const ZRFilter filter(row.filter);
+        EXPECT_TRUE(filter.IsGood()) << row.filter;
+        ZROut("a", nullptr, 1);
+        ZRWarn("b", "Map::Load", 3);
+        ZRError("c", "Map::Check", 7);
+        ZRTrace("d", "Draw", 5);
+        std::string taken;
+        for (const ZRMsg& message : recorder.GetMessages()) {
+            taken += filter.Takes(message) ? message.GetText() : "";
+        }
+        EXPECT_EQ(taken, row.taken) << row.filter;
+    }
+    for (const char* const bad : {"level<=x", "level=", "warning", "warn,trace,", "place"}) {
+        EXPECT_EQ(ZRFilter(bad).IsGood(), std::string(bad) == "warn,trace,") << bad;
+    }
+    const ZRJsonLines errors(PathOf("lines").c_str(), ZRJsonLines::kMessages, "error");
+    ZR_OUT("not this one");
+    ZR_ERROR("this one");
+    EXPECT_EQ(test::Lines(test::ReadFile(PathOf("lines"))).size(), 1U);
+}
+
 TEST_F(Observers, RecorderWaits)
 {
     ZRRecorder recorder;
