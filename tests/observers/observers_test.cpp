@@ -2,6 +2,7 @@
 #include "tests/support/process.h"
 #include "zrobservers/zrobservers.h"
 
+#include <atomic>
 #include <filesystem>
 #include <map>
 #include <optional>
@@ -206,6 +207,49 @@ TEST_F(Observers, FiltersTakeWhatFitsAllWords)
     ZR_OUT("not this one");
     ZR_ERROR("this one");
     EXPECT_EQ(test::Lines(test::ReadFile(PathOf("lines"))).size(), 1U);
+}
+
+TEST_F(Observers, ComeAndGoWhileOthersSend)
+{
+    ZRSetMessagesEnabled(1);
+    std::atomic<bool> isOver{false};
+    std::vector<std::thread> senders;
+    for (int sender = 0; sender < 4; ++sender) {
+        senders.emplace_back([&isOver] {
+            ZRProfilerState state("sender");
+            while (!isOver) {
+                const ZRProfiler timer(&state);
+                ZR_OUT("sent");
+                ZRProgressUpdate(1, nullptr);
+            }
+        });
+    }
+    std::vector<std::thread> owners;
+    for (const char* const name : {"one", "two"}) {
+        owners.emplace_back([this, name] {
+            for (int turn = 0; turn < 50; ++turn) {
+                const ZRProfileTable profile;
+                const ZRJsonLines lines(PathOf((std::string(name) + ".lines").c_str()).c_str(), 7);
+                const ZRRecorder recorder;
+                {
+                    ZRTraceFile trace(PathOf(name).c_str());
+                    ZR_OUT("%s", name);
+                    trace.Flush();
+                }
+                EXPECT_NE(Events(PathOf(name)).Size(), 0U);
+                EXPECT_FALSE(recorder.GetEvents().empty());
+            }
+        });
+    }
+    for (std::thread& owner : owners) {
+        owner.join();
+    }
+    isOver = true;
+    for (std::thread& sender : senders) {
+        sender.join();
+    }
+    EXPECT_EQ(ZRGetMessageHandler()->GetObserverCount() + ZRGetProfilerStateHandler()->GetObserverCount(), 0);
+    EXPECT_EQ(ZRGetProfilerStateHandler()->GetEnabled(), 0);
 }
 
 TEST_F(Observers, RecorderWaits)
