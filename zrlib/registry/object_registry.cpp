@@ -471,7 +471,7 @@ int ZRObjectRegistry::GetLibraryCount() const
     return m_Libraries.GetCount();
 }
 
-void ZRObjectRegistry::DumpOut() const
+[[gnu::cold]] void ZRObjectRegistry::DumpOut() const
 {
     if (!zr::ReportsAreOn()) {
         return; // before thousands of lines are made for nobody
