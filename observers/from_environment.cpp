@@ -77,8 +77,7 @@ bool EndsWith(std::string_view text, std::string_view end)
 /// - json=FILE: ZRJsonLines of messages.
 /// - filter=TEXT: a ZRFilter for trace and json behind it.
 /// - profile, profile=FILE: a ZRProfileTable, at the end on standard error or appended to FILE; as CSV when the name
-/// ends
-///   with ".csv".
+///   ends with ".csv".
 /// - stacks=FILE: the stacks of a ZRProfileTable, appended.
 /// - progress: a ZRProgressBar on standard error.
 /// - summary=FILE: for zrtrace, what was written and where most of the time went.

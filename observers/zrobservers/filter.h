@@ -9,19 +9,17 @@
 
 class ZRMsg;
 
-/// A condition on type, level and place of a message, read from a short text of words between blanks, all of which must
-/// hold:
+/// A condition on type, level and place of a message. It is read from a short text of words with blanks between them.
+/// All words must hold:
 ///
-/// | word | holds for |
-/// |---|---|
-/// | `error`, `warn,error` | messages of one of these types: `out`, `warn`, `error`, `trace` |
-/// | `level<=3`, `level>=5`, `level=1` | messages of these levels |
-/// | `place=Map::*` | messages from a place that fits the pattern, in which `*` stands for any characters and `?` for
-/// one; with several words of this kind, from a place that fits one of them | | `place!=Map::Draw` | messages from a
-/// place that does not fit |
+/// - `error` or `warn,error`: the type is one of these. There are `out`, `warn`, `error` and `trace`.
+/// - `level<=3`, `level>=5` or `level=1`: the level is in this range.
+/// - `place=Map::*`: the place fits the pattern, in which `*` stands for any characters and `?` for one. With several
+///   words of this kind it fits one of them.
+/// - `place!=Map::Draw`: the place does not fit the pattern.
 ///
-/// Where an observer receives timers, the words for the place hold for their locations, and the others do not count.
-/// The empty text is true for everything. Threads: as for an int.
+/// For timers only the words for the place count; they hold for the location of the state. The empty text is true for
+/// everything. Threads: as for an int.
 class ZR_OBSERVERS_API ZRFilter {
 public:
     /// True for everything.
