@@ -108,7 +108,8 @@ TEST_F(Observers, TraceShowsTimersAsTheyWereNested)
         }
     }
     ASSERT_EQ(timers.size(), 2U);
-    for (const auto& [thread, runs] : timers) {
+    for (const auto& timersOfThread : timers) {
+        const auto& runs = timersOfThread.second;
         const auto start = [&runs](std::size_t index) { return (*runs[index])["ts"].GetDouble(); };
         const auto end = [&](std::size_t index) { return start(index) + (*runs[index])["dur"].GetDouble(); };
         EXPECT_LE(start(2), start(0));
