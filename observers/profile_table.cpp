@@ -4,6 +4,7 @@
 #include "switch_guards.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <limits>
 #include <map>
@@ -75,7 +76,7 @@ public:
         std::string text;
         const std::lock_guard guard(m_lock);
         for (const auto& [stack, node] : std::map(m_nodes.begin(), m_nodes.end())) {
-            const auto microseconds = static_cast<long long>(SelfOf(stack, node) * 1e6 + 0.5);
+            const auto microseconds = std::llround(SelfOf(stack, node) * 1e6);
             if (microseconds > 0) {
                 text += stack + " " + std::to_string(microseconds) + "\n";
             }

@@ -52,8 +52,9 @@ constinit volatile std::sig_atomic_t g_program = 0; // ID of its process
 /// The library that is loaded into the program: beside this program, in the tree of the build or where it is installed.
 std::string FindLibrary()
 {
-    const fs::path folder =
-        fs::canonical(reinterpret_cast<const char*>(getauxval(AT_EXECFN))).parent_path().parent_path();
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): that is how the system gives it
+    const auto* const program = reinterpret_cast<const char*>(getauxval(AT_EXECFN));
+    const fs::path folder = fs::canonical(program).parent_path().parent_path();
     for (const char* const place : {"lib", ZRTRACE_LIBDIR}) {
         const fs::path library = folder / place / ZRTRACE_LIBRARY;
         if (fs::exists(library)) {
