@@ -113,7 +113,12 @@ public:
     void EndObject() { m_buffer.Put('}'); }
 
 private:
-    void Put(const char* text, std::size_t length) { std::memcpy(m_buffer.Push(length), text, length); }
+    void Put(const char* text, std::size_t length)
+    {
+        if (length != 0) { // a buffer that has held nothing yet has no place to copy to
+            std::memcpy(m_buffer.Push(length), text, length);
+        }
+    }
 
     void PutNumber(std::int64_t number)
     {

@@ -348,6 +348,12 @@ TEST_F(Observers, TraceSurvivesAFullDisk)
 
 class ZrTrace : public Observers {
 protected:
+    void SetUp() override
+    {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+        GTEST_SKIP() << "The sanitizer's library takes no library preloaded before it";
+#endif
+    }
     test::ProcessResult Trace(std::vector<std::string> words)
     {
         std::vector<std::string> all{"--trace", PathOf("trace.json"), "--json", PathOf("lines")};
