@@ -1,20 +1,26 @@
 // Observers for a program that knows nothing of them: what the environment variable ZROBSERVERS asks for is attached
 // when this library is loaded, and written when it is unloaded or the program ends.
 
+#include "switch_guards.h"
 #include "system.h"
 #include "trace.h"
 #include "zrobservers/json_lines.h"
 #include "zrobservers/profile_table.h"
 #include "zrobservers/progress_bar.h"
 
+#include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -50,13 +56,17 @@ private:
     std::array<ZRListener, 3> m_listeners; // last, so that they go first
 };
 
-/// Appends a text to a file, in one piece among those of other processes.
-void AppendTo(const std::string& path, std::string_view text)
+/// Appends a text to a file, in one piece among those of other processes. What is empty leaves the file alone.
+void AppendTo(const std::string& path, std::string_view text, int flags = O_CREAT)
 {
+    if (text.empty()) {
+        return;
+    }
     constexpr mode_t kMode = 0666;
-    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, kMode);
-    if (file < 0 || write(file, text.data(), text.size()) < 0) {
-        std::fprintf(stderr, "zrobservers: %s: cannot be written\n", path.c_str());
+    const int file = open(path.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC | flags, kMode);
+    const bool isUnwanted = file < 0 && (flags & O_CREAT) == 0; // nobody waits for it any more
+    if (!isUnwanted && (file < 0 || write(file, text.data(), text.size()) < 0)) {
+        std::fprintf(stderr, "zrobservers: %s: %s\n", path.c_str(), std::strerror(errno));
     }
     if (file >= 0) {
         close(file);
@@ -79,8 +89,11 @@ bool EndsWith(std::string_view text, std::string_view end)
 /// - profile, profile=FILE: a ZRProfileTable, at the end on standard error or appended to FILE; as CSV when the name
 ///   ends with ".csv".
 /// - stacks=FILE: the stacks of a ZRProfileTable, appended.
-/// - progress: a ZRProgressBar on standard error.
-/// - summary=FILE: for zrtrace, what was written and where most of the time went.
+/// - progress: progress is on, with a ZRProgressBar on standard error.
+/// - summary=FILE: for zrtrace, what was written and where most of the time went. Where there is no such file there is
+///   nobody who waits for it.
+///
+/// Of words with the same key the first counts.
 struct ZRObserversOfEnvironment {
     explicit ZRObserversOfEnvironment(std::string_view words)
     {
@@ -109,7 +122,7 @@ struct ZRObserversOfEnvironment {
             AppendTo(m_stacksPath, m_profile->ToStacks().View());
         }
         if (m_counter && m_counter->Get() > 0) {
-            AppendTo(m_summaryPath, Summary());
+            AppendTo(m_summaryPath, Summary(), O_NOFOLLOW);
         }
     }
     ZRObserversOfEnvironment(const ZRObserversOfEnvironment&) = delete;
@@ -121,12 +134,20 @@ private:
     bool Attach(std::string_view key, const std::string& value)
     {
         const HCString path(value);
+        const bool isKnown = std::find(m_keys.begin(), m_keys.end(), key) != m_keys.end();
+        m_keys.emplace_back(key);
+        if (isKnown) {
+            return true;
+        }
         if (key == "trace" && !value.empty()) {
+            m_tracePath = value;
             m_trace.reset(new ZRTraceFile(std::make_unique<Trace>(path, m_filter, Trace::Start::kWithFirstEvent)));
         } else if (key == "json" && !value.empty()) {
+            m_linesPath = value;
             m_lines.emplace(path, ZRJsonLines::kMessages, m_filter);
         } else if (key == "filter") {
             m_filter = ZRFilter(path);
+            return m_filter.IsGood();
         } else if (key == "profile") {
             m_showsProfile = true;
             m_profilePath = value;
@@ -135,6 +156,7 @@ private:
             m_stacksPath = value;
             NeedProfile();
         } else if (key == "progress" && value.empty()) {
+            m_progressOn.emplace(); // for the others too, where there is no terminal
             m_bar.emplace(stderr);
         } else if (key == "summary" && !value.empty()) {
             m_summaryPath = value;
@@ -153,14 +175,22 @@ private:
         }
     }
 
+    /// Of a process that has measured something.
     void WriteProfile() const
     {
+        const std::string table = m_profile->ToText().ToString();
+        if (table.empty()) {
+            return;
+        }
         if (m_profilePath.empty()) {
-            std::fprintf(stderr, "%s\n", static_cast<const char*>(m_profile->ToText()));
+            std::fprintf(stderr, "%s\n", table.c_str());
         } else if (EndsWith(m_profilePath, ".csv")) {
-            AppendTo(m_profilePath, m_profile->ToCsv().View());
+            const std::string csv = m_profile->ToCsv().ToString();
+            struct stat status {};
+            const bool hasNames = stat(m_profilePath.c_str(), &status) == 0 && status.st_size > 0;
+            AppendTo(m_profilePath, hasNames ? csv.substr(csv.find('\n') + 1) : csv);
         } else {
-            AppendTo(m_profilePath, m_profile->ToText().ToString() + "\n");
+            AppendTo(m_profilePath, table + "\n");
         }
     }
 
@@ -169,20 +199,32 @@ private:
         constexpr int kMostStates = 5;
         std::string text = zrobservers::ProcessName() + " (process " + std::to_string(zrobservers::ProcessId())
             + "): " + std::to_string(m_counter->Get()) + " events";
-        const std::string path = m_trace ? m_trace->m_trace->GetPath() : "";
-        text += path.empty() ? "\n" : ", traced in " + path + "\n";
+        if (m_trace) {
+            const std::string path = m_trace->m_trace->GetPath();
+            text += !m_trace->IsOpen() ? ", which " + m_tracePath + " does not have, as it could not be written"
+                : path.empty()         ? ""
+                                       : ", traced in " + path;
+        }
+        if (m_lines) {
+            text += std::string(", messages ") + (m_lines->IsOpen() ? "appended to " : "lost, not in ") + m_linesPath;
+        }
+        text += "\n";
         const HCString table = m_profile->ToText(kMostStates);
         text += table.GetLength() != 0 && !(m_showsProfile && m_profilePath.empty()) ? table.ToString() + "\n" : "";
         return text;
     }
 
+    std::vector<std::string> m_keys; // of the words so far
     ZRFilter m_filter;
+    std::optional<zrobservers::ProgressOn> m_progressOn;
     std::unique_ptr<ZRTraceFile> m_trace;
     std::optional<ZRJsonLines> m_lines;
     std::optional<ZRProfileTable> m_profile;
     std::optional<ZRProgressBar> m_bar;
     std::optional<Counter> m_counter;
     bool m_showsProfile = false;
+    std::string m_tracePath;
+    std::string m_linesPath;
     std::string m_profilePath; // empty for standard error
     std::string m_stacksPath;
     std::string m_summaryPath;

@@ -10,6 +10,8 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <exception>
+#include <new>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 #include <string>
@@ -21,21 +23,51 @@ namespace zrobservers {
 std::string ToValidUtf8(std::string_view text);
 bool IsValidUtf8(std::string_view text) noexcept;
 
+/// What RapidJSON takes memory from. It knows no way to tell that there is none.
+class ThrowingAllocator : public rapidjson::CrtAllocator {
+public:
+    void* Malloc(std::size_t size) { return Checked(rapidjson::CrtAllocator::Malloc(size), size); }
+    void* Realloc(void* former, std::size_t formerSize, std::size_t size)
+    {
+        return Checked(rapidjson::CrtAllocator::Realloc(former, formerSize, size), size);
+    }
+
+private:
+    static void* Checked(void* memory, std::size_t size)
+    {
+        return memory != nullptr || size == 0 ? memory : throw std::bad_alloc();
+    }
+};
+using JsonBuffer = rapidjson::GenericStringBuffer<rapidjson::UTF8<>, ThrowingAllocator>;
+
 /// One object. The names of its members are literals of plain characters; so nothing of them is looked at again, which
-/// is a good part of what a short object costs.
+/// is a good part of what a short object costs. When memory runs out nothing of the object stays in the buffer.
 class JsonObject {
 public:
-    using Writer = rapidjson::Writer<rapidjson::StringBuffer>;
+    using Writer = rapidjson::Writer<JsonBuffer, rapidjson::UTF8<>, rapidjson::UTF8<>, ThrowingAllocator>;
 
     /// before: what is put in front of the object.
-    template <std::size_t length>
-    JsonObject(Writer& writer, rapidjson::StringBuffer& buffer, const char (&before)[length])
+    template <std::size_t length> JsonObject(Writer& writer, JsonBuffer& buffer, const char (&before)[length])
         : m_writer(writer)
         , m_buffer(buffer)
+        , m_start(buffer.GetSize())
     {
         Put(before, length - 1);
     }
-    ~JsonObject() { EndObject(); }
+    /// Throws std::bad_alloc.
+    ~JsonObject() noexcept(false)
+    {
+        try {
+            if (std::uncaught_exceptions() == m_exceptions) {
+                EndObject();
+                return;
+            }
+        } catch (const std::bad_alloc&) {
+            m_buffer.Pop(m_buffer.GetSize() - m_start);
+            throw;
+        }
+        m_buffer.Pop(m_buffer.GetSize() - m_start);
+    }
     JsonObject(const JsonObject&) = delete;
     JsonObject& operator=(const JsonObject&) = delete;
 
@@ -140,7 +172,9 @@ private:
     }
 
     Writer& m_writer; // not owned; of strings and fractions
-    rapidjson::StringBuffer& m_buffer; // not owned
+    JsonBuffer& m_buffer; // not owned
+    std::size_t m_start; // where the object begins
+    int m_exceptions = std::uncaught_exceptions();
     bool m_isFirst = true;
 };
 

@@ -195,8 +195,8 @@ private:
     std::atomic<bool> m_isTold{false};
 
     HCThreadSync m_lock; // one that works in a forked child
-    rapidjson::StringBuffer m_buffer;
-    rapidjson::Writer<rapidjson::StringBuffer> m_writer;
+    zrobservers::JsonBuffer m_buffer;
+    Object::Writer m_writer;
 
     std::optional<zrobservers::ProfilerOn> m_profilerOn;
     // Last, so that they go first. One observer for each subject, so that none of their locks is held while a message

@@ -2,13 +2,17 @@
 
 #include "quietly.h"
 #include "switch_guards.h"
+#include "system.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <cmath>
-#include <cstdio>
+#include <iterator>
 #include <limits>
 #include <map>
 #include <mutex>
+#include <numeric>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -25,12 +29,14 @@ struct Row {
     double longest = 0;
 };
 
-std::string Formatted(const char* format, const std::string& name, const Row& row, double share)
+/// A number with so many decimals, after blanks up to a width. The same in every locale.
+std::string Fixed(double number, int decimals, std::size_t width = 0)
 {
-    char text[256];
-    const int length = std::snprintf(text, sizeof(text), format, static_cast<long long>(row.calls), row.total, row.self,
-        row.shortest, row.longest, share);
-    return name + std::string(text, static_cast<std::size_t>(std::clamp(length, 0, 255)));
+    char digits[400]; // enough for the largest double
+    const char* const end =
+        std::to_chars(std::begin(digits), std::end(digits), number, std::chars_format::fixed, decimals).ptr;
+    std::string text(static_cast<const char*>(digits), end);
+    return text.size() < width ? std::string(width - text.size(), ' ') + text : text;
 }
 
 std::string Quoted(const std::string& text)
@@ -46,18 +52,35 @@ std::string Quoted(const std::string& text)
     return quoted + "\"";
 }
 
+using Rows = std::vector<std::pair<std::string, Row>>;
+
+double SumOfSelf(const Rows& rows)
+{
+    return std::accumulate(
+        rows.begin(), rows.end(), 0.0, [](double sum, const auto& entry) { return sum + entry.second.self; });
+}
+
 } // namespace
 
 class ZRProfileTable::Table {
 public:
     Table() { m_timers = ZRListener(*ZRGetProfilerStateHandler(), zrobservers::Quietly(*this, &Table::OnTimer)); }
+    ~Table()
+    {
+        m_timers = ZRListener();
+        if (m_forkGeneration == zrobservers::ForkGeneration()) {
+            delete m_data;
+        }
+    }
+    Table(const Table&) = delete;
+    Table& operator=(const Table&) = delete;
 
     /// The locations, that with most time of its own first.
-    std::vector<std::pair<std::string, Row>> Rows() const
+    ::Rows GetRows() const
     {
         std::map<std::string, Row> rows;
         const std::lock_guard guard(m_lock);
-        for (const auto& [stack, node] : m_nodes) {
+        for (const auto& [stack, node] : Nodes()) {
             Row& row = rows[stack.substr(stack.rfind(kSeparator) + 1)];
             row.calls += node.calls;
             row.total += node.total;
@@ -65,7 +88,7 @@ public:
             row.shortest = std::min(row.shortest, node.shortest);
             row.longest = std::max(row.longest, node.longest);
         }
-        std::vector<std::pair<std::string, Row>> sorted(rows.begin(), rows.end());
+        ::Rows sorted(rows.begin(), rows.end());
         std::stable_sort(sorted.begin(), sorted.end(),
             [](const auto& left, const auto& right) { return left.second.self > right.second.self; });
         return sorted;
@@ -75,7 +98,7 @@ public:
     {
         std::string text;
         const std::lock_guard guard(m_lock);
-        for (const auto& [stack, node] : std::map(m_nodes.begin(), m_nodes.end())) {
+        for (const auto& [stack, node] : Nodes()) {
             const auto microseconds = std::llround(SelfOf(stack, node) * 1e6);
             if (microseconds > 0) {
                 text += stack + " " + std::to_string(microseconds) + "\n";
@@ -87,12 +110,25 @@ public:
 private:
     static constexpr char kSeparator = ';';
 
+    /// All that a forked child leaves where it is, as another thread may have been in the middle of it.
+    struct Data {
+        std::unordered_map<std::string, Row> nodes; // by stack; self stays 0
+        std::unordered_map<std::string, double> inner; // seconds of the timers right inside a stack
+    };
+
     /// Where the runs that end in this location are counted: by the locations of all timers around it.
-    std::string StackOf(const HCString& location) const
+    static std::string StackOf(const HCString& location)
     {
-        constexpr int kDeepest = 128; // what is further out is left away
-        ZRProfilerState* around[kDeepest];
-        const int depth = std::min(ZRProfiler::GetEnclosing(around, kDeepest), kDeepest);
+        constexpr int kMostly = 32;
+        std::array<ZRProfilerState*, kMostly> few;
+        std::vector<ZRProfilerState*> many;
+        ZRProfilerState** around = few.data();
+        const int depth = ZRProfiler::GetEnclosing(around, kMostly);
+        if (depth > kMostly) {
+            many.resize(static_cast<std::size_t>(depth));
+            around = many.data();
+            ZRProfiler::GetEnclosing(around, depth);
+        }
         std::string stack;
         for (int index = depth - 1; index >= 0; --index) {
             stack += Cleaned(around[index]->GetLocation()) + kSeparator;
@@ -104,7 +140,17 @@ private:
     {
         std::string text = location.ToString();
         std::replace(text.begin(), text.end(), kSeparator, ':');
+        std::replace_if(
+            text.begin(), text.end(), [](char character) { return static_cast<unsigned char>(character) < ' '; }, ' ');
         return text;
+    }
+
+    /// The key itself, or that of all others when there are very many.
+    template <typename Map> static auto& EntryOf(Map& map, const std::string& key)
+    {
+        constexpr std::size_t kMost = 100'000;
+        const auto found = map.find(key);
+        return found != map.end() ? found->second : map[map.size() < kMost ? key : "(others)"];
     }
 
     void OnTimer(const ZRObservedObjectEvent& event)
@@ -116,13 +162,17 @@ private:
         const double seconds = static_cast<double>(run->length) / static_cast<double>(run->ticksPerSecond);
         const std::string stack = StackOf(event.GetProfilerState().GetLocation());
         const std::lock_guard guard(m_lock);
-        Row& node = m_nodes[stack];
+        if (m_forkGeneration != zrobservers::ForkGeneration()) {
+            m_data = new Data; // what there is was measured by the parent
+            m_forkGeneration = zrobservers::ForkGeneration();
+        }
+        Row& node = EntryOf(m_data->nodes, stack);
         ++node.calls;
         node.total += seconds;
         node.shortest = std::min(node.shortest, seconds);
         node.longest = std::max(node.longest, seconds);
         if (const std::size_t end = stack.rfind(kSeparator); end != std::string::npos) {
-            m_inner[stack.substr(0, end)] += seconds;
+            EntryOf(m_data->inner, stack.substr(0, end)) += seconds;
         }
     }
 
@@ -130,13 +180,21 @@ private:
     /// runs has none yet.
     double SelfOf(const std::string& stack, const Row& node) const
     {
-        const auto inner = m_inner.find(stack);
-        return node.total - (inner != m_inner.end() ? inner->second : 0);
+        const auto inner = m_data->inner.find(stack);
+        return std::max(0.0, node.total - (inner != m_data->inner.end() ? inner->second : 0));
+    }
+
+    /// By stack; empty in a forked child that has measured nothing.
+    std::map<std::string, Row> Nodes() const
+    {
+        return m_forkGeneration == zrobservers::ForkGeneration()
+            ? std::map<std::string, Row>(m_data->nodes.begin(), m_data->nodes.end())
+            : std::map<std::string, Row>();
     }
 
     mutable HCThreadSync m_lock; // one that works in a forked child
-    std::unordered_map<std::string, Row> m_nodes; // by stack; self stays 0
-    std::unordered_map<std::string, double> m_inner; // seconds of the timers right inside a stack
+    Data* m_data = new Data; // owned
+    unsigned int m_forkGeneration = zrobservers::ForkGeneration(); // of the process that has measured
     zrobservers::ProfilerOn m_profilerOn;
     ZRListener m_timers; // last, so that it goes first
 };
@@ -150,14 +208,13 @@ ZRProfileTable::~ZRProfileTable() = default;
 
 HCString ZRProfileTable::ToText(int lines) const
 {
-    const auto rows = m_table->Rows();
+    const auto rows = m_table->GetRows();
     if (rows.empty()) {
         return {};
     }
-    double all = 0;
+    const double all = SumOfSelf(rows);
     std::size_t width = 8;
     for (const auto& [name, row] : rows) {
-        all += row.self;
         width = std::max(width, name.size());
     }
     const auto padded = [width](std::string name) {
@@ -169,17 +226,27 @@ HCString ZRProfileTable::ToText(int lines) const
         if (lines-- <= 0) {
             break;
         }
-        constexpr const char* kFormat = " %8lld %11.6f %11.6f %11.6f %11.6f %6.1f%%";
-        text += "\n" + Formatted(kFormat, padded(name), row, all > 0 ? 100 * row.self / all : 0);
+        const std::string calls = std::to_string(row.calls);
+        text += "\n" + padded(name) + std::string(calls.size() < 9 ? 9 - calls.size() : 1, ' ') + calls;
+        for (const double seconds : {row.total, row.self, row.shortest, row.longest}) {
+            text += " " + Fixed(seconds, 6, 11);
+        }
+        text += " " + Fixed(all > 0 ? 100 * row.self / all : 0, 1, 6) + "%";
     }
     return HCString(text);
 }
 
 HCString ZRProfileTable::ToCsv() const
 {
-    std::string text = "location,calls,total,self,shortest,longest\r\n";
-    for (const auto& [name, row] : m_table->Rows()) {
-        text += Formatted(",%lld,%.9f,%.9f,%.9f,%.9f\r\n", Quoted(name), row, 0);
+    const auto rows = m_table->GetRows();
+    const double all = SumOfSelf(rows);
+    std::string text = "location,calls,total,self,shortest,longest,share\r\n";
+    for (const auto& [name, row] : rows) {
+        text += Quoted(name) + "," + std::to_string(row.calls);
+        for (const double number : {row.total, row.self, row.shortest, row.longest, all > 0 ? row.self / all : 0}) {
+            text += "," + Fixed(number, 9);
+        }
+        text += "\r\n";
     }
     return HCString(text);
 }

@@ -13,7 +13,8 @@
 
 namespace {
 
-constexpr int kWidth = 50; // of the bar itself
+constexpr int kMostWidth = 50; // of the bar itself
+constexpr int kRest = 25; // columns of what is beside the bar, at most
 constexpr auto kLeastPause = std::chrono::milliseconds(100);
 
 /// How many columns a text of UTF-8 takes, if each character takes one.
@@ -62,6 +63,9 @@ private:
     void OnProgress(const ZRObservedObjectEvent& event)
     {
         const std::lock_guard guard(m_lock);
+        if (m_forkGeneration != zrobservers::ForkGeneration()) {
+            return; // the bar is the parent's
+        }
         switch (event.GetCode()) {
         case ZR_EVENT_PROGRESS_START:
             m_started = Clock::now();
@@ -83,8 +87,10 @@ private:
     {
         const double span = static_cast<double>(ZRProgressGetRangeMax()) - ZRProgressGetRangeMin();
         const double part = span > 0 ? std::clamp((value - ZRProgressGetRangeMin()) / span, 0.0, 1.0) : 1;
-        std::string line = "[" + std::string(static_cast<std::size_t>(kWidth * part), '#');
-        line.resize(kWidth + 1, ' ');
+        const int columns = zrobservers::TerminalWidth(m_stream);
+        const auto width = static_cast<std::size_t>(std::clamp(columns - kRest, 0, kMostWidth));
+        std::string line = "[" + std::string(static_cast<std::size_t>(static_cast<double>(width) * part), '#');
+        line.resize(width + 1, ' ');
         char percent[16];
         std::snprintf(percent, sizeof(percent), "] %3d%%", static_cast<int>(100 * part));
         line += percent;
@@ -92,6 +98,7 @@ private:
             const std::chrono::duration<double> left = (Clock::now() - m_started) * ((1 - part) / part);
             line += " " + ToText(std::chrono::duration_cast<std::chrono::seconds>(left)) + " left";
         }
+        line.resize(std::min(line.size(), static_cast<std::size_t>(std::max(columns - 1, 0))));
         std::fprintf(m_stream, "%s\x1b[K\r", line.c_str()); // erases what is behind; the next line is written over it
         std::fflush(m_stream);
         m_drawn = Clock::now();
@@ -100,7 +107,7 @@ private:
 
     void Remove()
     {
-        if (m_width != 0) {
+        if (m_width != 0 && m_forkGeneration == zrobservers::ForkGeneration()) {
             std::fputs("\x1b[K", m_stream);
             std::fflush(m_stream);
             m_width = 0;
@@ -112,7 +119,8 @@ private:
     {
         const std::lock_guard guard(m_lock);
         const ZRMsg& message = event.GetMsg();
-        if (event.GetCode() != ZR_EVENT_MESSAGE || m_width == 0
+        if (event.GetCode() != ZR_EVENT_MESSAGE || m_width == 0 || !m_isOnConsole
+            || m_forkGeneration != zrobservers::ForkGeneration()
             || ZRMessageHandler::IsConsoleEnabled(message.GetType()) == 0) {
             return;
         }
@@ -127,6 +135,8 @@ private:
     }
 
     std::FILE* m_stream; // not owned
+    const bool m_isOnConsole = zrobservers::IsSameTerminal(m_stream, stdout); // where messages are written too
+    const unsigned int m_forkGeneration = zrobservers::ForkGeneration();
     HCThreadSync m_lock; // no message is sent while it is held
     Clock::time_point m_started = Clock::now();
     Clock::time_point m_drawn; // when

@@ -22,6 +22,12 @@ unsigned int ForkGeneration() noexcept;
 
 bool IsTerminal(std::FILE* stream);
 
+/// Whether two streams write to one and the same terminal.
+bool IsSameTerminal(std::FILE* one, std::FILE* other);
+
+/// Columns of a terminal; 80 when it does not say.
+int TerminalWidth(std::FILE* stream);
+
 /// Runs an action with all signals blocked for this thread, so that a thread that it starts gets none of the program's.
 void WithoutSignals(const std::function<void()>& action);
 

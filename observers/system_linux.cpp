@@ -5,7 +5,9 @@
 #include <csignal>
 #include <fcntl.h>
 #include <pthread.h>
+#include <sys/ioctl.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace zrobservers {
@@ -49,6 +51,21 @@ std::string ThreadName()
 std::string ProcessName() { return program_invocation_short_name; }
 
 bool IsTerminal(std::FILE* stream) { return isatty(fileno(stream)) != 0; }
+
+bool IsSameTerminal(std::FILE* one, std::FILE* other)
+{
+    struct stat first {};
+    struct stat second {};
+    return IsTerminal(one) && IsTerminal(other) && fstat(fileno(one), &first) == 0 && fstat(fileno(other), &second) == 0
+        && first.st_rdev == second.st_rdev;
+}
+
+int TerminalWidth(std::FILE* stream)
+{
+    constexpr int kUsual = 80;
+    winsize size{};
+    return ioctl(fileno(stream), TIOCGWINSZ, &size) == 0 && size.ws_col != 0 ? size.ws_col : kUsual;
+}
 
 void WithoutSignals(const std::function<void()>& action)
 {

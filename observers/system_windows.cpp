@@ -55,6 +55,16 @@ bool IsTerminal(std::FILE* stream)
     return GetConsoleMode(handle, &mode) != 0 && SetConsoleMode(handle, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }
 
+bool IsSameTerminal(std::FILE* one, std::FILE* other) { return IsTerminal(one) && IsTerminal(other); }
+
+int TerminalWidth(std::FILE* stream)
+{
+    constexpr int kUsual = 80;
+    const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
+    CONSOLE_SCREEN_BUFFER_INFO info{};
+    return GetConsoleScreenBufferInfo(handle, &info) != 0 ? info.srWindow.Right - info.srWindow.Left + 1 : kUsual;
+}
+
 void WithoutSignals(const std::function<void()>& action) { action(); }
 
 bool OutputFile::Open(const std::string& path, bool isNew)

@@ -3,10 +3,13 @@
 #include "message_types.h"
 #include "quietly.h"
 
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <new>
 #include <system_error>
+#include <utility>
 
 using zrobservers::Quietly;
 
@@ -18,12 +21,30 @@ constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
 
 constinit std::atomic<std::uint32_t> g_traces{0};
 
-/// Of which trace, in which process, the thread has told its name last.
-struct NamedIn {
-    std::uint32_t trace;
-    unsigned int forkGeneration;
+/// The traces, in this process, to which the thread has told its name.
+class NamedIn {
+public:
+    /// Whether the trace is a new one among the last four.
+    bool Add(std::uint32_t trace, unsigned int forkGeneration)
+    {
+        for (const Entry& entry : m_entries) {
+            if (entry.trace == trace && entry.forkGeneration == forkGeneration) {
+                return false;
+            }
+        }
+        m_entries[m_next++ % m_entries.size()] = {trace, forkGeneration};
+        return true;
+    }
+
+private:
+    struct Entry {
+        std::uint32_t trace;
+        unsigned int forkGeneration;
+    };
+    std::array<Entry, 4> m_entries{};
+    std::size_t m_next = 0;
 };
-constinit thread_local NamedIn t_namedIn{0, 0};
+constinit thread_local NamedIn t_namedIn;
 
 /// On the clock of ZRProfiler::GetTicks.
 std::int64_t Now() { return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count(); }
@@ -34,13 +55,14 @@ std::int64_t ToNanoseconds(std::int64_t ticks, std::int64_t ticksPerSecond)
         + ticks % ticksPerSecond * kNanosecondsPerSecond / ticksPerSecond;
 }
 
-/// "trace.json" becomes "trace.4711.json".
-std::string WithProcess(const std::string& path)
+/// "trace.json" becomes "trace.4711.json", and "trace.4711-2.json" with the number 2.
+std::string WithProcess(const std::string& path, int number)
 {
     const std::size_t name = path.find_last_of("/\\") + 1;
     const std::size_t dot = path.rfind('.');
     const std::size_t place = dot == std::string::npos || dot <= name ? path.size() : dot;
-    return path.substr(0, place) + "." + std::to_string(zrobservers::ProcessId()) + path.substr(place);
+    return path.substr(0, place) + "." + std::to_string(zrobservers::ProcessId())
+        + (number > 1 ? "-" + std::to_string(number) : "") + path.substr(place);
 }
 
 } // namespace
@@ -69,7 +91,10 @@ private:
         std::unique_lock guard(m_lock);
         while (!m_wake.wait_for(guard, kPause, [this] { return m_isOver; })) {
             guard.unlock();
-            trace.Flush();
+            try {
+                trace.Flush();
+            } catch (const std::bad_alloc&) { // what could not be written is lost
+            }
             guard.lock();
         }
     }
@@ -103,8 +128,8 @@ ZRTraceFile::Trace::~Trace()
     m_messages = ZRListener();
     m_timers = ZRListener();
     m_progress = ZRListener();
-    if (m_forkGeneration != zrobservers::ForkGeneration()) {
-        return; // a child that has sent nothing: what there is belongs to its parent
+    if (!IsOfThisProcess()) {
+        return;
     }
     delete m_flusher;
     Flush();
@@ -113,6 +138,9 @@ ZRTraceFile::Trace::~Trace()
     }
     delete m_buffers;
 }
+
+/// Not so in a forked child that has sent nothing: what there is belongs to its parent.
+bool ZRTraceFile::Trace::IsOfThisProcess() const { return m_forkGeneration == zrobservers::ForkGeneration(); }
 
 void ZRTraceFile::Trace::OnMessage(const ZRObservedObjectEvent& event)
 {
@@ -149,6 +177,7 @@ void ZRTraceFile::Trace::OnProgress(const ZRObservedObjectEvent& event)
     switch (event.GetCode()) {
     case ZR_EVENT_PROGRESS_START:
         ++m_progressRun;
+        m_hasProgressSpan = true;
         m_progressTitle = event.GetText();
         Append("b", "progress", now, m_progressTitle.View(), span);
         break;
@@ -161,7 +190,9 @@ void ZRTraceFile::Trace::OnProgress(const ZRObservedObjectEvent& event)
         break;
     }
     case ZR_EVENT_PROGRESS_END:
-        Append("e", "progress", now, m_progressTitle.View(), span);
+        if (std::exchange(m_hasProgressSpan, false)) { // else it began before the trace
+            Append("e", "progress", now, m_progressTitle.View(), span);
+        }
         break;
     default:
         break;
@@ -175,15 +206,14 @@ template <typename Fill> void ZRTraceFile::Trace::Append(
     bool isFull = false;
     {
         const std::lock_guard guard(m_lock);
-        if (m_forkGeneration != zrobservers::ForkGeneration()) {
+        if (!IsOfThisProcess()) {
             StartInChild();
         }
         if (m_flusher == nullptr) {
             StartFlusher();
         }
         const std::uint64_t thread = zrobservers::ThreadId();
-        if (t_namedIn.trace != m_number || t_namedIn.forkGeneration != m_forkGeneration) {
-            t_namedIn = {m_number, m_forkGeneration};
+        if (t_namedIn.Add(m_number, m_forkGeneration)) {
             NameThread(thread);
         }
         {
@@ -215,13 +245,13 @@ void ZRTraceFile::Trace::NameThread(std::uint64_t thread)
 /// What was collected so far is the parent's, and so is its file.
 void ZRTraceFile::Trace::StartInChild()
 {
-    m_forkGeneration = zrobservers::ForkGeneration();
     m_process = zrobservers::ProcessId();
     m_isChild = true;
     m_buffers = new Buffers;
     m_count = 0;
     m_file.Close();
     m_flusher = nullptr;
+    m_forkGeneration = zrobservers::ForkGeneration();
 }
 
 /// With the first event, so that a program that sends nothing has no thread more. Without the thread the buffer is
@@ -236,6 +266,9 @@ void ZRTraceFile::Trace::StartFlusher()
 
 void ZRTraceFile::Trace::Flush()
 {
+    if (!IsOfThisProcess()) {
+        return;
+    }
     Write();
     TellFailure();
 }
@@ -245,7 +278,7 @@ std::string ZRTraceFile::Trace::GetPath() const { return m_openPath; }
 void ZRTraceFile::Trace::Write()
 {
     const std::lock_guard fileGuard(m_fileLock);
-    rapidjson::StringBuffer& text = m_buffers->written;
+    zrobservers::JsonBuffer& text = m_buffers->written;
     {
         const std::lock_guard guard(m_lock);
         std::swap(text, m_buffers->collected);
@@ -274,8 +307,8 @@ bool ZRTraceFile::Trace::OpenFile()
         m_failure.compare_exchange_strong(none, errno);
         return false;
     }
-    rapidjson::StringBuffer text;
-    rapidjson::Writer<rapidjson::StringBuffer> writer;
+    zrobservers::JsonBuffer text;
+    Object::Writer writer;
     {
         Object object(writer, text, "[\n");
         object.AddPlain("name", "process_name").AddPlain("ph", "M").Add("pid", static_cast<std::int64_t>(m_process));
@@ -290,16 +323,22 @@ bool ZRTraceFile::Trace::OpenFile()
 
 bool ZRTraceFile::Trace::OpenPath()
 {
-    const bool mustBeNew = m_start == Start::kWithFirstEvent && !m_isChild;
-    m_openPath = m_isChild ? WithProcess(m_path) : m_path;
-    if (m_file.Open(m_openPath, mustBeNew)) {
-        return true;
+    m_openPath.clear();
+    const bool isTheOnlyOne = m_start == Start::kNow && !m_isChild;
+    // Whatever is there already stays: the trace of another process, or of this one before it has become another
+    // program.
+    constexpr int kMost = 1000;
+    for (int number = m_isChild ? 1 : 0; number < kMost; ++number) {
+        const std::string path = number == 0 ? m_path : WithProcess(m_path, number);
+        if (m_file.Open(path, !isTheOnlyOne)) {
+            m_openPath = path;
+            return true;
+        }
+        if (isTheOnlyOne || errno != EEXIST) {
+            return false;
+        }
     }
-    if (!mustBeNew || errno != EEXIST) {
-        return false;
-    }
-    m_openPath = WithProcess(m_path);
-    return m_file.Open(m_openPath, false);
+    return false;
 }
 
 /// Once, and without a lock, as a message calls observers.

@@ -40,9 +40,9 @@ private:
     // A forked child leaves both of its parent where they are: the thread did not come along, and another thread may
     // have been in the middle of changing the buffers.
     struct Buffers {
-        rapidjson::StringBuffer collected;
-        rapidjson::StringBuffer written; // guarded by m_fileLock
-        rapidjson::Writer<rapidjson::StringBuffer> writer;
+        zrobservers::JsonBuffer collected;
+        zrobservers::JsonBuffer written; // guarded by m_fileLock
+        Object::Writer writer;
     };
     class Flusher;
 
@@ -58,6 +58,7 @@ private:
     void Write();
     bool OpenFile();
     bool OpenPath();
+    bool IsOfThisProcess() const;
     void TellFailure();
 
     const std::string m_path;
@@ -68,7 +69,7 @@ private:
     HCThreadSync m_lock; // as all locks here one that works in a forked child
     Buffers* m_buffers; // owned
     std::uint64_t m_process;
-    unsigned int m_forkGeneration; // of the process that writes
+    std::atomic<unsigned int> m_forkGeneration; // of the process that writes
     bool m_isChild = false; // of the process that has made this object
 
     HCThreadSync m_fileLock;
@@ -79,8 +80,10 @@ private:
     std::atomic<int> m_failure{0}; // errno of the first failure; 0 before it
     std::atomic<bool> m_isTold{false};
     std::atomic<std::int64_t> m_count{0};
-    std::int64_t m_progressRun = 0; // these two are guarded by the lock of the observer
-    HCString m_progressTitle;
+    // Guarded by the lock of the observer.
+    std::int64_t m_progressRun = 0;
+    bool m_hasProgressSpan = false;
+    HCString m_progressTitle = ZRProgressGetTitle();
 
     Flusher* m_flusher = nullptr; // owned; null before the first event
     zrobservers::ProfilerOn m_profilerOn;

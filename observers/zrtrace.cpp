@@ -6,9 +6,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
-#include <spawn.h>
+#include <pthread.h>
 #include <string>
 #include <sys/auxv.h>
 #include <sys/resource.h>
@@ -40,8 +42,6 @@ written, how many events there were and where most of the time went.
 The output of PROGRAM is left alone; zrtrace ends with its exit status, or by the signal that has ended it.
 Status 125: wrong use of zrtrace; 126: PROGRAM cannot be run; 127: there is no such program.
 )";
-
-constinit volatile std::sig_atomic_t g_program = 0; // ID of its process
 
 [[noreturn]] void Refuse(const std::string& reason)
 {
@@ -106,13 +106,14 @@ public:
 private:
     void AddFile(const std::string& key, const std::string& file)
     {
-        const std::string path = fs::absolute(file); // the program may change its folder
-        if (file.empty() || path.find(';') != std::string::npos) {
+        if (file.empty() || file.find(';') != std::string::npos) {
             Refuse("not a name of a file for --" + key + ": '" + file + "'");
         }
+        const std::string path = fs::weakly_canonical(fs::absolute(file)); // the program may change its folder
+        if (fs::exists(path) && !fs::is_regular_file(path)) {
+            Refuse(path + " is not a regular file");
+        }
         if (key == "trace") {
-            std::error_code ignored;
-            fs::remove(path, ignored); // the first process that sends something makes it
             m_tracePath = path;
         }
         m_words += key + "=" + path + ";";
@@ -122,6 +123,41 @@ private:
     std::string m_tracePath;
 };
 
+/// A trace that is there already is put aside, so that the first process of the program that sends something can make
+/// the file. It goes when the program has been started, and comes back when it could not be.
+class FormerTrace {
+public:
+    explicit FormerTrace(const std::string& path)
+        : m_path(path)
+    {
+        if (!path.empty() && fs::exists(path)) {
+            const std::string aside = path + "." + std::to_string(getpid()) + ".former";
+            fs::rename(path, aside);
+            m_aside = aside;
+        }
+    }
+    ~FormerTrace()
+    {
+        if (!m_aside.empty()) {
+            std::rename(m_aside.c_str(), m_path.c_str());
+        }
+    }
+    FormerTrace(const FormerTrace&) = delete;
+    FormerTrace& operator=(const FormerTrace&) = delete;
+
+    void Remove()
+    {
+        if (!m_aside.empty()) {
+            unlink(m_aside.c_str());
+            m_aside.clear();
+        }
+    }
+
+private:
+    std::string m_path;
+    std::string m_aside; // empty while there is nothing
+};
+
 /// A file for what the program's processes have to say at their end.
 class Summary {
 public:
@@ -129,7 +165,7 @@ public:
     {
         const int file = mkstemp(m_path.data());
         if (file < 0) {
-            Refuse(m_path + ": " + std::strerror(errno));
+            throw std::system_error(errno, std::generic_category(), m_path);
         }
         close(file);
     }
@@ -163,41 +199,73 @@ void Prepend(const char* name, const std::string& value, const char* separator)
     setenv(name, all.c_str(), 1);
 }
 
-/// Starts the program with the signals as they were here.
-pid_t Start(char** arguments)
+/// The signals that are taken with Await instead of by handlers: all but those that stop and continue a process.
+sigset_t AwaitedSignals()
 {
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    sigset_t defaults;
-    sigemptyset(&defaults);
-    // Those of the terminal go to the program too, which may do with them what it likes; others are passed on.
-    for (const int signal : {SIGINT, SIGQUIT}) {
-        if (std::signal(signal, SIG_IGN) != SIG_IGN) {
-            sigaddset(&defaults, signal);
-        }
+    sigset_t signals;
+    sigfillset(&signals);
+    for (const int signal : {SIGTSTP, SIGTTIN, SIGTTOU, SIGCONT}) {
+        sigdelset(&signals, signal);
     }
-    posix_spawnattr_setsigdefault(&attributes, &defaults);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
-    pid_t program = 0;
-    const int error = posix_spawnp(&program, arguments[0], nullptr, &attributes, arguments, environ);
-    posix_spawnattr_destroy(&attributes);
-    if (error != 0) {
-        std::fprintf(stderr, "zrtrace: %s: %s\n", arguments[0], std::strerror(error));
-        std::exit(error == ENOENT ? kNotFound : kNotRunnable);
-    }
-    return program;
+    return signals;
 }
 
+/// Runs the program with the signals as they were for this one. Does not return.
+[[noreturn]] void Become(char** arguments, const sigset_t& mask, const struct sigaction& child, int errors)
+{
+    sigaction(SIGCHLD, &child, nullptr);
+    pthread_sigmask(SIG_SETMASK, &mask, nullptr);
+    execvp(arguments[0], arguments);
+    const int error = errno;
+    const bool isTold = write(errors, &error, sizeof(error)) == sizeof(error);
+    _exit(isTold ? 0 : kNotRunnable);
+}
+
+/// Starts the program. On failure gives 0 and sets errno.
+pid_t Start(char** arguments)
+{
+    // Signals wait from now on, so that none is lost while the program starts.
+    const sigset_t awaited = AwaitedSignals();
+    sigset_t mask;
+    pthread_sigmask(SIG_BLOCK, &awaited, &mask);
+    struct sigaction standard {};
+    standard.sa_handler = SIG_DFL; // if they are ignored there is no exit status
+    struct sigaction child {};
+    sigaction(SIGCHLD, &standard, &child);
+    int errors[2];
+    if (pipe2(errors, O_CLOEXEC) != 0) {
+        return 0;
+    }
+    const pid_t program = fork();
+    if (program == 0) {
+        Become(arguments, mask, child, errors[1]);
+    }
+    int error = program < 0 ? errno : 0;
+    close(errors[1]);
+    const bool isStarted = program > 0 && read(errors[0], &error, sizeof(error)) == 0; // closed by exec
+    close(errors[0]);
+    if (program > 0 && !isStarted) {
+        waitpid(program, nullptr, 0);
+    }
+    errno = error;
+    return isStarted ? program : 0;
+}
+
+/// Waits for the end of the program, and passes on the signals that somebody sends to this process. Those of the
+/// terminal go to the program too. Gives its status.
 int Await(pid_t program)
 {
-    g_program = program;
-    for (const int signal : {SIGTERM, SIGHUP, SIGUSR1, SIGUSR2}) {
-        if (std::signal(signal, [](int received) { kill(g_program, received); }) == SIG_IGN) {
-            std::signal(signal, SIG_IGN);
+    const sigset_t awaited = AwaitedSignals();
+    int status = 0;
+    while (waitpid(program, &status, WNOHANG) == 0) {
+        siginfo_t info{};
+        const int signal = sigwaitinfo(&awaited, &info);
+        const bool isOfTerminal =
+            info.si_code == SI_KERNEL && (signal == SIGINT || signal == SIGQUIT || signal == SIGHUP);
+        if (signal > 0 && signal != SIGCHLD && signal != SIGPIPE && signal != SIGWINCH && !isOfTerminal) {
+            kill(program, signal);
         }
     }
-    int status = 0;
-    while (waitpid(program, &status, 0) < 0 && errno == EINTR) {}
     return status;
 }
 
@@ -219,29 +287,56 @@ void Report(const Summary& summary, const Options& options, const char* program,
     }
 }
 
-} // namespace
+/// Ends as the program has ended.
+int End(int status)
+{
+    if (!WIFSIGNALED(status)) {
+        return WEXITSTATUS(status);
+    }
+    const int signal = WTERMSIG(status);
+    const rlimit noCore{0, 0}; // that of the program is there already
+    setrlimit(RLIMIT_CORE, &noCore);
+    std::signal(signal, SIG_DFL);
+    sigset_t mask;
+    sigemptyset(&mask);
+    sigaddset(&mask, signal);
+    pthread_sigmask(SIG_UNBLOCK, &mask, nullptr);
+    raise(signal);
+    constexpr int kSignalled = 128; // as shells say it
+    return kSignalled + signal;
+}
 
-int main(int count, char** arguments)
+int Run(int count, char** arguments)
 {
     Options options;
-    const int program = options.Read(count, arguments);
+    char** const program = arguments + options.Read(count, arguments);
     const std::string library = FindLibrary();
     if (library.find_first_of(" :") != std::string::npos) {
         Refuse("a library in a folder with a blank or colon cannot be loaded into programs: " + library);
     }
-    int status = 0;
-    {
-        const Summary summary;
-        Prepend("ZROBSERVERS", options.GetWords() + "summary=" + summary.GetPath(), ";");
-        Prepend("LD_PRELOAD", library, ":");
-        status = Await(Start(arguments + program));
-        Report(summary, options, arguments[program], status);
+    const Summary summary;
+    Prepend("ZROBSERVERS", options.GetWords() + "summary=" + summary.GetPath(), ";");
+    Prepend("LD_PRELOAD", library, ":");
+    FormerTrace former(options.GetTracePath());
+    const pid_t process = Start(program);
+    if (process == 0) {
+        const int error = errno;
+        std::fprintf(stderr, "zrtrace: %s: %s\n", *program, std::strerror(error));
+        return W_EXITCODE(error == ENOENT ? kNotFound : kNotRunnable, 0);
     }
-    if (WIFSIGNALED(status)) {
-        const rlimit noCore{0, 0}; // that of the program is there already
-        setrlimit(RLIMIT_CORE, &noCore);
-        std::signal(WTERMSIG(status), SIG_DFL);
-        raise(WTERMSIG(status));
+    former.Remove();
+    const int status = Await(process);
+    Report(summary, options, *program, status);
+    return status;
+}
+
+} // namespace
+
+int main(int count, char** arguments)
+{
+    try {
+        return End(Run(count, arguments));
+    } catch (const std::exception& error) {
+        Refuse(error.what());
     }
-    return WEXITSTATUS(status);
 }

@@ -18,7 +18,7 @@
 /// percent, and text.
 ///
 /// Each line is written at once and whole, by any number of threads and processes, and goes to the file that has the
-/// name then: when logrotate moves the file, the next line makes a new one.
+/// name then: when logrotate moves the file, the next line makes a new one. A disk that gets full may cut a line.
 class ZR_OBSERVERS_API ZRJsonLines {
 public:
     // What is written; a sum of these.

@@ -7,7 +7,8 @@
 #include <memory>
 
 /// Adds up the timers of the process that feed states, by the location of the state, and turns the handler of profiler
-/// states on for as long as it exists. Only runs that end in that time count.
+/// states on for as long as it exists. Only runs that end in that time count. Control characters in a location become
+/// blanks. After 100,000 different ways of nesting new ones count as "(others)". A child of `fork` begins with nothing.
 class ZR_OBSERVERS_API ZRProfileTable {
 public:
     ZRProfileTable();
@@ -20,7 +21,8 @@ public:
     /// ending. Empty when nothing was measured.
     [[nodiscard]] HCString ToText(int lines = 1000) const;
 
-    /// The same as comma-separated values (RFC 4180), with a line of names first, seconds with nine decimals.
+    /// The same as comma-separated values (RFC 4180), with a line of names first, seconds with nine decimals, and the
+    /// share between 0 and 1.
     [[nodiscard]] HCString ToCsv() const;
 
     /// Collapsed stacks for flame graphs: "outer;inner 1234", the microseconds that were spent in that place itself,

@@ -308,6 +308,8 @@ TEST_F(Observers, BarKeepsBelowTheMessages)
     int end = -1;
     ASSERT_EQ(openpty(&terminal, &end, nullptr, nullptr, nullptr), 0);
     std::FILE* const stream = fdopen(end, "w");
+    const int output = dup(STDOUT_FILENO);
+    dup2(end, STDOUT_FILENO);
     {
         const ZRProgressBar bar(stream);
         const ZRProgressRun run("run", 2);
@@ -318,12 +320,18 @@ TEST_F(Observers, BarKeepsBelowTheMessages)
             ZROut(name, nullptr, 1);
         }
     }
-    std::string drawn(1000, '\0');
-    drawn.resize(static_cast<std::size_t>(read(terminal, drawn.data(), drawn.size())));
+    std::fflush(stdout);
+    dup2(output, STDOUT_FILENO);
+    close(output);
+    const std::string half = "[" + std::string(25, '#') + std::string(25, ' ') + "]  50% 00:00 left\x1b[K\r";
+    const std::string wanted = half + "OUT - a\r\n\x1b[A\x1b[7C\x1b[K\r\nOUT - b\r\n";
+    std::string drawn;
+    for (char byte = 0; drawn.size() < wanted.size() && read(terminal, &byte, 1) == 1;) {
+        drawn += byte;
+    }
     std::fclose(stream);
     close(terminal);
-    const std::string half = "[" + std::string(25, '#') + std::string(25, ' ') + "]  50% 00:00 left\x1b[K\r";
-    EXPECT_EQ(drawn, half + "\x1b[A\x1b[7C\x1b[K\r\n") << "the second comes too early to be drawn";
+    EXPECT_EQ(drawn, wanted) << "the second comes too early to be drawn";
     EXPECT_EQ(ZRProgressEnabled(), 0);
 }
 
@@ -396,12 +404,35 @@ TEST_F(ZrTrace, LeavesProgramsAlone)
     EXPECT_EQ(late.exitCode, 0);
     EXPECT_EQ(Names(Events(PathOf("trace.json"))), (Lines{"i late"}));
 
+    EXPECT_EQ(Trace({"no such program"}).exitCode, 127);
+    EXPECT_EQ(Names(Events(PathOf("trace.json"))), (Lines{"i late"})) << "which is still there";
+
     const auto foreign = Trace({"sh", "-c", "echo out; exit 3"});
     EXPECT_EQ(foreign.exitCode, 3);
     EXPECT_EQ(foreign.output, "out\n");
     EXPECT_NE(foreign.errors.find("nothing came from sh"), std::string::npos);
-    EXPECT_EQ(Trace({"no such program"}).exitCode, 127);
-    EXPECT_EQ(Trace({"--unknown"}).exitCode, 125);
+    for (const Lines& wrong : {Lines{"--unknown"}, {"--trace", ""}, {"--trace", "/dev/null", "true"}}) {
+        EXPECT_EQ(test::Run(ZRTRACE_PROGRAM, wrong).exitCode, 125);
+    }
+    const auto lost = test::Run(ZRTRACE_PROGRAM, {"--trace", PathOf("missing/trace"), TRACED_PROGRAM, "exit"});
+    EXPECT_NE(lost.errors.find("could not be written"), std::string::npos) << lost.errors;
+}
+
+TEST_F(ZrTrace, EndsAsTheProgramEnds)
+{
+    const struct {
+        const char* script;
+        const char* output;
+    } cases[] = {
+        {R"(trap '' CHLD; (exec "$0" sh -c 'exit 7'); echo $?)", "7\n"},
+        {R"("$0" sh -c 'sleep 0.2; exit 7' 2>&- | cat; echo ${PIPESTATUS[0]})", "7\n"},
+        {R"("$0" bash -c 'trap "exit 42" ALRM; echo on; while :; do sleep 0.05; done' | {
+            read on; pkill -ALRM -x zrtrace -P $$; cat; }; echo ${PIPESTATUS[0]})",
+            "42\n"},
+    };
+    for (const auto& one : cases) {
+        EXPECT_EQ(test::Run("/bin/bash", {"-c", one.script, ZRTRACE_PROGRAM}).output, one.output) << one.script;
+    }
 }
 
 #if defined(SURVEY_PROGRAM)

@@ -22,7 +22,11 @@ int main(int /*count*/, char** arguments)
     ZRSetMessagesEnabled(1);
     Work("at first");
     switch (arguments[1][0]) {
-    case 'f': { // forks
+    case 'f': { // forks, once for a child that sends nothing
+        if (fork() == 0) {
+            return 0;
+        }
+        wait(nullptr);
         const pid_t child = fork();
         Work(child == 0 ? "in the child" : "in the parent");
         if (child != 0) {
