@@ -9,6 +9,10 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#if defined(__cpp_impl_three_way_comparison)
+#include <compare>
+#endif
 
 // The arguments of Format are checked against its format by the compiler, as those of printf are.
 #if defined(__MINGW32__)
@@ -16,6 +20,14 @@
 #else
 #define HC_PRINTF_FORMAT(formatPlace, firstPlace) __attribute__((format(printf, formatPlace, firstPlace)))
 #endif
+
+namespace hcbase {
+
+/// Whether a type is one of the standard library's texts of 8-bit characters.
+template <typename Text> inline constexpr bool isStandardText =
+    std::is_same_v<Text, std::string> || std::is_same_v<Text, std::string_view>;
+
+} // namespace hcbase
 
 /// A zero-terminated text of 8-bit characters that owns its storage.
 ///
@@ -61,16 +73,16 @@ public:
 
     /// Below, equal to or above 0 as this text comes before, is equal to or comes after `text` in the order of its
     /// bytes.
-    int Compare(const char* text) const noexcept;
+    [[nodiscard]] int Compare(const char* text) const noexcept;
 
     /// As Compare, with the letters A to Z equal to a to z. The locale has no influence.
-    int CompareNoCase(const char* text) const noexcept;
+    [[nodiscard]] int CompareNoCase(const char* text) const noexcept;
 
     /// Makes the text empty and gives its memory back.
     void Empty() noexcept;
 
     /// Number of characters (bytes).
-    int GetLength() const noexcept { return m_storage.sizes.length; }
+    [[nodiscard]] int GetLength() const noexcept { return m_storage.sizes.length; }
 
     // Among the standard types. The characters as a range; valid while the string is neither changed nor destroyed.
 
@@ -81,8 +93,16 @@ public:
         Assign(text.data(), text.size());
     }
 
-    std::string_view View() const noexcept { return {begin(), static_cast<std::size_t>(GetLength())}; }
-    std::string ToString() const { return std::string(View()); }
+    /// Replaces the text by a copy of a std::string or std::string_view.
+    template <typename Text, typename = std::enable_if_t<hcbase::isStandardText<Text>>>
+    const HCString& operator=(const Text& text)
+    {
+        Assign(text.data(), text.size());
+        return *this;
+    }
+
+    [[nodiscard]] std::string_view View() const noexcept { return {begin(), static_cast<std::size_t>(GetLength())}; }
+    [[nodiscard]] std::string ToString() const { return std::string(View()); }
     const char* begin() const noexcept { return *this; }
     const char* end() const noexcept { return begin() + GetLength(); }
 
@@ -188,6 +208,13 @@ inline const HCString& HCString::operator=(HCString&& other) noexcept
     return *this;
 }
 
+namespace hcbase {
+
+template <typename String, typename Text> using IfComparable =
+    std::enable_if_t<std::is_same_v<String, HCString> && isStandardText<Text>, int>;
+
+} // namespace hcbase
+
 // Without these, comparisons, and so std::map and std::sort, would compare addresses.
 inline bool operator==(const HCString& left, const HCString& right) noexcept { return left.Compare(right) == 0; }
 inline bool operator==(const HCString& left, const char* right) noexcept { return left.Compare(right) == 0; }
@@ -208,10 +235,38 @@ inline bool operator>=(const HCString& left, const HCString& right) noexcept { r
 inline bool operator>=(const HCString& left, const char* right) noexcept { return left.Compare(right) >= 0; }
 inline bool operator>=(const char* left, const HCString& right) noexcept { return right.Compare(left) <= 0; }
 
+// With the standard library's texts. Neither side is converted to fit.
+template <typename String, typename Text, hcbase::IfComparable<String, Text> = 0>
+bool operator==(const String& left, const Text& right) noexcept
+{
+    return std::string_view(static_cast<const char*>(left)) == right;
+}
+template <typename String, typename Text, hcbase::IfComparable<String, Text> = 0>
+bool operator!=(const String& left, const Text& right) noexcept
+{
+    return !(left == right);
+}
+template <typename Text, typename String, hcbase::IfComparable<String, Text> = 0>
+bool operator==(const Text& left, const String& right) noexcept
+{
+    return right == left;
+}
+template <typename Text, typename String, hcbase::IfComparable<String, Text> = 0>
+bool operator!=(const Text& left, const String& right) noexcept
+{
+    return !(right == left);
+}
+
 #if defined(__cpp_impl_three_way_comparison)
-// Nor by this one, which the standard library tries first for pairs, tuples and vectors.
-void operator<=>(const HCString&, const HCString&) = delete;
-void operator<=>(const HCString&, const char*) = delete;
+// Which the standard library tries first for pairs, tuples and vectors.
+inline std::strong_ordering operator<=>(const HCString& left, const HCString& right) noexcept
+{
+    return left.Compare(right) <=> 0;
+}
+inline std::strong_ordering operator<=>(const HCString& left, const char* right) noexcept
+{
+    return left.Compare(right) <=> 0;
+}
 #endif
 
 /// As that of the text, up to its first zero byte, so that equal strings have equal hashes.

@@ -36,7 +36,7 @@ public:
 
     /// Takes the lock if nobody else holds it, without waiting. Whether the calling thread holds it once more. With
     /// this the guards of the standard library work, std::lock_guard, std::unique_lock and std::scoped_lock.
-    bool try_lock() noexcept;
+    [[nodiscard]] bool try_lock() noexcept;
 
     /// Gives up one level of the calling thread's hold. Gives 1, or 0 and changes nothing when the thread does not hold
     /// it.

@@ -10,109 +10,140 @@ namespace zr {
 /// function, such as a lambda. Worked out at compile time.
 template <std::size_t size> class FunctionName {
 public:
-    constexpr explicit FunctionName(const char (&signature)[size])
+    /// name: used where the signature is not understood.
+    template <std::size_t length> constexpr FunctionName(const char (&signature)[size], const char (&name)[length])
+        : m_signature(signature)
     {
-        const std::size_t end = EndOfName(signature);
-        std::size_t length = 0;
+        Find();
+        std::size_t used = 0;
         int depth = 0;
-        for (std::size_t place = StartOfName(signature, end); place < end; ++place) {
-            if (const std::size_t skipped = LengthOfUnnamed(signature, place); skipped != 0) {
-                place += skipped - 1;
+        for (std::size_t place = m_start; place < m_end;) {
+            if (const std::size_t skipped = LengthOfUnnamed(place); skipped != 0 && place < m_operator) {
+                place += skipped;
                 continue;
             }
-            const bool isOperator = EndsWithOperator(signature, place);
-            depth += signature[place] == '<' && !isOperator ? 1 : 0;
+            const bool isBracket = place < m_operator && (signature[place] == '<' || signature[place] == '>');
+            depth += isBracket && signature[place] == '<' ? 1 : 0;
             if (depth == 0) {
-                m_text[length++] = signature[place];
+                m_text[used++] = signature[place];
             }
-            depth -= signature[place] == '>' && depth > 0 ? 1 : 0;
+            depth -= isBracket && signature[place] == '>' ? 1 : 0;
+            ++place;
         }
-        m_text[length] = '\0';
+        for (std::size_t place = 0; used == 0 && place + 1 < length && place + 1 < size; ++place) {
+            m_text[place] = name[place];
+        }
+        m_signature = nullptr;
     }
 
     constexpr const char* Text() const { return m_text; }
 
 private:
-    static constexpr bool IsAt(const char (&signature)[size], std::size_t place, const char* word)
+    static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
+    /// Start and end of the name, the arguments of templates in it included, and where "operator" begins in it.
+    constexpr void Find()
+    {
+        int depth = 0; // in the arguments of templates
+        for (std::size_t place = 0; place < m_end;) {
+            const char sign = m_signature[place];
+            const std::size_t unnamed = LengthOfUnnamed(place);
+            const std::size_t declarator = depth == 0 ? LengthOfDeclarator(place) : 0;
+            if (unnamed != 0) {
+                place += unnamed;
+            } else if (depth == 0 && IsWord(place, "decltype")) {
+                place = m_start = BehindBrackets(place);
+            } else if (depth == 0 && IsWord(place, "operator")) {
+                m_operator = place;
+                place = m_end = EndOfOperator(place);
+            } else if (declarator != 0) {
+                place = m_start = place + declarator;
+            } else if (depth == 0 && sign == '(') {
+                m_end = place;
+            } else {
+                depth += sign == '<' ? 1 : sign == '>' && depth > 0 ? -1 : 0;
+                ++place;
+                m_start = depth == 0 && (sign == ' ' || sign == '*' || sign == '&') ? place : m_start;
+            }
+        }
+    }
+
+    constexpr bool IsAt(std::size_t place, const char* word) const
     {
         std::size_t index = 0;
-        while (word[index] != '\0' && place + index < size && signature[place + index] == word[index]) {
+        while (word[index] != '\0' && place + index < size && m_signature[place + index] == word[index]) {
             ++index;
         }
         return word[index] == '\0';
     }
 
-    /// How g++ and clang write the unnamed namespace and what follows it.
-    static constexpr std::size_t LengthOfUnnamed(const char (&signature)[size], std::size_t place)
+    static constexpr bool IsOfIdentifier(char sign)
     {
-        return IsAt(signature, place, "{anonymous}::")          ? 13
-            : IsAt(signature, place, "(anonymous namespace)::") ? 23
-                                                                : 0;
+        return sign == '_' || (sign >= '0' && sign <= '9') || (sign >= 'a' && sign <= 'z')
+            || (sign >= 'A' && sign <= 'Z');
     }
 
-    /// Whether "operator", and perhaps further signs of its name, stand right before a place.
-    static constexpr bool EndsWithOperator(const char (&signature)[size], std::size_t place)
+    /// Whether a word of eight letters, and not just a part of one, is at a place.
+    constexpr bool IsWord(std::size_t place, const char* word) const
     {
         constexpr std::size_t kLength = 8;
-        while (place > 0
-            && (signature[place - 1] == '<' || signature[place - 1] == '>' || signature[place - 1] == '-'
-                || signature[place - 1] == '=')) {
-            --place;
-        }
-        return place >= kLength && IsAt(signature, place - kLength, "operator");
+        return IsAt(place, word) && (place == 0 || !IsOfIdentifier(m_signature[place - 1]))
+            && !IsOfIdentifier(m_signature[place + kLength]);
     }
 
-    /// How deep in the arguments of templates what follows a character lies.
-    static constexpr int DepthBehind(const char (&signature)[size], std::size_t place, int depth)
+    /// How g++ and clang write the unnamed namespace and what follows it.
+    constexpr std::size_t LengthOfUnnamed(std::size_t place) const
     {
-        if (EndsWithOperator(signature, place)) {
-            return depth; // a sign of its name
-        }
-        return depth + (signature[place] == '<' ? 1 : signature[place] == '>' && depth > 0 ? -1 : 0);
+        return IsAt(place, "{anonymous}::") ? 13 : IsAt(place, "(anonymous namespace)::") ? 23 : 0;
     }
 
-    /// The bracket that opens the parameters, at the level of the function itself.
-    static constexpr std::size_t EndOfName(const char (&signature)[size])
+    /// What is before the name where the result is a pointer or reference to a function, an array or a member: "(*",
+    /// "(&" or "(Map::*". 0 where it is something else.
+    constexpr std::size_t LengthOfDeclarator(std::size_t place) const
+    {
+        if (m_signature[place] != '(') {
+            return 0;
+        }
+        std::size_t end = place + 1;
+        while (IsOfIdentifier(m_signature[end]) || m_signature[end] == ':') {
+            ++end;
+        }
+        const bool isSign = m_signature[end] == '*' || (m_signature[end] == '&' && end == place + 1);
+        return isSign && (end == place + 1 || m_signature[end - 1] == ':') ? end + 1 - place : 0;
+    }
+
+    constexpr std::size_t BehindBrackets(std::size_t place) const
     {
         int depth = 0;
-        for (std::size_t place = 0; place + 1 < size; ++place) {
-            const std::size_t skipped = LengthOfUnnamed(signature, place);
-            if (skipped != 0) {
-                place += skipped - 1;
-            } else if (EndsWithOperator(signature, place) && IsAt(signature, place, "()")) {
-                ++place; // the operator of that name
-            } else if (signature[place] == '(' && depth == 0) {
-                return place;
-            } else {
-                depth = DepthBehind(signature, place, depth);
+        for (; place + 1 < size; ++place) {
+            depth += m_signature[place] == '(' ? 1 : m_signature[place] == ')' ? -1 : 0;
+            if (depth == 0 && m_signature[place] == ')') {
+                return place + 1;
             }
         }
-        return size - 1;
+        return place;
     }
 
-    /// Behind the last blank before the name, which is not inside the arguments of a template.
-    static constexpr std::size_t StartOfName(const char (&signature)[size], std::size_t end)
+    /// The bracket that opens the parameters of an operator.
+    constexpr std::size_t EndOfOperator(std::size_t place) const
     {
-        std::size_t start = 0;
-        int depth = 0;
-        for (std::size_t place = 0; place < end; ++place) {
-            if (const std::size_t skipped = LengthOfUnnamed(signature, place); skipped != 0) {
-                place += skipped - 1;
-                continue;
-            }
-            depth = DepthBehind(signature, place, depth);
-            if (depth == 0 && (signature[place] == ' ' || signature[place] == '*' || signature[place] == '&')
-                && !EndsWithOperator(signature, place)) {
-                start = place + 1;
-            }
+        constexpr std::size_t kLength = 8;
+        place += kLength;
+        place += IsAt(place, "()") ? 2 : 0;
+        while (place + 1 < size && m_signature[place] != '(') {
+            ++place;
         }
-        return start;
+        return place;
     }
 
+    const char* m_signature;
+    std::size_t m_start = 0;
+    std::size_t m_end = size - 1;
+    std::size_t m_operator = kNone;
     char m_text[size] = {};
 };
 
 } // namespace zr
 
 /// The name of the function in which it stands, as a constant expression with Text().
-#define ZR_FUNCTION_NAME() ::zr::FunctionName<sizeof(__PRETTY_FUNCTION__)>(__PRETTY_FUNCTION__)
+#define ZR_FUNCTION_NAME() ::zr::FunctionName<sizeof(__PRETTY_FUNCTION__)>(__PRETTY_FUNCTION__, __func__)

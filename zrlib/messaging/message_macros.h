@@ -8,11 +8,12 @@
 //
 // Each is a statement that formats a text as printf does and sends it as the function of its type does
 // (message_functions.h), with the name of the function around it as place ("Map::Check") and level 1; ZR_OUT_AT and its
-// kin take another level first.
+// kin take another level, ZR_LEVEL_FIRST to ZR_LEVEL_LAST, first.
 //
 // The format is a literal, so that no text from outside can be taken for one, and the compiler checks the arguments
-// against it. While nobody can receive the message the arguments are not evaluated: a call costs a load and a branch
-// then, whatever they would cost. ZR_ERROR and ZR_ERROR_SET always evaluate and format, because the error is recorded.
+// against it (-Wformat, which -Wall includes). While nobody can receive the message the arguments are not evaluated: a
+// call costs a load and a branch then, whatever they would cost. ZR_ERROR and ZR_ERROR_SET always evaluate and format,
+// because the error is recorded.
 //
 // Threads: any. Errors: those of HCString::Format and of the function.
 
@@ -29,19 +30,30 @@
 /// ZR_ERROR_SET(code, "no such object: %d", number); the first argument is the code of the error (ZRErrorSet).
 #define ZR_ERROR_SET(code, ...) ZR_ERROR_SET_AT(1, code, __VA_ARGS__)
 #define ZR_ERROR_SET_AT(level, code, ...)                                                                              \
-    ZR_FORMAT_AND_(ZRErrorSet(code, zrText, zrPlace.Text(), 0, level), __VA_ARGS__)
+    ZR_FORMAT_AND_(ZRErrorSet(code, zrText_, zrPlace_.Text(), 0, static_cast<short>(level)), __VA_ARGS__)
 
-// Not for clients. The empty literal before the arguments joins with a literal and with nothing else.
+// Not for clients.
+
+namespace zr {
+
+/// Accepts a literal. What else an empty literal can stand before, such as "a" + 1, is no array.
+template <std::size_t size> constexpr bool IsLiteral(const char (&/*literal*/)[size]) { return true; }
+
+} // namespace zr
+
+#define ZR_FIRST_(first, ...) first
 
 #define ZR_FORMAT_AND_(send, ...)                                                                                      \
     do {                                                                                                               \
-        constexpr auto zrPlace = ZR_FUNCTION_NAME();                                                                   \
-        HCString zrText;                                                                                               \
-        zrText.Format("" __VA_ARGS__);                                                                                 \
+        static_assert(::zr::IsLiteral("" ZR_FIRST_(__VA_ARGS__, 0)), "the format is a literal");                       \
+        constexpr auto zrPlace_ = ZR_FUNCTION_NAME();                                                                  \
+        HCString zrText_;                                                                                              \
+        zrText_.Format(__VA_ARGS__);                                                                                   \
         send;                                                                                                          \
     } while (false)
 
-#define ZR_SEND_(send, level, ...) ZR_FORMAT_AND_(send(zrText, zrPlace.Text(), level), __VA_ARGS__)
+#define ZR_SEND_(send, level, ...)                                                                                     \
+    ZR_FORMAT_AND_(send(zrText_, zrPlace_.Text(), static_cast<short>(level)), __VA_ARGS__)
 
 #define ZR_SEND_IF_WANTED_(type, send, level, ...)                                                                     \
     do {                                                                                                               \

@@ -15,8 +15,9 @@
 ///     });
 ///
 /// The function runs as ZRObjectObserver::OnEvent does: on the sender's thread, one event at a time, under the same
-/// rules. The subject is not owned and must outlive the listener. When the destructor returns the function is not
-/// called any more. A listener may be moved, which does not disturb it.
+/// rules: it may end the listener with Detach, but not destroy it. The subject is not owned and must outlive the
+/// listener. When the destructor returns the function is not called any more. A listener may be moved, which does not
+/// disturb it.
 ///
 /// Threads: one object is used by one thread at a time.
 class [[nodiscard]] ZRListener {
@@ -50,6 +51,9 @@ public:
         return *this;
     }
     ~ZRListener() = default;
+
+    /// Ends it before its scope ends.
+    void Detach() { m_attachment.Detach(); }
 
 private:
     class Observer : public ZRObjectObserver {

@@ -3,49 +3,84 @@
 
 #include "zrlib/observation/progress.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
+#include <limits>
+#include <type_traits>
 
 /// Begins a run when it is built and ends it when it goes, also when an exception passes.
 ///
-///     ZRProgressRun run("Loading", static_cast<int>(files.size()));
+///     ZRProgressRun run("Loading", files.size());
 ///     for (const File& file : files) {
 ///         Load(file);
 ///         run.Step();
 ///     }
 ///
-/// While progress is off nothing happens (ZRProgressEnable). There is one run for the process. At the end the range is
-/// put back to what it was, so that it does not leak into the next run, and then the run ends. An observer that throws
-/// ends the process, as at every event that is sent by its destructor.
+/// There is one run for the process. An object does nothing if progress is off when it is built (ZRProgressEnable), or
+/// another object has a run then. At the end the range is put back to what it was, so that it does not leak into the
+/// next run, and then the run ends, even if progress was turned off meanwhile. An observer that throws ends the
+/// process, as at every event that is sent by its destructor.
 ///
 /// Threads: any; steps may come from several.
-class [[nodiscard]] ZRProgressRun {
+class ZRProgressRun {
 public:
-    /// total: number of steps, the end of the range that begins at 0.
-    explicit ZRProgressRun(const HCString& title, std::int32_t total = 100)
+    /// total: number of steps, the end of the range that begins at 0; any integer, at most 2,147,483,647 counts.
+    template <typename Total = std::int32_t, typename = std::enable_if_t<std::is_integral_v<Total>>>
+    [[nodiscard]] explicit ZRProgressRun(const HCString& title, Total total = 100)
+        : m_isOwn(ZRProgressEnabled() != 0 && !s_isOpen.exchange(true))
     {
-        ZRProgressStart(title);
-        ZRProgressSetRange(0, total);
+        if (m_isOwn) {
+            try {
+                ZRProgressStart(title);
+                ZRProgressSetRange(0, Limited(total));
+            } catch (...) { // no memory
+                s_isOpen = false;
+                throw;
+            }
+        }
     }
     ~ZRProgressRun()
     {
-        ZRProgressSetRange(m_formerMin, m_formerMax);
-        ZRProgressEnd();
+        if (m_isOwn) {
+            const bool isOff = ZRProgressEnabled() == 0;
+            ZRProgressEnable(1);
+            ZRProgressSetRange(m_formerMin, m_formerMax);
+            ZRProgressEnd();
+            ZRProgressEnable(isOff ? 0 : 1);
+            s_isOpen = false;
+        }
     }
     ZRProgressRun(const ZRProgressRun&) = delete;
     ZRProgressRun& operator=(const ZRProgressRun&) = delete;
 
     /// One more step is done.
-    void Step() { ZRProgressUpdate(++m_done, nullptr); }
+    void Step()
+    {
+        if (m_isOwn) {
+            ZRProgressUpdate(++m_done, nullptr);
+        }
+    }
 
     /// The same with a text that says which.
     void Step(const HCString& text)
     {
-        HCString copy(text);
-        ZRProgressUpdate(++m_done, &copy);
+        if (m_isOwn) {
+            HCString copy(text);
+            ZRProgressUpdate(++m_done, &copy);
+        }
     }
 
 private:
+    template <typename Total> static std::int32_t Limited(Total total)
+    {
+        constexpr auto kMost = static_cast<std::uint64_t>(std::numeric_limits<std::int32_t>::max());
+        return total <= 0 ? 0 : static_cast<std::int32_t>(std::min(static_cast<std::uint64_t>(total), kMost));
+    }
+
+    static inline std::atomic<bool> s_isOpen{false};
+
+    const bool m_isOwn; // this object has begun a run
     std::int32_t m_formerMin = ZRProgressGetRangeMin();
     std::int32_t m_formerMax = ZRProgressGetRangeMax();
     std::atomic<std::int32_t> m_done{0};

@@ -7,6 +7,10 @@ inline constexpr short ZR_MSG_WARN = 2;
 inline constexpr short ZR_MSG_ERROR = 4;
 inline constexpr short ZR_MSG_TRACE = 8;
 
+// The levels of messages, which are carried and never compared.
+inline constexpr short ZR_LEVEL_FIRST = 1;
+inline constexpr short ZR_LEVEL_LAST = 7;
+
 // Destinations, one bit each; a flag word is a sum of them.
 inline constexpr short ZR_DEST_MSGVIEW = 1; // held and answered for; the library sends nothing there
 inline constexpr short ZR_DEST_CONSOLE = 2; // standard output

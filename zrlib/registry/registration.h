@@ -53,12 +53,23 @@ private:
     template <typename Register> bool Keep(int code, Register registerObject)
     {
         m_codes.Append(code); // first, so that no object is forgotten when memory runs out
-        if (registerObject() == 0) {
-            m_codes.RemoveAt(m_codes.GetSize() - 1);
-            m_isComplete = false;
-            return false;
+        bool isRegistered = false;
+        try {
+            isRegistered = registerObject() != 0;
+        } catch (...) { // of an observer of the refusal
+            Refused();
+            throw;
         }
-        return true;
+        if (!isRegistered) {
+            Refused();
+        }
+        return isRegistered;
+    }
+
+    void Refused()
+    {
+        m_codes.RemoveAt(m_codes.GetSize() - 1);
+        m_isComplete = false;
     }
 
     int m_library;

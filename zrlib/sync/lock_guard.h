@@ -4,8 +4,6 @@
 #include "zrlib/sync/global_thread_sync.h"
 #include "zrlib/sync/thread_sync.h"
 
-#include <mutex>
-
 /// Locks when it is built and unlocks when it goes, with the reports, the count and the switches of ZRThreadSync.
 ///
 ///     const ZRLockGuard guard(m_sync, "Map::Load");
@@ -15,10 +13,10 @@
 /// where only a trail is told.
 ///
 /// Threads: a guard belongs to the thread that built it.
-class [[nodiscard]] ZRLockGuard {
+class ZRLockGuard {
 public:
     /// location: names the place in reports; may be null. trail: as for ZRThreadSync::Lock; may be null.
-    explicit ZRLockGuard(ZRThreadSync& sync, const char* location = nullptr, ZRLockTrail* trail = nullptr)
+    [[nodiscard]] explicit ZRLockGuard(ZRThreadSync& sync, const char* location = nullptr, ZRLockTrail* trail = nullptr)
         : m_sync(sync)
         , m_location(location)
         , m_trail(trail)
@@ -46,9 +44,9 @@ private:
 
 /// Holds the lock that all libraries of the process share (ZRGlobalThreadSync). Threads: a guard belongs to the thread
 /// that built it.
-class [[nodiscard]] ZRGlobalLockGuard {
+class ZRGlobalLockGuard {
 public:
-    explicit ZRGlobalLockGuard(const char* location = nullptr)
+    [[nodiscard]] explicit ZRGlobalLockGuard(const char* location = nullptr)
         : m_location(location)
         , m_isHeld(ZRGlobalThreadSync::Lock(location) != 0)
     {
@@ -69,11 +67,3 @@ private:
     const char* m_location; // not owned
     bool m_isHeld;
 };
-
-// The guards of the standard library would take the lock of the base class, without reports, count and off-switch.
-// These declarations make that an error: use ZRLockGuard.
-namespace std {
-template <> class lock_guard<ZRThreadSync>;
-template <> class unique_lock<ZRThreadSync>;
-template <> class scoped_lock<ZRThreadSync>;
-} // namespace std

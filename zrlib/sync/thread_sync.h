@@ -7,6 +7,7 @@
 #include "zrlib/sync/threading.h"
 
 #include <cstdint>
+#include <mutex>
 
 class ZRLockTrail;
 
@@ -91,6 +92,14 @@ private:
 
     static unsigned int m_main_thread; // written once while the library loads
 };
+
+// The guards of the standard library would take the lock of the base class, without reports, count and off-switch.
+// These declarations make that an error: use ZRLockGuard (lock_guard.h).
+namespace std {
+template <> class lock_guard<ZRThreadSync>;
+template <> class unique_lock<ZRThreadSync>;
+template <> class scoped_lock<ZRThreadSync>;
+} // namespace std
 
 // What Lock and Unlock do when there is nothing to report, for ZRLockGuard: without a call into this library. They give
 // false when they have done nothing. The count goes down while the lock is still held, as whoever has a guard holds it.
