@@ -29,6 +29,46 @@ struct Map {
     }
 };
 
+/// Functions whose names are hard to find.
+struct Odd {
+    using Names = std::vector<std::string>;
+    Names names;
+
+    void Add(const char* name) { names.emplace_back(name); }
+    decltype(auto) Deduced() { return Add(ZR_FUNCTION_NAME().Text()); }
+    template <typename T> auto Trailing(T value) -> decltype(value + 1)
+    {
+        Add(ZR_FUNCTION_NAME().Text());
+        return value;
+    }
+    operator const Names&() // NOLINT(google-explicit-constructor)
+    {
+        Add(ZR_FUNCTION_NAME().Text());
+        return names;
+    }
+    bool operator()(int /*value*/)
+    {
+        Add(ZR_FUNCTION_NAME().Text());
+        return names.empty();
+    }
+    Odd* operator->()
+    {
+        Add(ZR_FUNCTION_NAME().Text());
+        return this;
+    }
+    void (*Function())(int)
+    {
+        Add(ZR_FUNCTION_NAME().Text());
+        return nullptr;
+    }
+    int (Odd::*Member())(int)
+    {
+        Add(ZR_FUNCTION_NAME().Text());
+        return nullptr;
+    }
+    template <typename T> void Myoperator(T /*value*/) { Add(ZR_FUNCTION_NAME().Text()); }
+};
+
 /// Type, place, level and text of each message that it has received.
 struct Received {
     std::vector<std::string> lines;
@@ -77,6 +117,19 @@ TEST_F(Convenience, MessagesSayWhereTheyAreSentAndCostNothingWhenNobodyWantsThem
     ZRSetMessagesEnabled(0);
     ZR_OUT("%d", ++evaluations);
     EXPECT_EQ(evaluations, 1);
+
+    Odd odd;
+    odd.Deduced();
+    odd.Trailing(1);
+    odd->Function();
+    odd.Member();
+    odd.Myoperator(odd(1));
+    const Odd::Names& names = odd;
+    EXPECT_EQ(std::string(names.back(), 0, 20), "Odd::operator const ") << "and how the compiler goes on";
+    odd.names.pop_back();
+    EXPECT_EQ(odd.names,
+        (Odd::Names{"Odd::Deduced", "Odd::Trailing", "Odd::operator->", "Odd::Function", "Odd::Member",
+            "Odd::operator()", "Odd::Myoperator"}));
 }
 
 TEST_F(Convenience, GuardsPutThingsBack)
@@ -111,6 +164,9 @@ TEST_F(Convenience, GuardsPutThingsBack)
         run.Step();
         run.Step("second");
         EXPECT_EQ(ZRProgressGetPercent(), 2);
+        const ZRProgressRun inside("Reading", std::size_t{1} << 40U);
+        EXPECT_EQ(ZRProgressGetRangeMax(), 3) << "there is one run";
+        ZRProgressEnable(0);
         throw std::runtime_error("");
     } catch (const std::runtime_error&) {
         EXPECT_EQ(codes.back(), ZR_EVENT_PROGRESS_END);
@@ -128,6 +184,16 @@ TEST_F(Convenience, GuardsPutThingsBack)
         EXPECT_FALSE(roads.Add(kBridge, "Again", ZRClassID::MakeInternalID(kBridge)) || roads.IsComplete());
         const ZRRegistration refused(0x3000, "Twice");
         EXPECT_FALSE(refused.IsComplete());
+    }
+    {
+        ZRRegistration owner(0x3000, "Roads");
+        EXPECT_TRUE(owner.Add(kBridge, "Bridge"));
+        {
+            ZRRegistration other(0x4000, "Others");
+            const ZRListener thrower(
+                *ZRGetMessageHandler(), [](const ZRObservedObjectEvent&) { throw std::runtime_error(""); });
+            EXPECT_THROW(other.Add(kBridge, "Third"), std::runtime_error);
+        }
         EXPECT_EQ(ZRObjectIsKnown(kBridge), 1);
     }
     EXPECT_EQ(ZRRegisterLibrary(0x3000, "free again") + ZRObjectIsKnown(kBridge), 1);
@@ -136,6 +202,9 @@ TEST_F(Convenience, GuardsPutThingsBack)
 
 TEST_F(Convenience, StringsAndContainersLiveAmongTheStandardTypes)
 {
+    HCString assigned;
+    assigned = std::string("text");
+    EXPECT_TRUE(assigned == std::string_view("text") && std::string("other") != assigned);
     const HCString string(std::string_view("a\0b", 3));
     EXPECT_EQ(string.View().size() + string.ToString().size(), 6U);
     EXPECT_EQ(std::count(string.begin(), string.end(), 'b'), 1);

@@ -104,7 +104,7 @@ private:
         if (m_signature[place] != '(') {
             return 0;
         }
-        std::size_t end = place + 1;
+        std::size_t end = place + 1 + LengthOfUnnamed(place + 1);
         while (IsOfIdentifier(m_signature[end]) || m_signature[end] == ':') {
             ++end;
         }
