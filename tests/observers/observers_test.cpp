@@ -438,7 +438,8 @@ TEST_F(ZrTrace, EndsAsTheProgramEnds)
 #if defined(SURVEY_PROGRAM)
 TEST_F(ZrTrace, ShowsWhereTheTimeOfAProgramWent)
 {
-    const auto result = Trace({"--profile", "--progress", SURVEY_PROGRAM, "--threads", "4", SOURCE_FOLDER + std::string("/zrlib")});
+    const auto result =
+        Trace({"--profile", "--progress", SURVEY_PROGRAM, "--threads", "4", SOURCE_FOLDER + std::string("/zrlib")});
     EXPECT_NE(result.errors.find("\nread "), std::string::npos) << result.errors;
     EXPECT_EQ(
         test::Run("/usr/bin/jq", {"-e", "map(select(.name==\"count\" and .dur>0))|length>50", PathOf("trace.json")})
