@@ -11,7 +11,7 @@ namespace zr {
 template <std::size_t size> class FunctionName {
 public:
     /// name: used where the signature is not understood.
-    template <std::size_t length> constexpr FunctionName(const char (&signature)[size], const char (&name)[length])
+    constexpr FunctionName(const char (&signature)[size], const char* name)
         : m_signature(signature)
     {
         Find();
@@ -30,7 +30,7 @@ public:
             depth -= isBracket && signature[place] == '>' ? 1 : 0;
             ++place;
         }
-        for (std::size_t place = 0; used == 0 && place + 1 < length && place + 1 < size; ++place) {
+        for (std::size_t place = 0; used == 0 && name[place] != 0 && place + 1 < size; ++place) {
             m_text[place] = name[place];
         }
         m_signature = nullptr;
@@ -146,4 +146,4 @@ private:
 } // namespace zr
 
 /// The name of the function in which it stands, as a constant expression with Text().
-#define ZR_FUNCTION_NAME() ::zr::FunctionName<sizeof(__PRETTY_FUNCTION__)>(__PRETTY_FUNCTION__, __func__)
+#define ZR_FUNCTION_NAME() ::zr::FunctionName<sizeof(__PRETTY_FUNCTION__)>(__PRETTY_FUNCTION__, __builtin_FUNCTION())
