@@ -366,7 +366,7 @@ char ZRObjectRegistry::IsValidObjectCode(int code, char report)
 ZRObjectEntry* ZRObjectRegistry::GetObjectEntry(int code, char report) const
 {
     const bool isShort = (code & ZRObjectEntry::BASEMASK) == 0;
-    if (code == ALL_PASS || (!isShort && IsValidObjectCode(code, report) == 0)) {
+    if (isShort ? code == ALL_PASS : IsValidObjectCode(code, report) == 0) [[unlikely]] {
         return nullptr;
     }
     const Index* const index = m_pIndex.load(std::memory_order_acquire);
