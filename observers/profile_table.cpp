@@ -78,13 +78,13 @@ public:
     /// The locations, that with most time of its own first.
     ::Rows GetRows() const
     {
+        const Data data = Copy();
         std::map<std::string, Row> rows;
-        const std::lock_guard guard(m_lock);
-        for (const auto& [stack, node] : Nodes()) {
+        for (const auto& [stack, node] : data.nodes) {
             Row& row = rows[stack.substr(stack.rfind(kSeparator) + 1)];
             row.calls += node.calls;
             row.total += node.total;
-            row.self += SelfOf(stack, node);
+            row.self += data.SelfOf(stack, node);
             row.shortest = std::min(row.shortest, node.shortest);
             row.longest = std::max(row.longest, node.longest);
         }
@@ -96,10 +96,10 @@ public:
 
     std::string Stacks() const
     {
+        const Data data = Copy();
         std::string text;
-        const std::lock_guard guard(m_lock);
-        for (const auto& [stack, node] : Nodes()) {
-            const auto microseconds = std::llround(SelfOf(stack, node) * 1e6);
+        for (const auto& [stack, node] : std::map<std::string, Row>(data.nodes.begin(), data.nodes.end())) {
+            const auto microseconds = std::llround(data.SelfOf(stack, node) * 1e6);
             if (microseconds > 0) {
                 text += stack + " " + std::to_string(microseconds) + "\n";
             }
@@ -114,6 +114,14 @@ private:
     struct Data {
         std::unordered_map<std::string, Row> nodes; // by stack; self stays 0
         std::unordered_map<std::string, double> inner; // seconds of the timers right inside a stack
+
+        /// What is left of the time of a location when that of the timers right inside it is taken away. A timer that
+        /// still runs has none yet.
+        double SelfOf(const std::string& stack, const Row& node) const
+        {
+            const auto found = inner.find(stack);
+            return std::max(0.0, node.total - (found != inner.end() ? found->second : 0));
+        }
     };
 
     /// Where the runs that end in this location are counted: by the locations of all timers around it.
@@ -176,20 +184,11 @@ private:
         }
     }
 
-    /// What is left of the time of a location when that of the timers right inside it is taken away. A timer that still
-    /// runs has none yet.
-    double SelfOf(const std::string& stack, const Row& node) const
+    /// What there is; nothing in a forked child that has measured nothing. What is made of it needs no lock.
+    Data Copy() const
     {
-        const auto inner = m_data->inner.find(stack);
-        return std::max(0.0, node.total - (inner != m_data->inner.end() ? inner->second : 0));
-    }
-
-    /// By stack; empty in a forked child that has measured nothing.
-    std::map<std::string, Row> Nodes() const
-    {
-        return m_forkGeneration == zrobservers::ForkGeneration()
-            ? std::map<std::string, Row>(m_data->nodes.begin(), m_data->nodes.end())
-            : std::map<std::string, Row>();
+        const std::lock_guard guard(m_lock);
+        return m_forkGeneration == zrobservers::ForkGeneration() ? *m_data : Data();
     }
 
     mutable HCThreadSync m_lock; // one that works in a forked child
