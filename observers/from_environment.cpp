@@ -93,7 +93,7 @@ bool EndsWith(std::string_view text, std::string_view end)
 /// - summary=FILE: for zrtrace, what was written and where most of the time went. Where there is no such file there is
 ///   nobody who waits for it.
 ///
-/// Of words with the same key the first counts.
+/// Of words with the same key, but for filters, the first counts.
 struct ZRObserversOfEnvironment {
     explicit ZRObserversOfEnvironment(std::string_view words)
     {
@@ -134,7 +134,7 @@ private:
     bool Attach(std::string_view key, const std::string& value)
     {
         const HCString path(value);
-        const bool isKnown = std::find(m_keys.begin(), m_keys.end(), key) != m_keys.end();
+        const bool isKnown = key != "filter" && std::find(m_keys.begin(), m_keys.end(), key) != m_keys.end();
         m_keys.emplace_back(key);
         if (isKnown) {
             return true;
