@@ -23,34 +23,15 @@
 /// process, as at every event that is sent by its destructor.
 ///
 /// Threads: any; steps may come from several.
-class ZRProgressRun {
+class ZR_API ZRProgressRun {
 public:
     /// total: number of steps, the end of the range that begins at 0; any integer, at most 2,147,483,647 counts.
     template <typename Total = std::int32_t, typename = std::enable_if_t<std::is_integral_v<Total>>>
     [[nodiscard]] explicit ZRProgressRun(const HCString& title, Total total = 100)
-        : m_isOwn(ZRProgressEnabled() != 0 && !s_isOpen.exchange(true))
     {
-        if (m_isOwn) {
-            try {
-                ZRProgressStart(title);
-                ZRProgressSetRange(0, Limited(total));
-            } catch (...) { // no memory
-                s_isOpen = false;
-                throw;
-            }
-        }
+        Begin(title, Limited(total));
     }
-    ~ZRProgressRun()
-    {
-        if (m_isOwn) {
-            const bool isOff = ZRProgressEnabled() == 0;
-            ZRProgressEnable(1);
-            ZRProgressSetRange(m_formerMin, m_formerMax);
-            ZRProgressEnd();
-            ZRProgressEnable(isOff ? 0 : 1);
-            s_isOpen = false;
-        }
-    }
+    ~ZRProgressRun();
     ZRProgressRun(const ZRProgressRun&) = delete;
     ZRProgressRun& operator=(const ZRProgressRun&) = delete;
 
@@ -78,10 +59,11 @@ private:
         return total <= 0 ? 0 : static_cast<std::int32_t>(std::min(static_cast<std::uint64_t>(total), kMost));
     }
 
-    static inline std::atomic<bool> s_isOpen{false};
+    void Begin(const HCString& title, std::int32_t total);
+    void End() const;
 
-    const bool m_isOwn; // this object has begun a run
-    std::int32_t m_formerMin = ZRProgressGetRangeMin();
-    std::int32_t m_formerMax = ZRProgressGetRangeMax();
+    bool m_isOwn = false; // this object has begun a run
+    std::int32_t m_formerMin = 0;
+    std::int32_t m_formerMax = 0;
     std::atomic<std::int32_t> m_done{0};
 };
