@@ -97,7 +97,7 @@ private:
     /// The lowest bit of the high word is set in full codes, which come first, and clear in short ones.
     static unsigned int PositionOf(int code)
     {
-        return static_cast<unsigned int>(code & (kPositions - 1)) ^ (kPositions / 2);
+        return (static_cast<unsigned int>(code) % kPositions) ^ (kPositions / 2U);
     }
     /// Place of the pointer or slot for a position at a level: 0 for the leaves.
     static std::size_t DigitOf(unsigned int position, unsigned int level)
