@@ -9,8 +9,8 @@
 /// a variable set to nothing counts as not set. In a program with the set-user-ID or set-group-ID bit, or file
 /// capabilities, the environment does not count. A relative directory is relative to the current one of the process.
 /// When nobody knows a home, which is told on standard error once, and for any other name the text is empty. The
-/// environment is asked afresh each time, the account database once for each user ID. Threads: any, while none changes
-/// the environment.
+/// environment is asked afresh each time, the account database seldom, as its last answer is kept. Threads: any, while
+/// none changes the environment.
 [[nodiscard]] HC_API HCString HFTranslateName(const HCString& name);
 
 /// Joins directory, name and extension to a path, with just one separator between directory and name, however many they

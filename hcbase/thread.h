@@ -34,7 +34,8 @@ public:
     [[noreturn]] static void ExitThread(unsigned int code);
 
     /// ID of the calling thread: the same for its whole life and never 0. No two threads that run at the same time have
-    /// the same one, unless 4,294,967,295 others have asked for theirs in between. A thread that forks keeps its ID in
+    /// the same one, unless 2,147,483,647 others have asked for theirs in between. On Windows each fiber
+    /// has an ID of its own. A thread that forks keeps its ID in
     /// the child. Cheap to ask for.
     static unsigned int GetCurrentThreadId() noexcept;
 

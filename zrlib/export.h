@@ -1,4 +1,4 @@
-/// Export mark of the library.
+/// Export marks of the library.
 #pragma once
 
 #if defined(_WIN32)
@@ -9,4 +9,11 @@
 #endif
 #else
 #define ZR_API __attribute__((visibility("default")))
+#endif
+
+// For members of an exported class that only the library calls.
+#if defined(_WIN32)
+#define ZR_NOT_SHARED
+#else
+#define ZR_NOT_SHARED __attribute__((visibility("hidden")))
 #endif

@@ -1,5 +1,6 @@
 #include "hcbase/system/files.h"
 
+#include "hcbase/records.h"
 #include "hcbase/system/keep_errno.h"
 
 #include <algorithm>
@@ -72,24 +73,38 @@ int OpenPath(const char* path, int flags)
                                                   : descriptor;
 }
 
-/// The same with a descriptor behind the three standard ones. Those that are closed are filled meanwhile, with
-/// something that can be neither read nor written.
-int Open(const char* path, int flags)
+/// Takes the place of a standard descriptor that is closed, as something that can be neither read nor written. The
+/// program may put a file of its own into the place meanwhile, which then stays.
+class Filler {
+public:
+    Filler() = default;
+    ~Filler()
+    {
+        if (m_descriptor >= 0 && (fcntl(m_descriptor, F_GETFL) & O_PATH) != 0) {
+            close(m_descriptor);
+        }
+    }
+    Filler(const Filler&) = delete;
+    Filler& operator=(const Filler&) = delete;
+
+    void Fill() { m_descriptor = open("/", O_PATH | O_CLOEXEC); }
+
+private:
+    int m_descriptor = -1;
+};
+
+/// Opens a file while the standard descriptors that are closed are filled. By one thread at a time, so that none takes
+/// the fillers of another for open descriptors.
+int OpenBehindFillers(const char* path, int flags)
 {
     constexpr auto kRelaxed = std::memory_order_relaxed;
-    if (!g_aStandardOneMayBeClosed.load(kRelaxed)) {
-        const int descriptor = OpenPath(path, flags);
-        if (descriptor < 0 || descriptor >= kFirstOwn) {
-            return descriptor;
-        }
-        close(descriptor);
-    }
-    std::array<Descriptor, kFirstOwn> fillers;
+    const LockGuard guard(g_recordsLock); // which fork waits for
+    std::array<Filler, kFirstOwn> fillers;
     bool isClosed = false;
     for (int standard = 0; standard < kFirstOwn; ++standard) {
         if (fcntl(standard, F_GETFD) < 0) {
             isClosed = true;
-            fillers[static_cast<std::size_t>(standard)].Reset(open("/", O_PATH | O_CLOEXEC));
+            fillers[static_cast<std::size_t>(standard)].Fill();
         }
     }
     g_aStandardOneMayBeClosed.store(isClosed, kRelaxed);
@@ -97,9 +112,22 @@ int Open(const char* path, int flags)
     if (descriptor < 0 || descriptor >= kFirstOwn) {
         return descriptor;
     }
-    const Descriptor standard(descriptor); // another thread has taken its filler away meanwhile
+    const Descriptor standard(descriptor); // the program has closed one meanwhile
     g_aStandardOneMayBeClosed.store(true, kRelaxed);
     return fcntl(descriptor, F_DUPFD_CLOEXEC, kFirstOwn);
+}
+
+/// As OpenPath, with a descriptor behind the three standard ones.
+int Open(const char* path, int flags)
+{
+    if (!g_aStandardOneMayBeClosed.load(std::memory_order_relaxed)) {
+        const int descriptor = OpenPath(path, flags);
+        if (descriptor < 0 || descriptor >= kFirstOwn) {
+            return descriptor;
+        }
+        close(descriptor);
+    }
+    return OpenBehindFillers(path, flags);
 }
 
 /// Opens the folder of a path that is longer than the system takes in one piece, piece by piece.

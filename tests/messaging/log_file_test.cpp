@@ -195,11 +195,17 @@ TEST_F(LogFile, DoesNotTakeThePlaceOfStandardOutput)
             syscall(SYS_write, STDOUT_FILENO, "foreign", 7); // the sanitiser calls write itself a race with open
         }
     });
+    std::thread reader([&isOver] { // of the preferences, which opens files too
+        while (!isOver) {
+            const ZRMode mode;
+        }
+    });
     for (int line = 0; line < 999; ++line) {
         ZROut("ours", nullptr, 1);
     }
     isOver = true;
     foreign.join();
+    reader.join();
     dup2(output, STDOUT_FILENO);
     close(output);
     EXPECT_EQ(m_home.Log().size(), 1000 * std::string("OUT - ours\n").size());

@@ -151,11 +151,11 @@ private:
 
     struct MessageType;
 
-    HC_NOT_SHARED static const MessageType* FindType(short type);
-    HC_NOT_SHARED static bool HasLine(short type);
-    HC_NOT_SHARED bool IsObserved() const;
+    ZR_NOT_SHARED static const MessageType* FindType(short type);
+    ZR_NOT_SHARED static bool HasLine(short type);
+    ZR_NOT_SHARED bool IsObserved() const;
     template <typename Then> void Pass(const HCString& text, short type, Then then);
-    HC_NOT_SHARED void Deliver(const HCString& text, const MessageType& type);
+    ZR_NOT_SHARED void Deliver(const HCString& text, const MessageType& type);
 
     ZRThreadSync m_sync; // taken as an HCThreadSync, so that no switch has any influence on it
 };

@@ -29,8 +29,8 @@
 /// Angles: mode is not 0 for radians, 0 for degrees. The constants of this class are not the nearest doubles to what
 /// they are named for; results are promised with just these.
 ///
-/// Truth values are 1 and 0. Threads: any; but there is one last error for the process, which threads clear for each
-/// other.
+/// Truth values are 1 and 0. errno is set as the standard library's functions set it. Threads: any; but there is one
+/// last error for the process, which threads clear for each other.
 class ZR_API ZRMath {
 public:
     ZRMath() = default;
