@@ -167,6 +167,7 @@ std::string_view NameOf(toml::node_type type)
 struct PreferenceFile::Entries {
     HCString path;
     toml::table root;
+    bool isParsed = false;
 
     std::string PlaceAt(std::int64_t line) const { return std::string(path) + ":" + std::to_string(line); }
 
@@ -176,6 +177,20 @@ struct PreferenceFile::Entries {
         std::string reason(key);
         reason.append(" is ").append(NameOf(node.type())).append(" where ").append(wanted).append(" belongs");
         Complain(PlaceAt(node.source().begin.line), reason);
+    }
+
+    /// Appends what is in a table to the keys; `prefix` is the name of the table.
+    static void AddKeys(const toml::table& table, const std::string& prefix, std::vector<HCPreferenceKey>& keys)
+    {
+        for (const auto& [name, node] : table) {
+            const std::string path = prefix + "/" + std::string(name.str());
+            if (const toml::table* const inner = node.as_table(); inner != nullptr) {
+                AddKeys(*inner, path, keys); // not deeper than EndOfShallow lets through
+            } else {
+                const auto line = static_cast<int>(node.source().begin.line);
+                keys.push_back({HCString(path), line, static_cast<char>(node.is_boolean() ? 1 : 0)});
+            }
+        }
     }
 
     const toml::node* Find(std::string_view key) const
@@ -217,6 +232,21 @@ char PreferenceFile::GetBoolean(std::string_view key, char defaultValue) const
     return value->get() ? 1 : 0;
 }
 
+bool PreferenceFile::IsParsed() const { return m_entries->isParsed; }
+
+HCArray<HCPreferenceKey> PreferenceFile::GetKeys() const
+{
+    std::vector<HCPreferenceKey> keys;
+    Entries::AddKeys(m_entries->root, "", keys);
+    std::stable_sort(
+        keys.begin(), keys.end(), [](const auto& first, const auto& second) { return first.line < second.line; });
+    HCArray<HCPreferenceKey> result;
+    for (const HCPreferenceKey& key : keys) {
+        result.Append(key);
+    }
+    return result;
+}
+
 std::unique_ptr<const PreferenceFile::Entries> PreferenceFile::Parse(const HCString& path, std::string_view content)
 {
     auto entries = std::make_unique<Entries>();
@@ -235,6 +265,7 @@ std::unique_ptr<const PreferenceFile::Entries> PreferenceFile::Parse(const HCStr
     }
     try {
         entries->root = toml::parse(content);
+        entries->isParsed = true;
     } catch (const toml::parse_error& error) {
         Complain(entries->PlaceAt(error.source().begin.line), error.description());
     }

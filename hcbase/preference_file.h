@@ -1,6 +1,7 @@
 /// PreferenceFile: what a preference file says. Not exported.
 #pragma once
 
+#include "hcbase/preference_system.h"
 #include "hcbase/string.h"
 
 #include <memory>
@@ -19,6 +20,12 @@ public:
 
     /// As HCPreferenceSystem::GetBooleanValue. Throws std::bad_alloc.
     char GetBoolean(std::string_view key, char defaultValue) const;
+
+    /// Whether the file could be parsed.
+    bool IsParsed() const;
+
+    /// As HCPreferenceSystem::GetKeys. Throws std::bad_alloc.
+    HCArray<HCPreferenceKey> GetKeys() const;
 
 private:
     struct Entries;

@@ -30,11 +30,12 @@ HCString PathOfPreferences()
 } // namespace
 
 struct HCPreferenceSystem::Store {
+    const HCString path = PathOfPreferences();
     std::optional<PreferenceFile> file; // nothing when there is none that can be read
+    bool isReadable = true;
 
     Store()
     {
-        const HCString path = PathOfPreferences();
         std::string content;
         switch (system::ReadFile(path, kLargestFile, content)) {
         case system::Reading::kDone:
@@ -43,6 +44,7 @@ struct HCPreferenceSystem::Store {
         case system::Reading::kMissing:
             break;
         case system::Reading::kFailed:
+            isReadable = false;
             Complain(std::string(path), "cannot be read: " + content);
             break;
         }
@@ -56,18 +58,38 @@ HCPreferenceSystem::HCPreferenceSystem() noexcept
 
 HCPreferenceSystem::~HCPreferenceSystem() { delete m_store; }
 
+HCPreferenceSystem::Store& HCPreferenceSystem::GetStore()
+{
+    if (m_store == nullptr) {
+        m_store = new Store;
+    }
+    return *m_store;
+}
+
 char HCPreferenceSystem::GetBooleanValue(const char* key, char defaultValue)
 {
     if (key == nullptr) {
         return defaultValue;
     }
     try {
-        if (m_store == nullptr) {
-            m_store = new Store;
-        }
-        return m_store->file ? m_store->file->GetBoolean(key, defaultValue) : defaultValue;
+        const Store& store = GetStore();
+        return store.file ? store.file->GetBoolean(key, defaultValue) : defaultValue;
     } catch (const std::bad_alloc&) {
         system::WriteErrorLine("hcbase: no memory for the preferences");
         return defaultValue;
     }
+}
+
+HCString HCPreferenceSystem::GetPath() const { return m_store != nullptr ? m_store->path : PathOfPreferences(); }
+
+char HCPreferenceSystem::IsSound()
+{
+    const Store& store = GetStore();
+    return store.isReadable && (!store.file || store.file->IsParsed()) ? 1 : 0;
+}
+
+HCArray<HCPreferenceKey> HCPreferenceSystem::GetKeys()
+{
+    const Store& store = GetStore();
+    return store.file ? store.file->GetKeys() : HCArray<HCPreferenceKey>();
 }

@@ -1,7 +1,16 @@
 /// HCPreferenceSystem: the preference store.
 #pragma once
 
+#include "hcbase/array.h"
 #include "hcbase/export.h"
+#include "hcbase/string.h"
+
+/// A value in the preference file.
+struct HCPreferenceKey {
+    HCString name; // as for GetBooleanValue: "/Libraries/zrlib/Threading"
+    int line = 0; // counted from 1
+    char isBoolean = 0; // whether the value is true or false
+};
 
 /// Access to the preferences of the account, one TOML file: the path in the environment variable HCBASE_PREFERENCES;
 /// else `hcbase/preferences.toml` under $XDG_CONFIG_HOME, else under ~/.config; on Windows under %APPDATA%. In a
@@ -28,8 +37,19 @@ public:
     /// exist, nor can an entry be reached that has a slash in its name.
     [[nodiscard]] char GetBooleanValue(const char* key, char defaultValue);
 
+    /// Path of the file that counts, whether or not it exists. Empty when nobody knows a home.
+    [[nodiscard]] HCString GetPath() const;
+
+    /// 0 when there is a file that cannot be read or parsed, else 1.
+    [[nodiscard]] char IsSound();
+
+    /// All values of the file, in its order. Throws std::bad_alloc.
+    [[nodiscard]] HCArray<HCPreferenceKey> GetKeys();
+
 private:
     struct Store;
+
+    Store& GetStore();
 
     Store* m_store; // owned; null until the first question
 };

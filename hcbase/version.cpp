@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -19,6 +20,9 @@ struct Record {
 using Versions = std::vector<Record>; // a process has a handful of them
 
 constinit Versions* g_versions HC_PT_GUARDED_BY(g_recordsLock) = nullptr; // made with the first record
+
+/// Of this library.
+HCVersion OwnVersion() { return {HCBASE_VERSION, __DATE__, __TIME__}; }
 
 /// The record of a name; null when there is none.
 Record* FindRecord(const char* name) HC_REQUIRES(g_recordsLock)
@@ -70,10 +74,11 @@ char HFVersionGet(const char* name, HCVersion& version)
     try {
         const hcbase::LockGuard guard(hcbase::g_recordsLock);
         const hcbase::Record* const record = hcbase::FindRecord(name);
-        if (record == nullptr) {
+        const bool isOwn = record == nullptr && std::string_view(name) == "HCBASE";
+        if (record == nullptr && !isOwn) {
             return 0;
         }
-        HCVersion copy = record->version;
+        HCVersion copy = isOwn ? hcbase::OwnVersion() : record->version;
         version = std::move(copy);
         return 1;
     } catch (const std::exception&) {

@@ -19,7 +19,7 @@ extern "C" {
 /// as empty. Gives 1, or 0 for a null name, when there is no memory, or when the library is being unloaded.
 HC_API char HFVersionLoad(const char* name, int major, int minor, int revision, const char* date, const char* time);
 
-/// Copies the record of `name` into `version` and gives 1. Without one, and when there is no memory for the copy, gives
-/// 0 and leaves `version` as it is.
+/// Copies the record of `name` into `version` and gives 1. "HCBASE" is the foundation itself. Without one, and when
+/// there is no memory for the copy, gives 0 and leaves `version` as it is.
 HC_API char HFVersionGet(const char* name, HCVersion& version);
 }

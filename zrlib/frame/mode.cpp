@@ -3,6 +3,8 @@
 #include "hcbase/preference_system.h"
 #include "hcbase/thread.h"
 
+#include <iterator>
+
 namespace {
 
 constexpr auto kRelaxed = std::memory_order_relaxed;
@@ -27,40 +29,42 @@ constinit std::atomic<char> ZRMode::m_bSendToDebugger{0};
 constinit std::atomic<char> ZRMode::m_bSendToFile{0};
 constinit std::atomic<ZRThreadSync*> ZRMode::m_pSync{nullptr};
 
+struct ZRMode::Switch {
+    enum class Rule { kAlways, kOnlyWithThreading };
+
+    std::atomic<char>& value;
+    const char* key;
+    char defaultValue;
+    Rule rule;
+};
+
+// In the order in which they are read: the two that depend on threading come after it.
+constinit const ZRMode::Switch ZRMode::kSwitches[16] = {
+    {m_bThreading, "/Libraries/zrlib/Threading", 0, Switch::Rule::kAlways},
+    {m_bCacheQueueing, "/Libraries/zrlib/CacheQueueing", 1, Switch::Rule::kOnlyWithThreading},
+    {m_bThreadBasedCache, "/Libraries/zrlib/ThreadBasedCache", 1, Switch::Rule::kOnlyWithThreading},
+    {m_bCache, "/Libraries/zrlib/Cache", 1, Switch::Rule::kAlways},
+    {m_bForceRunInSingleThread, "/Libraries/zrlib/ForceRunInSingleThread", 0, Switch::Rule::kAlways},
+    {m_bTTStreaming, "/Libraries/zrlib/TTStreaming", 0, Switch::Rule::kAlways},
+    {m_bThreadingChannelLocking, "/Libraries/zrlib/ThreadingChannelLocking", 0, Switch::Rule::kAlways},
+    {m_bForceMainThreadToUseStreamBasedCache, "/Libraries/zrlib/ForceMainThreadToUseStreamBasedCache", 1,
+        Switch::Rule::kAlways},
+    {m_bOutEnabled, "/Libraries/zrlib/OutEnabled", 0, Switch::Rule::kAlways},
+    {m_bWarnEnabled, "/Libraries/zrlib/WarnEnabled", 0, Switch::Rule::kAlways},
+    {m_bErrorEnabled, "/Libraries/zrlib/ErrorEnabled", 0, Switch::Rule::kAlways},
+    {m_bTraceEnabled, "/Libraries/zrlib/TraceEnabled", 0, Switch::Rule::kAlways},
+    {m_bSendToMsgView, "/Libraries/zrlib/SendToMsgView", 0, Switch::Rule::kAlways},
+    {m_bSendToConsole, "/Libraries/zrlib/SendToConsole", 0, Switch::Rule::kAlways},
+    {m_bSendToDebugger, "/Libraries/zrlib/SendToDebugger", 0, Switch::Rule::kAlways},
+    {m_bSendToFile, "/Libraries/zrlib/SendToFile", 0, Switch::Rule::kAlways},
+};
+
 ZRMode::ZRMode()
 {
-    enum class Rule { kAlways, kOnlyWithThreading };
-    struct Switch {
-        std::atomic<char>& value;
-        const char* key;
-        char defaultValue;
-        Rule rule;
-    };
-    // In the order in which they are read: the two that depend on threading come after it.
-    static constexpr Switch kSwitches[] = {
-        {m_bThreading, "/Libraries/zrlib/Threading", 0, Rule::kAlways},
-        {m_bCacheQueueing, "/Libraries/zrlib/CacheQueueing", 1, Rule::kOnlyWithThreading},
-        {m_bThreadBasedCache, "/Libraries/zrlib/ThreadBasedCache", 1, Rule::kOnlyWithThreading},
-        {m_bCache, "/Libraries/zrlib/Cache", 1, Rule::kAlways},
-        {m_bForceRunInSingleThread, "/Libraries/zrlib/ForceRunInSingleThread", 0, Rule::kAlways},
-        {m_bTTStreaming, "/Libraries/zrlib/TTStreaming", 0, Rule::kAlways},
-        {m_bThreadingChannelLocking, "/Libraries/zrlib/ThreadingChannelLocking", 0, Rule::kAlways},
-        {m_bForceMainThreadToUseStreamBasedCache, "/Libraries/zrlib/ForceMainThreadToUseStreamBasedCache", 1,
-            Rule::kAlways},
-        {m_bOutEnabled, "/Libraries/zrlib/OutEnabled", 0, Rule::kAlways},
-        {m_bWarnEnabled, "/Libraries/zrlib/WarnEnabled", 0, Rule::kAlways},
-        {m_bErrorEnabled, "/Libraries/zrlib/ErrorEnabled", 0, Rule::kAlways},
-        {m_bTraceEnabled, "/Libraries/zrlib/TraceEnabled", 0, Rule::kAlways},
-        {m_bSendToMsgView, "/Libraries/zrlib/SendToMsgView", 0, Rule::kAlways},
-        {m_bSendToConsole, "/Libraries/zrlib/SendToConsole", 0, Rule::kAlways},
-        {m_bSendToDebugger, "/Libraries/zrlib/SendToDebugger", 0, Rule::kAlways},
-        {m_bSendToFile, "/Libraries/zrlib/SendToFile", 0, Rule::kAlways},
-    };
-
     HCPreferenceSystem preferences;
     m_pSync.store(nullptr, kRelaxed);
     for (const Switch& row : kSwitches) {
-        const bool isRead = row.rule == Rule::kAlways || IsThreading() != 0;
+        const bool isRead = row.rule == Switch::Rule::kAlways || IsThreading() != 0;
         row.value.store(isRead ? preferences.GetBooleanValue(row.key, row.defaultValue) : char{0}, kRelaxed);
     }
 }
@@ -106,6 +110,18 @@ void ZRMode::SetThreadingChannelLocking(char threadingChannelLocking)
 void ZRMode::SetForceMainThreadToUseStreamBasedCache(char forceMainThreadToUseStreamBasedCache)
 {
     m_bForceMainThreadToUseStreamBasedCache.store(forceMainThreadToUseStreamBasedCache, kRelaxed);
+}
+
+int ZRMode::GetSwitchCount() noexcept { return static_cast<int>(std::size(kSwitches)); }
+
+const char* ZRMode::GetSwitchKey(int index) noexcept
+{
+    return index >= 0 && index < GetSwitchCount() ? kSwitches[index].key : nullptr;
+}
+
+char ZRMode::GetSwitch(int index) noexcept
+{
+    return index >= 0 && index < GetSwitchCount() ? kSwitches[index].value.load(kRelaxed) : char{0};
 }
 
 char ZRMode::IsMainThread() { return HCThread::AreSameThread(HCThread::GetCurrentThreadId(), m_main_thread); }

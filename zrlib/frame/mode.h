@@ -60,6 +60,14 @@ public:
     static void SetThreadingChannelLocking(char threadingChannelLocking);
     static void SetForceMainThreadToUseStreamBasedCache(char forceMainThreadToUseStreamBasedCache);
 
+    // The switches by number, from 0 to GetSwitchCount() - 1, in the order in which they are read. An index out of
+    // range gives null and 0.
+    [[nodiscard]] static int GetSwitchCount() noexcept;
+
+    /// The key in the preference store: "/Libraries/zrlib/Threading".
+    [[nodiscard]] static const char* GetSwitchKey(int index) noexcept;
+    [[nodiscard]] static char GetSwitch(int index) noexcept;
+
     /// 1 on the thread that loaded the library, whichever thread of the process that was; 0 on every other.
     [[nodiscard]] static char IsMainThread();
 
@@ -90,4 +98,9 @@ protected:
 
     static std::atomic<ZRThreadSync*> m_pSync; // always null
     static unsigned int m_main_thread; // ID of the loading thread; written once while the library loads
+
+private:
+    struct Switch;
+
+    ZR_NOT_SHARED static const Switch kSwitches[16];
 };
