@@ -114,6 +114,18 @@ bool ZRFilter::Takes(const ZRMsg& message) const noexcept
         && message.GetLevel() <= m_mostLevel && TakesPlace(message.GetLocation());
 }
 
+bool ZRFilter::Takes(const ZRObservedObjectEvent& event) const
+{
+    switch (event.GetCode()) {
+    case ZR_EVENT_MESSAGE:
+        return Takes(event.GetMsg());
+    case ZR_EVENT_PROFILER_STATE:
+        return TakesPlace(event.GetProfilerState().GetLocation());
+    default:
+        return true;
+    }
+}
+
 bool ZRFilter::FitsPlace(const char* place) const noexcept
 {
     const auto fits = [place](const HCString& pattern) { return Fits(place, pattern); };

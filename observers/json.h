@@ -86,7 +86,7 @@ public:
     }
     template <std::size_t length> JsonObject& Add(const char (&name)[length], const HCString& text)
     {
-        return Add(name, text.View());
+        return Add(name, std::string_view(static_cast<const char*>(text))); // up to the first zero byte
     }
 
     /// A text of plain characters.

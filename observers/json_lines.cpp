@@ -1,40 +1,32 @@
 #include "zrobservers/json_lines.h"
 
+#include "event_buffer.h"
 #include "hcbase/text_io.h"
 #include "json.h"
 #include "message_types.h"
 #include "quietly.h"
 #include "switch_guards.h"
 #include "system.h"
+#include "time_stamp.h"
 
 #include <atomic>
 #include <chrono>
-#include <cstdio>
 #include <mutex>
 #include <optional>
 
 namespace {
 
-/// In RFC 3339, to the microsecond.
-class TimeStamp {
-public:
-    explicit TimeStamp(std::chrono::system_clock::time_point time)
-    {
-        using namespace std::chrono;
-        const auto day = floor<days>(time);
-        const year_month_day date(day);
-        const auto inDay = duration_cast<microseconds>(time - day).count();
-        constexpr std::int64_t kSecond = 1'000'000;
-        const auto second = static_cast<int>(inDay / kSecond);
-        std::snprintf(m_text, sizeof(m_text), "%04d-%02u-%02uT%02d:%02d:%02d.%06dZ", static_cast<int>(date.year()),
-            static_cast<unsigned int>(date.month()), static_cast<unsigned int>(date.day()), second / 3600,
-            second / 60 % 60, second % 60, static_cast<int>(inDay % kSecond));
-    }
-    operator const char*() const { return m_text; }
+using Clock = std::chrono::system_clock;
 
-private:
-    char m_text[64];
-};
+/// Where and when an event was sent, whichever thread handles it.
+ZREventOrigin OriginOf()
+{
+    if (const ZREventOrigin* const origin = ZREventQueue::GetOrigin(); origin != nullptr) {
+        return *origin;
+    }
+    const ZRProfilerRun* const run = ZRProfiler::GetEnding();
+    return {Clock::now(), zrobservers::ThreadId(), run != nullptr ? *run : ZRProfilerRun{}};
+}
 
 } // namespace
 
@@ -45,9 +37,7 @@ public:
         , m_filter(filter)
     {
         using zrobservers::Quietly;
-        if (HCTextIo file(m_path); !Open(file)) {
-            Fail();
-        }
+        TryFile();
         if ((what & kMessages) != 0) {
             m_messages = ZRListener(*ZRGetMessageHandler(), Quietly(*this, &Lines::OnMessage));
         }
@@ -60,10 +50,32 @@ public:
         }
     }
 
+    Lines(ZRObservedObject& subject, const HCString& path, const ZRFilter& filter)
+        : m_path(path)
+        , m_filter(filter)
+    {
+        TryFile();
+        m_messages = ZRListener(subject, zrobservers::Quietly(*this, &Lines::OnAny));
+    }
+
     bool IsSound() const { return m_isSound.load(std::memory_order_relaxed); }
 
 private:
     using Object = zrobservers::JsonObject;
+
+    void TryFile()
+    {
+        if (HCTextIo file(m_path); !Open(file)) {
+            Fail();
+        }
+    }
+
+    void OnAny(const ZRObservedObjectEvent& event)
+    {
+        OnMessage(event);
+        OnTimer(event);
+        OnProgress(event);
+    }
 
     void OnMessage(const ZRObservedObjectEvent& event)
     {
@@ -84,18 +96,17 @@ private:
 
     void OnTimer(const ZRObservedObjectEvent& event)
     {
-        const ZRProfilerRun* const run = ZRProfiler::GetEnding();
-        if (event.GetCode() != ZR_EVENT_PROFILER_STATE || run == nullptr) {
-            return; // also a state that a client has sent itself
-        }
-        const ZRProfilerState& state = event.GetProfilerState();
-        if (!m_filter.TakesPlace(state.GetLocation())) {
+        if (event.GetCode() != ZR_EVENT_PROFILER_STATE) {
             return;
         }
-        const double seconds = static_cast<double>(run->length) / static_cast<double>(run->ticksPerSecond);
-        const auto length =
-            std::chrono::duration_cast<std::chrono::system_clock::duration>(std::chrono::duration<double>(seconds));
-        const TimeStamp start(std::chrono::system_clock::now() - length);
+        const ZREventOrigin origin = OriginOf();
+        const ZRProfilerState& state = event.GetProfilerState();
+        if (origin.run.ticksPerSecond == 0 || !m_filter.TakesPlace(state.GetLocation())) {
+            return; // a state that a client has sent itself
+        }
+        const double seconds = static_cast<double>(origin.run.length) / static_cast<double>(origin.run.ticksPerSecond);
+        const auto length = std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
+        const zrobservers::TimeStamp start(origin.time - length);
         Write(
             "timer",
             [&](Object& object) {
@@ -144,9 +155,10 @@ private:
             m_buffer.Clear();
             {
                 Object object(m_writer, m_buffer, "");
-                object.AddPlain("time", TimeStamp(std::chrono::system_clock::now())).AddPlain("event", event);
+                const ZREventOrigin origin = OriginOf();
+                object.AddPlain("time", zrobservers::TimeStamp(origin.time)).AddPlain("event", event);
                 fill(object);
-                object.Add("thread", static_cast<std::int64_t>(zrobservers::ThreadId()));
+                object.Add("thread", static_cast<std::int64_t>(origin.thread));
                 object.Add("process", static_cast<std::int64_t>(zrobservers::ProcessId()));
                 fillLast(object);
             }
@@ -183,7 +195,7 @@ private:
         if (!m_isTold.exchange(true)) {
             HCString text;
             text.Format("%s: a line cannot be written", static_cast<const char*>(m_path));
-            ZRErrorSet(1, text, "ZRJsonLines", 0, 1);
+            zrobservers::Tell(text, "ZRJsonLines");
         }
     }
 
@@ -208,6 +220,11 @@ private:
 
 ZRJsonLines::ZRJsonLines(const HCString& path, int what, const ZRFilter& filter)
     : m_lines(std::make_unique<Lines>(path, what, filter))
+{
+}
+
+ZRJsonLines::ZRJsonLines(ZRObservedObject& subject, const HCString& path, const ZRFilter& filter)
+    : m_lines(std::make_unique<Lines>(subject, path, filter))
 {
 }
 

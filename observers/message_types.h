@@ -1,7 +1,10 @@
-/// Names of message types.
+/// How messages are shown.
 #pragma once
 
+#include "hcbase/string.h"
 #include "zrlib/records/message_types.h"
+
+#include <string_view>
 
 namespace zrobservers {
 
@@ -14,5 +17,8 @@ inline const char* NameOfType(short type)
         : type == ZR_MSG_TRACE ? "TRACE"
                                : "";
 }
+
+/// A text as it is sent: up to its first zero byte.
+inline std::string_view AsSent(const HCString& text) { return static_cast<const char*>(text); }
 
 } // namespace zrobservers

@@ -20,6 +20,12 @@ std::string ProcessName();
 /// How many forks lie between this process and the one that loaded the library.
 unsigned int ForkGeneration() noexcept;
 
+/// Path of the library or program in which an address lies; empty when nobody knows.
+std::string FileOf(const void* address);
+
+/// Whether this process may write a file, or make files in a folder.
+bool IsWritable(const std::string& path);
+
 bool IsTerminal(std::FILE* stream);
 
 /// Whether two streams write to one and the same terminal.

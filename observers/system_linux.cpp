@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <pthread.h>
 #include <sys/ioctl.h>
@@ -49,6 +50,14 @@ std::string ThreadName()
 }
 
 std::string ProcessName() { return program_invocation_short_name; }
+
+std::string FileOf(const void* address)
+{
+    Dl_info info{};
+    return dladdr(address, &info) != 0 && info.dli_fname != nullptr ? info.dli_fname : "";
+}
+
+bool IsWritable(const std::string& path) { return access(path.c_str(), W_OK) == 0; }
 
 bool IsTerminal(std::FILE* stream) { return isatty(fileno(stream)) != 0; }
 

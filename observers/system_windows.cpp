@@ -47,6 +47,25 @@ std::string ProcessName()
     return ToUtf8(std::filesystem::path(path).stem().c_str());
 }
 
+std::string FileOf(const void* address)
+{
+    constexpr DWORD kByAddress = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+    HMODULE module = nullptr;
+    wchar_t path[MAX_PATH] = {};
+    if (GetModuleHandleExW(kByAddress, static_cast<const wchar_t*>(address), &module) == 0
+        || GetModuleFileNameW(module, path, MAX_PATH - 1) == 0) {
+        return "";
+    }
+    return ToUtf8(path);
+}
+
+bool IsWritable(const std::string& path)
+{
+    constexpr int kWrite = 2;
+    const std::filesystem::path wide(std::u8string(path.begin(), path.end()));
+    return _waccess(wide.c_str(), kWrite) == 0;
+}
+
 bool IsTerminal(std::FILE* stream)
 {
     // One that does not understand escape codes is none.

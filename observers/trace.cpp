@@ -148,7 +148,7 @@ void ZRTraceFile::Trace::OnMessage(const ZRObservedObjectEvent& event)
     if (event.GetCode() != ZR_EVENT_MESSAGE || !m_filter.Takes(message)) {
         return;
     }
-    Append("i", "message", Now(), message.GetText().View(), [&message](Object& object) {
+    Append("i", "message", Now(), zrobservers::AsSent(message.GetText()), [&message](Object& object) {
         object.AddPlain("s", "t").StartObject("args");
         object.AddPlain("type", zrobservers::NameOfType(message.GetType())).Add("place", message.GetLocation());
         object.Add("level", std::int64_t{message.GetLevel()}).Add("code", std::int64_t{message.GetCode()}).EndObject();

@@ -8,6 +8,7 @@
 #include <cstdint>
 
 class ZRMsg;
+class ZRObservedObjectEvent;
 
 /// A condition on type, level and place of a message. It is read from a short text of words with blanks between them.
 /// All words must hold:
@@ -36,6 +37,9 @@ public:
     [[nodiscard]] bool IsGood() const noexcept { return m_isGood; }
 
     [[nodiscard]] bool Takes(const ZRMsg& message) const noexcept;
+
+    /// As it is for its message, or for the location of the state of a timer. True for any other event.
+    [[nodiscard]] bool Takes(const ZRObservedObjectEvent& event) const;
 
     /// The words for the place only.
     [[nodiscard]] bool TakesPlace(const HCString& place) const noexcept

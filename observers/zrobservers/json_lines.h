@@ -7,6 +7,8 @@
 
 #include <memory>
 
+class ZRObservedObject;
+
 /// Appends one line to a file for each message:
 ///
 ///     {"time":"2026-11-23T20:15:02.123456Z","event":"message","type":"WARNING","level":1,"code":0,"chain":false,
@@ -28,6 +30,9 @@ public:
 
     /// path: UTF-8. The file is made at once, and is not emptied. filter: of messages and timers.
     explicit ZRJsonLines(const HCString& path, int what = kMessages, const ZRFilter& filter = {});
+
+    /// All that one subject sends, such as a ZRBackground. `subject` must outlive this object.
+    ZRJsonLines(ZRObservedObject& subject, const HCString& path, const ZRFilter& filter = {});
     ~ZRJsonLines();
     ZRJsonLines(const ZRJsonLines&) = delete;
     ZRJsonLines& operator=(const ZRJsonLines&) = delete;

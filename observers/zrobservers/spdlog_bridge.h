@@ -3,6 +3,7 @@
 #pragma once
 
 #include "zrlib/zrlib.h"
+#include "zrobservers/event_queue.h"
 #include "zrobservers/filter.h"
 
 #include <cstring>
@@ -56,6 +57,15 @@ public:
     {
     }
 
+    /// Messages that one subject sends, such as a ZRBackground, with the time of their sender. What a ZRSpdlogSink has
+    /// turned into a message on another thread is then logged a second time, but goes no further.
+    ZRSpdlogBridge(ZRObservedObject& subject, std::shared_ptr<spdlog::logger> logger, const ZRFilter& filter = {})
+        : m_logger(std::move(logger))
+        , m_filter(filter)
+        , m_messages(subject, [this](const ZRObservedObjectEvent& event) { Send(event); })
+    {
+    }
+
 private:
     void Send(const ZRObservedObjectEvent& event)
     {
@@ -67,8 +77,10 @@ private:
         }
         try {
             const spdlog::source_loc source(zrobservers::kSpdlogFile, 1, zrobservers::KeptPlace(message.GetLocation()));
-            const std::string_view text = message.GetText().View();
-            m_logger->log(source, level, spdlog::string_view_t(text.data(), text.size()));
+            const std::string_view text(static_cast<const char*>(message.GetText())); // up to the first zero byte
+            const ZREventOrigin* const origin = ZREventQueue::GetOrigin();
+            const auto time = origin != nullptr ? origin->time : spdlog::log_clock::now();
+            m_logger->log(time, source, level, spdlog::string_view_t(text.data(), text.size()));
         } catch (const std::exception&) { // there is no memory for the place
         }
     }

@@ -5,8 +5,11 @@
 /// later is written again when that is possible. Threads: any; they may be constructed and destroyed while others send.
 #pragma once
 
+#include "zrobservers/background.h"
+#include "zrobservers/event_queue.h"
 #include "zrobservers/export.h"
 #include "zrobservers/filter.h"
+#include "zrobservers/flight_recorder.h"
 #include "zrobservers/json_lines.h"
 #include "zrobservers/profile_table.h"
 #include "zrobservers/progress_bar.h"

@@ -1,0 +1,200 @@
+#include "crash.h"
+
+#include "zrlib/zrlib.h"
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <ctime>
+#include <fcntl.h>
+#include <mutex>
+#include <sys/mman.h>
+#include <unistd.h>
+
+namespace zrobservers {
+
+namespace {
+
+constexpr std::array kSignals = {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGSYS, SIGABRT};
+constexpr std::size_t kStackSize = std::size_t{64} * 1024;
+
+constinit std::atomic<void (*)(const char*)> g_action{nullptr};
+std::array<struct sigaction, kSignals.size()> g_former; // written while no handler of ours is installed
+constinit std::atomic<pid_t> g_crashed{0}; // thread that crashed first
+constinit std::atomic<bool> g_isDone{false};
+int g_users = 0;
+
+HCThreadSync& Lock()
+{
+    static HCThreadSync lock;
+    return lock;
+}
+
+/// Only once, however many threads crash; the others wait until it is done, but not for ever.
+void ActOnce(int signal)
+{
+    pid_t none = 0;
+    const pid_t self = gettid();
+    if (g_crashed.compare_exchange_strong(none, self)) {
+        char reason[] = "signal 00";
+        reason[sizeof(reason) - 3] = static_cast<char>('0' + signal / 10);
+        reason[sizeof(reason) - 2] = static_cast<char>('0' + signal % 10);
+        if (const auto action = g_action.load(); action != nullptr) {
+            action(reason);
+        }
+        g_isDone = true;
+        return;
+    }
+    constexpr int kMostPauses = 500;
+    constexpr timespec kPause{0, 10'000'000};
+    for (int pause = 0; none != self && !g_isDone && pause < kMostPauses; ++pause) {
+        nanosleep(&kPause, nullptr);
+    }
+}
+
+void HandleCrash(int signal, siginfo_t* info, void* context)
+{
+    const int error = errno;
+    ActOnce(signal);
+    std::size_t index = 0;
+    while (index + 1 < kSignals.size() && kSignals[index] != signal) {
+        ++index;
+    }
+    const struct sigaction& former = g_former[index];
+    if ((former.sa_flags & SA_SIGINFO) != 0) {
+        errno = error;
+        former.sa_sigaction(signal, info, context);
+        return;
+    }
+    if (former.sa_handler != SIG_DFL && former.sa_handler != SIG_IGN) {
+        errno = error;
+        former.sa_handler(signal);
+        return;
+    }
+    sigaction(signal, &former, nullptr);
+    if (info->si_code <= 0) { // somebody has sent it; a fault comes again by itself
+        raise(signal);
+    }
+    errno = error;
+}
+
+} // namespace
+
+void InstallCrashAction(void (*action)(const char* reason))
+{
+    const std::lock_guard guard(Lock());
+    if (g_users++ > 0) {
+        return;
+    }
+    g_action = action;
+    struct sigaction ours {};
+    ours.sa_sigaction = HandleCrash;
+    ours.sa_flags = SA_SIGINFO | SA_ONSTACK;
+    sigemptyset(&ours.sa_mask);
+    for (std::size_t index = 0; index < kSignals.size(); ++index) {
+        sigaction(kSignals[index], nullptr, &g_former[index]);
+        sigaction(kSignals[index], &ours, nullptr);
+    }
+}
+
+void RemoveCrashAction()
+{
+    const std::lock_guard guard(Lock());
+    if (--g_users > 0) {
+        return;
+    }
+    g_action = nullptr;
+    for (std::size_t index = 0; index < kSignals.size(); ++index) {
+        struct sigaction current {};
+        sigaction(kSignals[index], nullptr, &current);
+        if ((current.sa_flags & SA_SIGINFO) != 0 && current.sa_sigaction == HandleCrash) {
+            sigaction(kSignals[index], &g_former[index], nullptr);
+        }
+    }
+}
+
+void* AddCrashStack()
+{
+    stack_t former{};
+    if (sigaltstack(nullptr, &former) != 0 || (former.ss_flags & SS_DISABLE) == 0) {
+        return nullptr;
+    }
+    void* const memory =
+        mmap(nullptr, kStackSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_STACK, -1, 0);
+    if (memory == MAP_FAILED) {
+        return nullptr;
+    }
+    const stack_t stack{memory, 0, kStackSize};
+    sigaltstack(&stack, nullptr);
+    return memory;
+}
+
+void RemoveCrashStack(void* stack)
+{
+    if (stack == nullptr) {
+        return;
+    }
+    stack_t current{};
+    if (sigaltstack(nullptr, &current) == 0 && current.ss_sp == stack) {
+        const stack_t none{nullptr, SS_DISABLE, 0};
+        sigaltstack(&none, nullptr);
+        munmap(stack, kStackSize);
+    } // else another thread has it
+}
+
+struct CrashFile::Path {
+    std::string text;
+};
+
+CrashFile::CrashFile(const std::string& path)
+    : m_path(new Path{path})
+{
+}
+
+CrashFile::~CrashFile()
+{
+    Close();
+    delete m_path;
+}
+
+bool CrashFile::Open() noexcept
+{
+    constexpr mode_t kMode = 0666;
+    constexpr int kFirstOwn = 3;
+    const int opened =
+        open(m_path->text.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, kMode);
+    if (opened < 0 || opened >= kFirstOwn) {
+        m_descriptor = opened;
+        return opened >= 0;
+    }
+    m_descriptor = fcntl(opened, F_DUPFD_CLOEXEC, kFirstOwn); // not in the place of a standard stream
+    close(opened);
+    return m_descriptor >= 0;
+}
+
+bool CrashFile::Write(const char* data, std::size_t size) noexcept
+{
+    while (size > 0) {
+        const ssize_t written = write(m_descriptor, data, size);
+        if (written > 0) {
+            data += written;
+            size -= static_cast<std::size_t>(written);
+        } else if (written == 0 || errno != EINTR) {
+            errno = written == 0 ? ENOSPC : errno;
+            return false;
+        }
+    }
+    return true;
+}
+
+void CrashFile::Close() noexcept
+{
+    if (m_descriptor >= 0) {
+        close(m_descriptor);
+        m_descriptor = -1;
+    }
+}
+
+} // namespace zrobservers
