@@ -7,6 +7,7 @@
 #include <spdlog/async.h>
 #include <spdlog/sinks/ostream_sink.h>
 #include <spdlog/sinks/rotating_file_sink.h>
+#include <spdlog/sinks/syslog_sink.h>
 #include <sstream>
 #include <thread>
 
@@ -62,6 +63,18 @@ TEST_F(SpdlogBridge, DoesNotGoRoundInCircles)
         EXPECT_EQ(messages[1].GetLocation(), "theirs");
         EXPECT_EQ(test::Lines(output.str()).size(), 3U);
     }
+}
+
+TEST_F(SpdlogBridge, ReachesTheSyslogOfTheMachine)
+{
+    if (!std::filesystem::exists("/dev/log")) {
+        GTEST_SKIP() << "this machine has no syslog socket";
+    }
+    const auto logger = std::make_shared<spdlog::logger>(
+        "zrlib", std::make_shared<spdlog::sinks::syslog_sink_mt>("zrlib", 0, LOG_USER, false));
+    logger->set_error_handler([](const std::string& reason) { ADD_FAILURE() << reason; });
+    const ZRSpdlogBridge bridge(logger);
+    ZROut("through the bridge", "Map::Load", 1);
 }
 
 TEST_F(SpdlogBridge, RotatesUnderFourThreads)
