@@ -9,6 +9,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <malloc.h>
+#include <pthread.h>
 #include <string>
 #include <sys/wait.h>
 #include <thread>
@@ -136,6 +137,34 @@ TEST(Loading, ReleasesTheErrorsOfThreadsThatLiveOn)
 }
 
 // By what the library asks of its foundation meanwhile, and how many of its texts stand then.
+TEST(Loading, MayBeCalledByHandlersOfForkThatAreOlder)
+{
+    static int (*count)() = nullptr;
+    static int answer = -1;
+    const auto ask = [] { answer = count != nullptr ? count() : -1; };
+    pthread_atfork(ask, ask, ask);
+    void* const library = dlopen(ZRLIB_FILE, RTLD_NOW | RTLD_LOCAL);
+    count = reinterpret_cast<int (*)()>(dlsym(library, "ZRGetRegisteredObjectCount"));
+    std::atomic<bool> isOver{false};
+    std::thread other([&isOver] { // as locks are taken only where there are two threads
+        while (!isOver) {
+            std::this_thread::yield();
+        }
+    });
+    const pid_t child = fork();
+    if (child == 0) {
+        _exit(answer);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    isOver = true;
+    other.join();
+    count = nullptr;
+    dlclose(library);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(answer, 0);
+}
+
 TEST(Loading, ObjectsComeInOrderAndGoInTheReverse)
 {
     EXPECT_EQ(test::Run(STARTUP_ORDER_PROGRAM, {}).output,

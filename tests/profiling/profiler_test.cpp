@@ -173,6 +173,30 @@ TEST_F(Profiler, FeedsItsStateAsTheSwitchesSayWhenItEnds)
     }
 }
 
+TEST_F(Profiler, DoesNotChargeAStateThatWasLeftWhileTheHandlerWasOff)
+{
+    ZRProfilerStateHandler& handler = *ZRGetProfilerStateHandler();
+    handler.SetEnabled(1);
+    ZRProfilerState left;
+    {
+        const ZRProfiler timer(&left);
+        handler.SetEnabled(0);
+    }
+    handler.SetEnabled(1);
+    ZRProfilerState state;
+    {
+        const ZRProfiler timer(&state);
+        ZRProfilerState* enclosing = nullptr;
+        EXPECT_EQ(ZRProfiler::GetEnclosing(&enclosing, 1), 1);
+        EXPECT_EQ(enclosing, &state);
+    }
+    EXPECT_EQ(left.GetDependantCalls(), 0);
+    ZRProfilerState* top = nullptr;
+    EXPECT_EQ(handler.PeekTop(top), 1);
+    EXPECT_EQ(top, &left);
+    handler.Pop(top);
+}
+
 TEST_F(Profiler, CopiesAreTimersOfTheirOwn)
 {
     ZRProfilerState state;

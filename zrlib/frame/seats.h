@@ -20,6 +20,7 @@ struct alignas(64) Seat {
     std::atomic<std::uintptr_t> call{0};
     std::atomic<const void*> subject{nullptr};
     std::atomic<const void*> observer{nullptr};
+    std::atomic<std::uint32_t> endedCalls{0}; // written by the owner
 };
 
 class Seats {

@@ -2,12 +2,36 @@
 
 #include "zrlib/frame/backoff.h"
 #include "zrlib/platform/process_end.h"
+#include "zrlib/platform/thread_mark.h"
 
 constinit zr::ShortLock zr::g_dataLock;
 constinit zr::ShortLock zr::g_timersLock;
+constinit std::atomic<std::uintptr_t> zr::ShortLockGuard::s_forker{0};
+
+bool zr::ShortLockGuard::IsHeldByForker(const ShortLock& lock) noexcept
+{
+    return (&lock == &g_dataLock || &lock == &g_timersLock) && s_forker.load(std::memory_order_relaxed) == ThreadMark();
+}
+
+void zr::ShortLockGuard::LockForFork() noexcept
+{
+    Lock(g_dataLock);
+    Lock(g_timersLock);
+    s_forker.store(ThreadMark(), std::memory_order_relaxed);
+}
+
+void zr::ShortLockGuard::UnlockAfterFork() noexcept
+{
+    s_forker.store(0, std::memory_order_relaxed);
+    Unlock(g_timersLock);
+    Unlock(g_dataLock);
+}
 
 void zr::ShortLockGuard::Wait(ShortLock& lock) noexcept
 {
+    if (IsHeldForFork(lock)) {
+        return;
+    }
     constexpr int kSpins = 100;
     Backoff backoff;
     int turn = 0;

@@ -19,8 +19,6 @@ public:
     ShortLockGuard(const ShortLockGuard&) = delete;
     ShortLockGuard& operator=(const ShortLockGuard&) = delete;
 
-    // For the hooks of fork, which are no scope.
-
     static void Lock(ShortLock& lock) noexcept
     {
         if (IsSingleThreaded()) {
@@ -35,10 +33,15 @@ public:
 
     static void Unlock(ShortLock& lock) noexcept
     {
-        if (!IsSingleThreaded()) {
+        if (!IsSingleThreaded() && !IsHeldForFork(lock)) {
             lock.m_word.store(kFree, std::memory_order_release);
         }
     }
+
+    // Between these two the calling thread, which forks, holds the locks of the process. Handlers of fork that are
+    // older than the library run in between, and may call it.
+    static void LockForFork() noexcept;
+    static void UnlockAfterFork() noexcept;
 
 private:
     static constexpr std::uint32_t kFree = 0;
@@ -47,6 +50,14 @@ private:
     static std::uint32_t Held() noexcept { return ForkGeneration() + 1; }
 
     static void Wait(ShortLock& lock) noexcept;
+
+    static bool IsHeldForFork(const ShortLock& lock) noexcept
+    {
+        return s_forker.load(std::memory_order_relaxed) != 0 && IsHeldByForker(lock);
+    }
+    static bool IsHeldByForker(const ShortLock& lock) noexcept;
+
+    static std::atomic<std::uintptr_t> s_forker; // mark of the thread that holds the locks for a fork; 0 for none
 
     ShortLock& m_lock; // not owned
 };

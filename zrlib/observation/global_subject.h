@@ -8,7 +8,11 @@ extern ZRObservedObject& g_GlobalSubject;
 
 namespace zr {
 
-/// Whether a subject is one of the library's own, which go with the module.
-bool IsOfProcess(const ZRObservedObject& subject);
+/// Whether a subject is one of the library's own, and is not there any more. To be asked within a lease, until whose
+/// end it holds.
+bool HasGone(const ZRObservedObject& subject);
+
+/// The same of g_GlobalSubject.
+bool GlobalSubjectHasGone();
 
 } // namespace zr

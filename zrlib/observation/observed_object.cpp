@@ -19,10 +19,7 @@ char RefuseNull(const ZRObservedObject& subject, const char* location)
 
 /// Whether a subject is there: one of the library's own may have gone at the end of the process. To be asked within a
 /// lease.
-bool IsThere(const zr::ModuleLease& lease, const ZRObservedObject& subject)
-{
-    return lease.IsAlive() || !zr::IsOfProcess(subject);
-}
+bool IsThere(const zr::ModuleLease& /*lease*/, const ZRObservedObject& subject) { return !zr::HasGone(subject); }
 
 } // namespace
 
@@ -46,7 +43,10 @@ ZRObservedObject& ZRObservedObject::operator=(const ZRObservedObject& other)
     return *this;
 }
 
-ZRObservedObject::~ZRObservedObject() = default;
+ZRObservedObject::~ZRObservedObject()
+{
+    m_Observers.End(); // before the name goes, for which an observer may ask
+}
 
 void ZRObservedObject::Initialise()
 {

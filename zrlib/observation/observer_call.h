@@ -66,11 +66,19 @@ public:
     /// Whether the calling thread is inside OnEvent of an observer.
     static bool IsInsideOnEvent();
 
-    /// Gives up an entry that no list has any more.
+    /// Tells the calls of an entry that no list has any more that they shall not start. To be called before another
+    /// thread can see that the entry is not in the list, so that whoever finds it gone finds no call that may start.
     static void GiveUp(ObserverEntry& entry);
 
-    /// Waits until no other thread calls the observer, or any with null, for an event of the list.
+    /// Gives back the list's share of an entry.
+    static void Release(ObserverEntry& entry);
+
+    /// Waits until the call of the observer, or of any with null, that another thread has begun for an event of the
+    /// list has ended.
     static void Await(const ObserverList& list, const ZRObjectObserver* observer);
+
+    /// Waits until no other thread broadcasts to the list.
+    static void AwaitBroadcasts(const ObserverList& list);
 
 private:
     struct End {
@@ -84,7 +92,7 @@ private:
         const ShortLockGuard guard(m_list.m_lock);
         ObserverEntry* const entry = m_list.m_entries.GetAt(index);
         if (entry != nullptr) {
-            m_seat.observer.store(entry->observer, std::memory_order_relaxed);
+            m_seat.observer.store(entry->observer, std::memory_order_release);
             m_seat.call.store(reinterpret_cast<std::uintptr_t>(entry), std::memory_order_release);
         }
         return entry;
@@ -103,6 +111,7 @@ private:
 
     void Finish(ObserverEntry& entry) const
     {
+        m_seat.endedCalls.store(m_seat.endedCalls.load(std::memory_order_relaxed) + 1, std::memory_order_release);
         std::uintptr_t call = 0;
         if (IsSingleThreaded()) {
             call = m_seat.call.load(std::memory_order_relaxed);
@@ -115,7 +124,7 @@ private:
         }
     }
 
-    static void Release(ObserverEntry& entry);
+    static bool HasNobodyToAwait();
 
     Seat& m_seat; // not owned
     const ObserverList& m_list; // not owned

@@ -13,5 +13,7 @@ char ZRAttachObserver(ZRObjectObserver* observer)
 char ZRDetachObserver(ZRObjectObserver* observer)
 {
     const zr::ModuleLease lease;
-    return lease.IsAlive() ? g_GlobalSubject.DetachObserver(observer, 1) : char{0};
+    // At the end of the process too: a thread that was inside the library then may go on with a broadcast.
+    const char detached = zr::GlobalSubjectHasGone() ? char{0} : g_GlobalSubject.DetachObserver(observer, 1);
+    return lease.IsAlive() ? detached : char{0};
 }

@@ -55,29 +55,44 @@ void ObserverCall::GiveUp(ObserverEntry& entry)
             entry.users.fetch_sub(1, std::memory_order_relaxed); // it has started or ended meanwhile
         }
     });
-    Release(entry);
 }
+
+bool ObserverCall::HasNobodyToAwait() { return IsSingleThreaded() || OtherThreadsAreGone() || IsInsideOnEvent(); }
 
 void ObserverCall::Await(const ObserverList& list, const ZRObjectObserver* observer)
 {
-    if (IsSingleThreaded() || OtherThreadsAreGone() || IsInsideOnEvent()) {
+    if (HasNobodyToAwait()) {
         return;
     }
     const std::uintptr_t self = ThreadMark();
     Seats::ForEach([&](const Seat& seat) {
-        const std::uintptr_t first = seat.call.load(std::memory_order_acquire) & ~kBits;
+        // A thread may begin one call of the same entry after the other; this is about the one that runs now.
+        const std::uint32_t endedCalls = seat.endedCalls.load(std::memory_order_acquire);
         const auto isUnderWay = [&] {
-            if (seat.subject.load(std::memory_order_acquire) != &list) {
-                return false;
-            }
-            // A call that has not started ends, or is given up by whoever has just removed the entry.
+            // A call that has not started was given up by whoever has removed the entry, or ends.
             const std::uintptr_t call = seat.call.load(std::memory_order_acquire);
-            const bool isOfObserver = call != 0 && (call & ~kBits) == first && (call & kBits) != kIsGivenUp
-                && seat.observer.load(std::memory_order_relaxed) == observer;
-            return observer == nullptr || isOfObserver;
+            return call != 0 && (call & kBits) != kIsGivenUp && seat.subject.load(std::memory_order_acquire) == &list
+                && (observer == nullptr || seat.observer.load(std::memory_order_acquire) == observer)
+                && seat.endedCalls.load(std::memory_order_acquire) == endedCalls
+                && seat.owner.load(std::memory_order_relaxed) != self;
         };
         Backoff backoff;
-        while (isUnderWay() && seat.owner.load(std::memory_order_relaxed) != self) {
+        while (isUnderWay()) {
+            backoff.Wait();
+        }
+    });
+}
+
+void ObserverCall::AwaitBroadcasts(const ObserverList& list)
+{
+    if (HasNobodyToAwait()) {
+        return;
+    }
+    const std::uintptr_t self = ThreadMark();
+    Seats::ForEach([&list, self](const Seat& seat) {
+        Backoff backoff;
+        while (seat.subject.load(std::memory_order_acquire) == &list
+            && seat.owner.load(std::memory_order_relaxed) != self) {
             backoff.Wait();
         }
     });
@@ -106,7 +121,18 @@ ObserverList& ObserverList::operator=(const ObserverList& other)
     return *this;
 }
 
-ObserverList::~ObserverList() { Clear(); }
+ObserverList::~ObserverList()
+{
+    if (GetCount() > 0) { // else it has been ended
+        End();
+    }
+}
+
+void ObserverList::End()
+{
+    Clear();
+    ObserverCall::AwaitBroadcasts(*this);
+}
 
 void ObserverList::Clear()
 {
@@ -116,15 +142,19 @@ void ObserverList::Clear()
 
 void ObserverList::Replace(Entries& entries)
 {
-    const int count = entries.GetSize();
     {
         const ShortLockGuard data(g_dataLock);
-        const ShortLockGuard guard(m_lock);
-        m_entries.Swap(entries);
-        m_count.store(count, std::memory_order_relaxed);
+        {
+            const ShortLockGuard guard(m_lock);
+            m_entries.Swap(entries);
+            m_count.store(m_entries.GetSize(), std::memory_order_relaxed);
+        }
+        for (int index = 0; index < entries.GetSize(); ++index) {
+            ObserverCall::GiveUp(*entries.GetAt(index));
+        }
     }
     for (int index = 0; index < entries.GetSize(); ++index) {
-        ObserverCall::GiveUp(*entries.GetAt(index));
+        ObserverCall::Release(*entries.GetAt(index));
     }
     ObserverCall::Await(*this, nullptr);
 }
@@ -176,12 +206,15 @@ void ObserverList::Remove(ZRObjectObserver& observer)
             return;
         }
         observer.m_pSubject = nullptr;
-        const ShortLockGuard guard(m_lock);
-        removed = m_entries.GetAt(index);
-        m_entries.RemoveAt(index);
-        m_count.store(m_entries.GetSize(), std::memory_order_relaxed);
+        {
+            const ShortLockGuard guard(m_lock);
+            removed = m_entries.GetAt(index);
+            m_entries.RemoveAt(index);
+            m_count.store(m_entries.GetSize(), std::memory_order_relaxed);
+        }
+        ObserverCall::GiveUp(*removed);
     }
-    ObserverCall::GiveUp(*removed);
+    ObserverCall::Release(*removed);
 }
 
 void ObserverList::AwaitCalls(const ZRObjectObserver& observer) const { ObserverCall::Await(*this, &observer); }

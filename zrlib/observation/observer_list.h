@@ -26,7 +26,7 @@ public:
     ObserverList(const ObserverList& other);
     ObserverList& operator=(const ObserverList& other);
 
-    /// Waits for the broadcasts that are under way on other threads, unless it is called from OnEvent.
+    /// As End.
     ~ObserverList();
 
     int GetCount() const noexcept { return m_count.load(std::memory_order_relaxed); }
@@ -47,8 +47,12 @@ public:
     /// wait when it is called from OnEvent, of whatever observer.
     void AwaitCalls(const ZRObjectObserver& observer) const;
 
-    /// Removes all, and waits for the broadcasts to this list, as AwaitCalls does for one.
+    /// Removes all, and waits as AwaitCalls does for one.
     void Clear();
+
+    /// Removes all, and waits for the broadcasts that are under way on other threads, unless it is called from OnEvent.
+    /// For a list that is about to go.
+    void End();
 
 private:
     friend class ObserverCall;

@@ -1,8 +1,11 @@
 #include "zrlib/observation/progress_run.h"
 
+#include "zrlib/platform/fork_hooks.h"
+
 namespace {
 
-constinit std::atomic<bool> g_isOpen{false}; // an object has begun the run of the process
+constinit std::atomic<std::uint32_t> g_openIn{
+    0}; // fork generation, plus 1, of the process in which an object has a run
 
 } // namespace
 
@@ -15,7 +18,8 @@ ZRProgressRun::~ZRProgressRun()
 
 void ZRProgressRun::Begin(const HCString& title, std::int32_t total)
 {
-    if (ZRProgressEnabled() == 0 || g_isOpen.exchange(true)) {
+    const std::uint32_t here = zr::ForkGeneration() + 1;
+    if (ZRProgressEnabled() == 0 || g_openIn.exchange(here) == here) {
         return;
     }
     m_isOwn = true;
@@ -24,7 +28,7 @@ void ZRProgressRun::Begin(const HCString& title, std::int32_t total)
     try {
         ZRProgressStart(title);
         ZRProgressSetRange(0, total);
-    } catch (...) { // of an observer, or there is no memory
+    } catch (...) { // there is no memory
         End();
         throw;
     }
@@ -34,14 +38,21 @@ void ZRProgressRun::End() const
 {
     struct Closing {
         const char wasOn = ZRProgressEnabled();
+        Closing()
+        {
+            if (wasOn == 0) {
+                ZRProgressEnable(1);
+            }
+        }
         ~Closing()
         {
-            ZRProgressEnable(wasOn);
-            g_isOpen = false;
+            if (wasOn == 0) {
+                ZRProgressEnable(0);
+            }
+            g_openIn = 0;
         }
     };
     const Closing closing;
-    ZRProgressEnable(1);
     ZRProgressSetRange(m_formerMin, m_formerMax);
     ZRProgressEnd();
 }

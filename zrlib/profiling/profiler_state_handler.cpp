@@ -50,6 +50,9 @@ char ZRProfilerStateHandler::GetEnabled() const { return m_bEnabled.load(std::me
 
 void ZRProfilerStateHandler::SetEnabled(char enabled)
 {
+    if ((GetEnabled() != 0) != (enabled != 0)) {
+        m_stack.BeginTurn(); // timers that end while the handler is off leave their states on the stack
+    }
     zr::StoreSwitch(*this, m_bEnabled, enabled, ZR_EVENT_PROFILER_ENABLED);
 }
 

@@ -21,9 +21,9 @@ class ZRProfilerStateHandler;
 /// ZR_EVENT_PROFILER_STATE, which carries a copy of the state, and ZR_EVENT_PROFILER_ENABLED.
 ///
 /// It is off at first. While it is off, the stack is left alone and no state is sent; timers feed their states all the
-/// same, but no parent is charged. It must not be switched while timers run: one that ends while it is off, or while
-/// timers are (ZRProfiler::SetEnabled), stays on the stack for good, and its state must then outlive the handler's use.
-/// The states are never owned.
+/// same, but no parent is charged. A timer that ends while it is off, or while timers are (ZRProfiler::SetEnabled),
+/// leaves its state on the stack for good. When the handler is on again no timer charges what was there before, so that
+/// the state may go; but Pop and PeekTop still give its address. The states are never owned.
 ///
 /// There is one stack for all threads, and Push, Pop and PeekTop act on its top, whoever has put it there. A timer
 /// itself takes the topmost entry of its own thread off and charges the one of its thread that is then topmost, so

@@ -14,6 +14,7 @@ TimerStack& TimerStack::operator=(const TimerStack& other)
     const ShortLockGuard guard(g_timersLock);
     other.DropThreadsOfParent();
     m_entries = other.m_entries;
+    m_turn = other.m_turn;
     m_forkGeneration = other.m_forkGeneration;
     return *this;
 }
@@ -43,7 +44,7 @@ void TimerStack::Push(ZRProfilerState* state, unsigned int thread)
     if (m_entries.size() == m_entries.capacity()) {
         m_entries.reserve(m_entries.size() + kStep);
     }
-    m_entries.push_back({state, thread});
+    m_entries.push_back({state, thread, m_turn});
 }
 
 ZRProfilerState* TimerStack::Pop()
@@ -65,13 +66,19 @@ ZRProfilerState* TimerStack::Top() const
     return m_entries.empty() ? nullptr : m_entries.back().state;
 }
 
+void TimerStack::BeginTurn()
+{
+    const ShortLockGuard guard(g_timersLock);
+    ++m_turn;
+}
+
 int TimerStack::OfThread(unsigned int thread, ZRProfilerState** states, int capacity) const
 {
     const ShortLockGuard guard(g_timersLock);
     DropThreadsOfParent();
     int count = 0;
     for (auto entry = m_entries.rbegin(); entry != m_entries.rend(); ++entry) {
-        if (entry->thread == thread) {
+        if (entry->thread == thread && entry->turn == m_turn) {
             if (count < capacity) {
                 states[count] = entry->state;
             }
@@ -89,7 +96,7 @@ void TimerStack::End(ZRProfilerState& state, unsigned int thread, double elapsed
     const auto own = std::find_if(m_entries.rbegin(), m_entries.rend(), isOfThread);
     if (own != m_entries.rend()) {
         const auto below = std::find_if(own + 1, m_entries.rend(), isOfThread);
-        if (below != m_entries.rend()) {
+        if (below != m_entries.rend() && below->turn == m_turn) {
             below->state->Charge(elapsed);
         }
         m_entries.erase(std::next(own).base());

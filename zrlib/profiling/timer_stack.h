@@ -26,22 +26,28 @@ public:
     /// The top state, whichever thread's it is. Null when there is none.
     ZRProfilerState* Top() const;
 
-    /// Stores the states of a thread, the topmost first and at most `capacity` of them. Gives how many there are.
+    /// Begins a new turn: what was put there before is not charged any more, as its timers may end without saying so.
+    void BeginTurn();
+
+    /// Stores the states of this turn of a thread, the topmost first and at most `capacity` of them. Gives how many
+    /// there are.
     int OfThread(unsigned int thread, ZRProfilerState** states, int capacity) const;
 
     /// Ends a timer: takes the topmost state of its thread off, takes the time out of the self time of the one that is
-    /// then the topmost of that thread, and records the run in `state`.
+    /// then the topmost of that thread, if it is of this turn, and records the run in `state`.
     void End(ZRProfilerState& state, unsigned int thread, double elapsed);
 
 private:
     struct Entry {
         ZRProfilerState* state; // not owned
         unsigned int thread; // ID of the thread that has put it there
+        std::uint32_t turn;
     };
 
     void DropThreadsOfParent() const;
 
     mutable std::vector<Entry> m_entries;
+    std::uint32_t m_turn = 0;
     mutable std::uint32_t m_forkGeneration = 0; // of the process that has looked last
 };
 

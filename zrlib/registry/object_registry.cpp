@@ -443,13 +443,21 @@ int ZRObjectRegistry::GetObjectIDAt(int index) const
 
 int ZRObjectRegistry::GetObjectMirror(int code) const
 {
-    const ZRObjectEntry* const entry = GetObjectEntry(code, 1);
+    if (GetObjectEntry(code, 1) == nullptr) { // which is reported
+        return 0;
+    }
+    const zr::ShortLockGuard guard(zr::g_dataLock);
+    const ZRObjectEntry* const entry = Find(code);
     return entry != nullptr ? entry->GetMirrorID() : 0;
 }
 
 char ZRObjectRegistry::SetObjectMirror(int code, int mirror)
 {
-    ZRObjectEntry* const entry = GetObjectEntry(code, 1);
+    if (GetObjectEntry(code, 1) == nullptr) { // which is reported
+        return 0;
+    }
+    const zr::ShortLockGuard guard(zr::g_dataLock); // somebody may take the object out
+    ZRObjectEntry* const entry = Find(code);
     if (entry == nullptr) {
         return 0;
     }

@@ -10,11 +10,11 @@
 #include "zrlib/observation/global_subject.h"
 #include "zrlib/platform/process_end.h"
 #include "zrlib/profiling/profiler_state_handler.h"
-#include "zrlib/sync/lock_trail_functions.h"
-#include "zrlib/sync/lock_trail_handler.h"
+#include "zrlib/sync/process_lock_trail_handler.h"
 
 #include <cstddef>
 #include <new>
+#include <thread>
 
 constinit std::atomic<bool> zr::g_moduleIsAlive{false};
 
@@ -24,16 +24,36 @@ namespace {
 alignas(ZRMessageHandler) constinit std::byte g_messageHandler[sizeof(ZRMessageHandler)]{};
 alignas(ZRProfilerStateHandler) constinit std::byte g_profilerStateHandler[sizeof(ZRProfilerStateHandler)]{};
 
+// What has become of them. Whoever was inside the library when the module went may use them for ever.
+enum class Handlers : char { kNotYetDecided, kStay, kGone };
+constinit std::atomic<Handlers> g_handlers{Handlers::kNotYetDecided};
+constinit std::atomic<std::uint32_t> g_endsIn{0}; // fork generation of the process in which the module ends
+
+bool HandlersHaveGone()
+{
+    if (zr::g_moduleIsAlive) {
+        return false;
+    }
+    // In a child that is forked before it is decided they stay.
+    while (g_handlers == Handlers::kNotYetDecided && g_endsIn == zr::ForkGeneration()) {
+        std::this_thread::yield();
+    }
+    return g_handlers == Handlers::kGone;
+}
+
 } // namespace
 
 ZRMessageHandler* ZRGetMessageHandler() { return ZRGetModule()->m_pMessageHandler; }
 
 ZRProfilerStateHandler* ZRGetProfilerStateHandler() { return ZRGetModule()->m_pProfilerStateHandler; }
 
-bool zr::IsOfProcess(const ZRObservedObject& subject)
+bool zr::HasGone(const ZRObservedObject& subject)
 {
-    return &subject == ZRGetMessageHandler() || &subject == ZRGetProfilerStateHandler() || &subject == &g_GlobalSubject
-        || &subject == ZRGetLockTrailHandler();
+    if (&subject == ZRGetMessageHandler() || &subject == ZRGetProfilerStateHandler()) {
+        return HandlersHaveGone();
+    }
+    return (&subject == &g_GlobalSubject && GlobalSubjectHasGone())
+        || (&subject == &g_LockTrailHandler.object && !g_LockTrailHandler.IsAlive());
 }
 
 const char* zr::FindText(int code) noexcept
@@ -80,8 +100,10 @@ void ZRModule::ApplySwitches()
 
 ZRModule::~ZRModule()
 {
+    g_endsIn = zr::ForkGeneration();
     zr::g_moduleIsAlive = false;
     const bool isInUse = zr::Seats::IsAnyTaken();
+    g_handlers = isInUse ? Handlers::kStay : Handlers::kGone;
     if (!zr::OtherThreadsAreGone()) {
         HFTextRelease(m_hText);
         delete m_pMode;

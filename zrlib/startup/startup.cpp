@@ -38,16 +38,8 @@ public:
     ForkHooks& operator=(const ForkHooks&) = delete;
 
 private:
-    static void Lock()
-    {
-        zr::ShortLockGuard::Lock(zr::g_dataLock);
-        zr::ShortLockGuard::Lock(zr::g_timersLock);
-    }
-    static void Unlock()
-    {
-        zr::ShortLockGuard::Unlock(zr::g_timersLock);
-        zr::ShortLockGuard::Unlock(zr::g_dataLock);
-    }
+    static void Lock() { zr::ShortLockGuard::LockForFork(); }
+    static void Unlock() { zr::ShortLockGuard::UnlockAfterFork(); }
     static void UnlockInChild()
     {
         zr::Seats::FreeThoseOfOthers();
@@ -66,6 +58,9 @@ zr::ModuleObject<HCString> progressUpdateText;
 } // namespace
 
 constinit ZRObservedObject& g_GlobalSubject = globalSubject.object;
+
+bool zr::GlobalSubjectHasGone() { return !globalSubject.IsAlive(); }
+
 constinit HCString& g_csProgressTitle = progressTitle.object;
 constinit HCString& g_csProgressUpdateText = progressUpdateText.object;
 
