@@ -84,6 +84,18 @@ void MacroOff(benchmark::State& state)
 BENCHMARK(MacroOff);
 const AddTarget macroOff({"ZR_OUT with dear arguments, messages off", Measure::kTime, "MacroOff", "", 1});
 
+void MacroTypeOff(benchmark::State& state)
+{
+    const Messages messages(1, ZR_DEST_MSGVIEW);
+    int number = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(number);
+        ZR_TRACE("%d of %s", number, std::to_string(number).c_str());
+    }
+}
+BENCHMARK(MacroTypeOff);
+const AddTarget macroTypeOff({"ZR_TRACE, messages on, type off", Measure::kTime, "MacroTypeOff", "", 1});
+
 void SpdlogOff(benchmark::State& state)
 {
     spdlog::set_level(spdlog::level::off); // of the logger that spdlog::info takes

@@ -62,7 +62,7 @@ public:
     /// Replaces the text by a copy of `text`, which may be a piece of this string's own text.
     const HCString& operator=(const char* text);
     const HCString& operator=(const HCString& other);
-    const HCString& operator=(HCString&& other) noexcept;
+    HCString& operator=(HCString&& other) noexcept;
 
     /// The zero-terminated text. Valid while the string is neither changed nor destroyed.
     operator const char*() const noexcept { return IsOnHeap() ? m_storage.heap : m_storage.local; }
@@ -84,7 +84,8 @@ public:
     /// Number of characters (bytes).
     [[nodiscard]] int GetLength() const noexcept { return m_storage.sizes.length; }
 
-    // Among the standard types. The characters as a range; valid while the string is neither changed nor destroyed.
+    // Among the standard types: ToString() copies the text, View() and the range of characters look at it and are valid
+    // while the string is neither changed nor destroyed.
 
     /// A copy of `text`, zero bytes included.
     explicit HCString(std::string_view text)
@@ -196,7 +197,7 @@ inline const HCString& HCString::operator=(const HCString& other)
     return *this;
 }
 
-inline const HCString& HCString::operator=(HCString&& other) noexcept
+inline HCString& HCString::operator=(HCString&& other) noexcept
 {
     if (this != &other) {
         if (IsOnHeap()) {
@@ -255,6 +256,46 @@ template <typename Text, typename String, hcbase::IfComparable<String, Text> = 0
 bool operator!=(const Text& left, const String& right) noexcept
 {
     return !(right == left);
+}
+template <typename String, typename Text, hcbase::IfComparable<String, Text> = 0>
+bool operator<(const String& left, const Text& right) noexcept
+{
+    return std::string_view(static_cast<const char*>(left)) < right;
+}
+template <typename Text, typename String, hcbase::IfComparable<String, Text> = 0>
+bool operator<(const Text& left, const String& right) noexcept
+{
+    return left < std::string_view(static_cast<const char*>(right));
+}
+template <typename String, typename Text, hcbase::IfComparable<String, Text> = 0>
+bool operator>(const String& left, const Text& right) noexcept
+{
+    return std::string_view(static_cast<const char*>(left)) > right;
+}
+template <typename Text, typename String, hcbase::IfComparable<String, Text> = 0>
+bool operator>(const Text& left, const String& right) noexcept
+{
+    return left > std::string_view(static_cast<const char*>(right));
+}
+template <typename String, typename Text, hcbase::IfComparable<String, Text> = 0>
+bool operator<=(const String& left, const Text& right) noexcept
+{
+    return std::string_view(static_cast<const char*>(left)) <= right;
+}
+template <typename Text, typename String, hcbase::IfComparable<String, Text> = 0>
+bool operator<=(const Text& left, const String& right) noexcept
+{
+    return left <= std::string_view(static_cast<const char*>(right));
+}
+template <typename String, typename Text, hcbase::IfComparable<String, Text> = 0>
+bool operator>=(const String& left, const Text& right) noexcept
+{
+    return std::string_view(static_cast<const char*>(left)) >= right;
+}
+template <typename Text, typename String, hcbase::IfComparable<String, Text> = 0>
+bool operator>=(const Text& left, const String& right) noexcept
+{
+    return left >= std::string_view(static_cast<const char*>(right));
 }
 
 #if defined(__cpp_impl_three_way_comparison)

@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <fcntl.h>
 #include <memory>
 #include <optional>
@@ -113,7 +114,10 @@ struct ZRObserversOfEnvironment {
     {
         m_bar.reset();
         if (m_trace) {
-            m_trace->Flush();
+            try {
+                m_trace->Flush();
+            } catch (const std::exception&) { // of an observer that is told of a failure
+            }
         }
         if (m_showsProfile) {
             WriteProfile();

@@ -3,10 +3,6 @@
 
 #include "hcbase/string.h"
 
-#if defined(__SSE2__)
-#define RAPIDJSON_SSE2 // looks at sixteen characters at once
-#endif
-
 #include <charconv>
 #include <cmath>
 #include <cstring>

@@ -63,6 +63,11 @@ public:
 private:
     using Object = zrobservers::JsonObject;
 
+    struct Buffers {
+        zrobservers::JsonBuffer buffer;
+        Object::Writer writer;
+    };
+
     void TryFile()
     {
         if (HCTextIo file(m_path); !Open(file)) {
@@ -152,9 +157,10 @@ private:
         bool isWritten = false;
         {
             const std::lock_guard guard(m_lock);
-            m_buffer.Clear();
+            auto& [buffer, writer] = m_buffers.Get();
+            buffer.Clear();
             {
-                Object object(m_writer, m_buffer, "");
+                Object object(writer, buffer, "");
                 const ZREventOrigin origin = OriginOf();
                 object.AddPlain("time", zrobservers::TimeStamp(origin.time)).AddPlain("event", event);
                 fill(object);
@@ -163,10 +169,10 @@ private:
                 fillLast(object);
             }
             HCTextIo file(m_path);
-            isWritten = Open(file) && file.WriteString(m_buffer.GetString()) != 0;
-            if (m_buffer.GetSize() > kLargest) { // one huge message need not stay for ever
-                m_buffer.Clear();
-                m_buffer.ShrinkToFit();
+            isWritten = Open(file) && file.WriteString(buffer.GetString()) != 0;
+            if (buffer.GetSize() > kLargest) { // one huge message need not stay for ever
+                buffer.Clear();
+                buffer.ShrinkToFit();
             }
         }
         if (isWritten) {
@@ -207,8 +213,7 @@ private:
     std::atomic<bool> m_isTold{false};
 
     HCThreadSync m_lock; // one that works in a forked child
-    zrobservers::JsonBuffer m_buffer;
-    Object::Writer m_writer;
+    zrobservers::DataOfProcess<Buffers> m_buffers;
 
     std::optional<zrobservers::ProfilerOn> m_profilerOn;
     // Last, so that they go first. One observer for each subject, so that none of their locks is held while a message

@@ -2,11 +2,13 @@
 
 #include "quietly.h"
 #include "switch_guards.h"
+#include "system.h"
 
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <optional>
+#include <utility>
 
 class ZRRecorder::Record {
 public:
@@ -27,45 +29,49 @@ public:
     template <typename Read> auto WithEvents(Read read) const
     {
         const std::lock_guard guard(m_lock);
-        return read(m_events);
+        return read(std::as_const(m_data.Get().events));
     }
 
     bool WaitFor(const Predicate& predicate, int milliseconds) const
     {
         const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
         std::unique_lock guard(m_lock);
+        auto& [more, events] = m_data.Get();
         std::size_t next = 0;
-        const auto isThere = [&] {
-            next = next <= m_events.size() ? next : 0; // some were forgotten
-            while (next < m_events.size()) {
-                if (predicate(m_events[next++])) {
+        const auto isThere = [&predicate, &next, &events = events] {
+            next = next <= events.size() ? next : 0; // some were forgotten
+            while (next < events.size()) {
+                if (predicate(events[next++])) {
                     return true;
                 }
             }
             return false;
         };
-        return m_more.wait_until(guard, end, isThere);
+        return more.wait_until(guard, end, isThere);
     }
 
     void Clear()
     {
         const std::lock_guard guard(m_lock);
-        m_events.clear();
+        m_data.Get().events.clear();
     }
 
 private:
     void Keep(const ZRObservedObjectEvent& event)
     {
-        {
-            const std::lock_guard guard(m_lock);
-            m_events.push_back(event);
-        }
-        m_more.notify_all();
+        const std::lock_guard guard(m_lock);
+        auto& [more, events] = m_data.Get();
+        events.push_back(event);
+        more.notify_all();
     }
 
-    mutable std::mutex m_lock;
-    mutable std::condition_variable m_more;
-    std::vector<ZRObservedObjectEvent> m_events;
+    struct Data {
+        std::condition_variable_any more;
+        std::vector<ZRObservedObjectEvent> events;
+    };
+
+    mutable HCThreadSync m_lock; // one that works in a forked child
+    mutable zrobservers::DataOfProcess<Data> m_data;
     std::optional<zrobservers::MessagesOn> m_messagesOn;
     ZRListener m_listeners[3]; // last, so that they go first
 };

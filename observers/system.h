@@ -5,7 +5,9 @@
 #include <cstdint>
 #include <cstdio>
 #include <functional>
+#include <memory>
 #include <string>
+#include <utility>
 
 namespace zrobservers {
 
@@ -19,6 +21,37 @@ std::string ProcessName();
 
 /// How many forks lie between this process and the one that loaded the library.
 unsigned int ForkGeneration() noexcept;
+
+/// What a lock guards. A forked child leaves that of its parent where it is, as another thread may have been in the
+/// middle of changing it, and begins anew.
+template <typename Data> class DataOfProcess {
+public:
+    DataOfProcess() = default;
+    ~DataOfProcess()
+    {
+        if (m_forkGeneration != ForkGeneration()) {
+            (void)m_data.release();
+        }
+    }
+    DataOfProcess(const DataOfProcess&) = delete;
+    DataOfProcess& operator=(const DataOfProcess&) = delete;
+
+    /// Under the lock. Throws std::bad_alloc.
+    Data& Get()
+    {
+        if (m_forkGeneration != ForkGeneration()) {
+            auto data = std::make_unique<Data>();
+            (void)m_data.release();
+            m_data = std::move(data);
+            m_forkGeneration = ForkGeneration();
+        }
+        return *m_data;
+    }
+
+private:
+    std::unique_ptr<Data> m_data = std::make_unique<Data>();
+    unsigned int m_forkGeneration = ForkGeneration();
+};
 
 /// Path of the library or program in which an address lies; empty when nobody knows.
 std::string FileOf(const void* address);
@@ -48,15 +81,19 @@ public:
     /// Makes the file or empties it; with `isNew` fails when it exists. False with errno set.
     bool Open(const std::string& path, bool isNew);
 
-    bool IsOpen() const noexcept { return m_descriptor >= 0; }
+    /// A program may close all files and get one of its own in the place of this one: that is left alone, and this one
+    /// is not open any more.
+    bool IsOpen() noexcept;
 
-    /// Writes all, or nothing if that is possible. False with errno set.
+    /// Writes all, or nothing if that is possible. False with errno set. The file must be open.
     bool Write(const char* data, std::size_t size);
 
     void Close() noexcept;
 
 private:
     int m_descriptor = -1;
+    std::uint64_t m_device = 0; // with m_inode what the system knows the file by
+    std::uint64_t m_inode = 0;
     std::int64_t m_size = 0; // of what was written whole
 };
 

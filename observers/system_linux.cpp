@@ -103,13 +103,29 @@ bool OutputFile::Open(const std::string& path, bool isNew)
         return false;
     }
     m_size = 0;
+    struct stat status {};
+    fstat(opened, &status);
+    m_device = status.st_dev;
+    m_inode = status.st_ino;
     if (opened >= kFirstOwn) {
         m_descriptor = opened;
         return true;
     }
     m_descriptor = fcntl(opened, F_DUPFD_CLOEXEC, kFirstOwn);
     close(opened);
-    return IsOpen();
+    return m_descriptor >= 0;
+}
+
+bool OutputFile::IsOpen() noexcept
+{
+    if (m_descriptor < 0) {
+        return false;
+    }
+    struct stat status {};
+    if (fstat(m_descriptor, &status) != 0 || status.st_dev != m_device || status.st_ino != m_inode) {
+        m_descriptor = -1;
+    }
+    return m_descriptor >= 0;
 }
 
 bool OutputFile::Write(const char* data, std::size_t size)

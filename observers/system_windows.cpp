@@ -96,6 +96,8 @@ bool OutputFile::Open(const std::string& path, bool isNew)
     return IsOpen();
 }
 
+bool OutputFile::IsOpen() noexcept { return m_descriptor >= 0; }
+
 bool OutputFile::Write(const char* data, std::size_t size)
 {
     std::size_t done = 0;

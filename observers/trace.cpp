@@ -1,5 +1,6 @@
 #include "trace.h"
 
+#include "event_buffer.h"
 #include "message_types.h"
 #include "quietly.h"
 
@@ -7,8 +8,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
-#include <new>
-#include <system_error>
+#include <exception>
 #include <utility>
 
 using zrobservers::Quietly;
@@ -21,10 +21,10 @@ constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
 
 constinit std::atomic<std::uint32_t> g_traces{0};
 
-/// The traces, in this process, to which the thread has told its name.
+/// The last few traces, in this process, to which the thread has told its name.
 class NamedIn {
 public:
-    /// Whether the trace is a new one among the last four.
+    /// Whether the trace is a new one among them.
     bool Add(std::uint32_t trace, unsigned int forkGeneration)
     {
         for (const Entry& entry : m_entries) {
@@ -45,6 +45,14 @@ private:
     std::size_t m_next = 0;
 };
 constinit thread_local NamedIn t_namedIn;
+
+/// Of this thread alone; the system gives its ID to another one later.
+std::uint64_t ThreadNumber()
+{
+    static constinit std::atomic<std::uint64_t> last{0};
+    thread_local const std::uint64_t number = ++last;
+    return number;
+}
 
 /// On the clock of ZRProfiler::GetTicks.
 std::int64_t Now() { return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count(); }
@@ -92,8 +100,8 @@ private:
         while (!m_wake.wait_for(guard, kPause, [this] { return m_isOver; })) {
             guard.unlock();
             try {
-                trace.Flush();
-            } catch (const std::bad_alloc&) { // what could not be written is lost
+                trace.Write(); // a failure is told by others, as who waits for this thread may hold locks of observers
+            } catch (const std::exception&) {
             }
             guard.lock();
         }
@@ -110,20 +118,27 @@ ZRTraceFile::Trace::Trace(const HCString& path, const ZRFilter& filter, Start st
     , m_filter(filter)
     , m_start(start)
     , m_number(++g_traces)
-    , m_buffers(new Buffers)
     , m_process(zrobservers::ProcessId())
     , m_forkGeneration(zrobservers::ForkGeneration())
 {
-    if (m_start == Start::kNow) {
-        OpenFile();
+    m_buffers = new Buffers;
+    try {
+        if (m_start == Start::kNow) {
+            NoteWhether(OpenFile());
+        }
+        TellFailure();
+        m_messages = ZRListener(*ZRGetMessageHandler(), Quietly(*this, &Trace::OnMessage));
+        m_timers = ZRListener(*ZRGetProfilerStateHandler(), Quietly(*this, &Trace::OnTimer));
+        m_progress = ZRListener(Quietly(*this, &Trace::OnProgress));
+    } catch (...) {
+        End();
+        throw;
     }
-    TellFailure();
-    m_messages = ZRListener(*ZRGetMessageHandler(), Quietly(*this, &Trace::OnMessage));
-    m_timers = ZRListener(*ZRGetProfilerStateHandler(), Quietly(*this, &Trace::OnTimer));
-    m_progress = ZRListener(Quietly(*this, &Trace::OnProgress));
 }
 
-ZRTraceFile::Trace::~Trace()
+ZRTraceFile::Trace::~Trace() { End(); }
+
+void ZRTraceFile::Trace::End()
 {
     m_messages = ZRListener();
     m_timers = ZRListener();
@@ -132,9 +147,13 @@ ZRTraceFile::Trace::~Trace()
         return;
     }
     delete m_flusher;
-    Flush();
-    if (m_file.IsOpen()) {
-        m_file.Write("\n]\n", 3);
+    try {
+        Write();
+        if (m_file.IsOpen() && OpenFile()) {
+            m_file.Write("\n]\n", 3);
+        }
+        TellFailure();
+    } catch (const std::exception&) { // of an observer, or there is no memory
     }
     delete m_buffers;
 }
@@ -177,7 +196,7 @@ void ZRTraceFile::Trace::OnProgress(const ZRObservedObjectEvent& event)
     switch (event.GetCode()) {
     case ZR_EVENT_PROGRESS_START:
         ++m_progressRun;
-        m_hasProgressSpan = true;
+        m_progressSpanIn = zrobservers::ForkGeneration();
         m_progressTitle = event.GetText();
         Append("b", "progress", now, m_progressTitle.View(), span);
         break;
@@ -190,7 +209,8 @@ void ZRTraceFile::Trace::OnProgress(const ZRObservedObjectEvent& event)
         break;
     }
     case ZR_EVENT_PROGRESS_END:
-        if (std::exchange(m_hasProgressSpan, false)) { // else it began before the trace
+        if (std::exchange(m_progressSpanIn, std::nullopt) == zrobservers::ForkGeneration()) {
+            // else it began before the trace
             Append("e", "progress", now, m_progressTitle.View(), span);
         }
         break;
@@ -209,7 +229,7 @@ template <typename Fill> void ZRTraceFile::Trace::Append(
         if (!IsOfThisProcess()) {
             StartInChild();
         }
-        if (m_flusher == nullptr) {
+        if (!m_hasTriedFlusher) {
             StartFlusher();
         }
         const std::uint64_t thread = zrobservers::ThreadId();
@@ -228,9 +248,23 @@ template <typename Fill> void ZRTraceFile::Trace::Append(
     if (isFull) {
         Write();
     }
+    TellFailure();
 }
 
+/// Unless it is named: asking the system is dear.
 void ZRTraceFile::Trace::NameThread(std::uint64_t thread)
+{
+    constexpr std::size_t kMost = 10'000;
+    auto& named = m_buffers->namedThreads;
+    if (named.size() >= kMost) { // most of them have ended
+        named.clear();
+    }
+    if (named.insert(ThreadNumber()).second) {
+        WriteThreadName(thread);
+    }
+}
+
+void ZRTraceFile::Trace::WriteThreadName(std::uint64_t thread)
 {
     const std::string name = zrobservers::ThreadName();
     if (name.empty()) {
@@ -251,6 +285,7 @@ void ZRTraceFile::Trace::StartInChild()
     m_count = 0;
     m_file.Close();
     m_flusher = nullptr;
+    m_hasTriedFlusher = false;
     m_forkGeneration = zrobservers::ForkGeneration();
 }
 
@@ -258,9 +293,10 @@ void ZRTraceFile::Trace::StartInChild()
 /// written when it is full, and at the end.
 void ZRTraceFile::Trace::StartFlusher()
 {
+    m_hasTriedFlusher = true;
     try {
         zrobservers::WithoutSignals([this] { m_flusher = new Flusher(*this); });
-    } catch (const std::system_error&) {
+    } catch (const std::exception&) {
     }
 }
 
@@ -273,7 +309,11 @@ void ZRTraceFile::Trace::Flush()
     TellFailure();
 }
 
-std::string ZRTraceFile::Trace::GetPath() const { return m_openPath; }
+std::string ZRTraceFile::Trace::GetPath()
+{
+    const std::lock_guard guard(m_fileLock);
+    return IsOfThisProcess() ? m_buffers->openPath : "";
+}
 
 void ZRTraceFile::Trace::Write()
 {
@@ -286,11 +326,7 @@ void ZRTraceFile::Trace::Write()
     if (text.GetSize() == 0) {
         return;
     }
-    const bool isWritten = (m_file.IsOpen() || OpenFile()) && m_file.Write(text.GetString(), text.GetSize());
-    m_isSound = isWritten;
-    if (int none = 0; !isWritten) {
-        m_failure.compare_exchange_strong(none, errno);
-    }
+    NoteWhether(OpenFile() && m_file.Write(text.GetString(), text.GetSize()));
     const bool isLarge = text.GetSize() > 4 * kFullBuffer; // one huge message need not stay for ever
     text.Clear();
     if (isLarge) {
@@ -298,14 +334,28 @@ void ZRTraceFile::Trace::Write()
     }
 }
 
-/// The first object is the name of the process, so that all others have a comma before them.
+/// When it is not, errno says why.
+void ZRTraceFile::Trace::NoteWhether(bool isWritten)
+{
+    m_isSound = isWritten;
+    if (int none = 0; !isWritten) {
+        m_failure.compare_exchange_strong(none, errno);
+    }
+}
+
+/// Unless it is open. The first object is the name of the process, so that all others have a comma before them; when
+/// there is no room for it the file stays open and gets it later.
 bool ZRTraceFile::Trace::OpenFile()
 {
-    if (!OpenPath()) {
-        m_isSound = false;
-        int none = 0;
-        m_failure.compare_exchange_strong(none, errno);
-        return false;
+    if (!m_file.IsOpen()) {
+        if (!OpenPath()) {
+            return false;
+        }
+        m_hasBeenOpen = true;
+        m_owesHeader = true;
+    }
+    if (!m_owesHeader) {
+        return true;
     }
     zrobservers::JsonBuffer text;
     Object::Writer writer;
@@ -314,24 +364,21 @@ bool ZRTraceFile::Trace::OpenFile()
         object.AddPlain("name", "process_name").AddPlain("ph", "M").Add("pid", static_cast<std::int64_t>(m_process));
         object.StartObject("args").Add("name", std::string_view(zrobservers::ProcessName())).EndObject();
     }
-    if (!m_file.Write(text.GetString(), text.GetSize())) {
-        m_file.Close();
-        return false;
-    }
-    return true;
+    m_owesHeader = !m_file.Write(text.GetString(), text.GetSize());
+    return !m_owesHeader;
 }
 
 bool ZRTraceFile::Trace::OpenPath()
 {
-    m_openPath.clear();
-    const bool isTheOnlyOne = m_start == Start::kNow && !m_isChild;
+    m_buffers->openPath.clear();
+    const bool isTheOnlyOne = m_start == Start::kNow && !m_isChild && !m_hasBeenOpen;
     // Whatever is there already stays: the trace of another process, or of this one before it has become another
-    // program.
+    // program or has closed the file.
     constexpr int kMost = 1000;
     for (int number = m_isChild ? 1 : 0; number < kMost; ++number) {
         const std::string path = number == 0 ? m_path : WithProcess(m_path, number);
         if (m_file.Open(path, !isTheOnlyOne)) {
-            m_openPath = path;
+            m_buffers->openPath = path;
             return true;
         }
         if (isTheOnlyOne || errno != EEXIST) {
@@ -341,14 +388,14 @@ bool ZRTraceFile::Trace::OpenPath()
     return false;
 }
 
-/// Once, and without a lock, as a message calls observers.
+/// Once, and without a lock of the trace, as a message calls observers.
 void ZRTraceFile::Trace::TellFailure()
 {
     const int error = m_failure.load(std::memory_order_relaxed);
     if (error != 0 && !m_isTold.exchange(true)) {
         HCString text;
         text.Format("%s: %s", m_path.c_str(), std::strerror(error));
-        ZRErrorSet(1, text, "ZRTraceFile", 0, 1);
+        zrobservers::Tell(text, "ZRTraceFile");
     }
 }
 

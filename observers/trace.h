@@ -10,8 +10,10 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
+#include <unordered_set>
 
 /// Events are put as text into a buffer, under m_lock. Whoever writes the buffer to the file holds m_fileLock, takes
 /// the buffer away under m_lock, and writes it without, so that senders do not wait for the disk.
@@ -29,10 +31,10 @@ public:
 
     void Flush();
     bool IsSound() const { return m_isSound.load(std::memory_order_relaxed); }
-    std::int64_t GetEventCount() const { return m_count.load(std::memory_order_relaxed); }
+    std::int64_t GetEventCount() const { return IsOfThisProcess() ? m_count.load(std::memory_order_relaxed) : 0; }
 
     /// Path of the file that is written; empty before it is open.
-    std::string GetPath() const;
+    std::string GetPath();
 
 private:
     using Object = zrobservers::JsonObject;
@@ -43,6 +45,8 @@ private:
         zrobservers::JsonBuffer collected;
         zrobservers::JsonBuffer written; // guarded by m_fileLock
         Object::Writer writer;
+        std::unordered_set<std::uint64_t> namedThreads; // numbers of those whose names are there
+        std::string openPath; // guarded by m_fileLock
     };
     class Flusher;
 
@@ -53,11 +57,14 @@ private:
     template <typename Fill>
     void Append(const char* phase, const char* category, std::int64_t nanoseconds, std::string_view name, Fill fill);
     void NameThread(std::uint64_t thread);
+    void WriteThreadName(std::uint64_t thread);
     void StartInChild();
     void StartFlusher();
     void Write();
+    void NoteWhether(bool isWritten);
     bool OpenFile();
     bool OpenPath();
+    void End();
     bool IsOfThisProcess() const;
     void TellFailure();
 
@@ -67,14 +74,15 @@ private:
     const std::uint32_t m_number; // of this trace among those of the process
 
     HCThreadSync m_lock; // as all locks here one that works in a forked child
-    Buffers* m_buffers; // owned
+    Buffers* m_buffers = nullptr; // owned
     std::uint64_t m_process;
     std::atomic<unsigned int> m_forkGeneration; // of the process that writes
     bool m_isChild = false; // of the process that has made this object
 
     HCThreadSync m_fileLock;
     zrobservers::OutputFile m_file;
-    std::string m_openPath;
+    bool m_hasBeenOpen = false;
+    bool m_owesHeader = false; // there was no room for it
 
     std::atomic<bool> m_isSound{true}; // the last write succeeded
     std::atomic<int> m_failure{0}; // errno of the first failure; 0 before it
@@ -82,10 +90,11 @@ private:
     std::atomic<std::int64_t> m_count{0};
     // Guarded by the lock of the observer.
     std::int64_t m_progressRun = 0;
-    bool m_hasProgressSpan = false;
+    std::optional<unsigned int> m_progressSpanIn; // ForkGeneration of the process that has begun one
     HCString m_progressTitle = ZRProgressGetTitle();
 
-    Flusher* m_flusher = nullptr; // owned; null before the first event
+    Flusher* m_flusher = nullptr; // owned; null before the first event, and when there could be no thread
+    bool m_hasTriedFlusher = false;
     zrobservers::ProfilerOn m_profilerOn;
     // Last, so that they go first. One observer for each subject, so that none of their locks is held while a message
     // of another is under way.

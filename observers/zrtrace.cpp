@@ -27,7 +27,7 @@ constexpr int kNotRunnable = 126;
 constexpr int kNotFound = 127;
 
 constexpr const char* kHelp =
-    R"(Usage: zrtrace [--trace FILE] [--json FILE] [--profile] [--progress] PROGRAM [ARGUMENT...]
+    R"(Usage: zrtrace [--trace FILE] [--json FILE] [--filter TEXT] [--profile] [--progress] PROGRAM [ARGUMENT...]
 
 Runs PROGRAM, which uses ZRLib, with the profiler on and observers attached, and says on standard error what they have
 written, how many events there were and where most of the time went.
@@ -113,14 +113,17 @@ private:
         if (fs::exists(path) && !fs::is_regular_file(path)) {
             Refuse(path + " is not a regular file");
         }
-        if (key == "trace") {
-            m_tracePath = path;
+        std::string& place = key == "trace" ? m_tracePath : m_jsonPath;
+        if (!place.empty()) {
+            Refuse("--" + key + " is given twice");
         }
+        place = path;
         m_words += key + "=" + path + ";";
     }
 
     std::string m_words;
     std::string m_tracePath;
+    std::string m_jsonPath;
 };
 
 /// A trace that is there already is put aside, so that the first process of the program that sends something can make
@@ -281,7 +284,9 @@ void Report(const Summary& summary, const Options& options, const char* program,
             options.GetTracePath().c_str());
     } else if (WIFEXITED(status)) {
         std::fprintf(stderr,
-            "zrtrace: nothing came from %s: it does not use ZRLib, or sends no message and has no timer\n", program);
+            "zrtrace: nothing came from %s: it does not use ZRLib, sends no message and has no timer, or has given up "
+            "the rights to say so\n",
+            program);
     } else {
         std::fprintf(stderr, "zrtrace: nothing came from %s before signal %d ended it\n", program, WTERMSIG(status));
     }

@@ -2,6 +2,7 @@
 
 import gdb
 import gdb.printing
+import gdb.types
 
 MESSAGE_TYPES = {1: "OUT", 2: "WARNING", 4: "ERROR", 8: "TRACE"}
 
@@ -178,8 +179,18 @@ class HolderPrinter:
         yield "object", self._object
 
 
+class Collection(gdb.printing.RegexpCollectionPrettyPrinter):
+    """Leaves alone what the program has no debug information of."""
+
+    def __call__(self, value):
+        kind = gdb.types.get_basic_type(value.type)
+        if kind.code == gdb.TYPE_CODE_STRUCT and not kind.fields():
+            return None
+        return super().__call__(value)
+
+
 def printers():
-    collection = gdb.printing.RegexpCollectionPrettyPrinter("zrlib")
+    collection = Collection("zrlib")
     collection.add_printer("ZRMsg", "^ZRMsg$", MessagePrinter)
     collection.add_printer("ZRProfilerState", "^ZRProfilerState$", StatePrinter)
     collection.add_printer("ZRObservedObjectEvent", "^ZRObservedObjectEvent$", EventPrinter)

@@ -11,7 +11,7 @@
 /// Keeps the last messages in memory, traces included, and appends them to a file when there is a reason: a message of
 /// a type that you choose, WriteNow, or a crash. Each message is written once:
 ///
-///     -- 3 messages, process 4711: an error
+///     -- 3 messages, process 4711: a message of type ERROR
 ///     2026-11-23T20:15:02.123456Z 4711 TRACE 1 Map::Load: reads roads
 ///     2026-11-23T20:15:02.123470Z 4712 WARNING 1 Map::Load: line 7 is empty
 ///     2026-11-23T20:15:02.123999Z 4711 ERROR 1 Map::Check: no roads

@@ -17,7 +17,7 @@
 ///     EXPECT_EQ(recorder.GetMessages(ZR_MSG_ERROR)[0].GetText(), "no such file does not exist");
 ///
 /// Messages are on while it exists (ZRSetMessagesEnabled), as otherwise there would be none. Timers and progress are
-/// recorded while they are on.
+/// recorded while they are on. A child of `fork` begins with nothing recorded.
 class ZR_OBSERVERS_API ZRRecorder {
 public:
     using Predicate = std::function<bool(const ZRObservedObjectEvent&)>;

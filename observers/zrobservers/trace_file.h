@@ -21,9 +21,13 @@
 /// Events are collected and written by a thread of the object four times a second, or by the sender when 256 KiB have
 /// come together. A process that is killed leaves a file without its last bracket, which the viewers take. In a child
 /// of `fork` the trace goes on in a file of its own, with the ID of the process before the extension, once the child
-/// sends something.
+/// sends something. So it does when the program has closed the file. One path belongs to one process: two that open the
+/// same one write over each other.
 ///
-/// What cannot be written is lost: a full disk, a missing folder. It is told once, and later events are written again.
+/// What cannot be written is lost: a full disk, a missing folder. It is told once, by the next sender, Flush or the
+/// destructor, and later events are written again.
+///
+/// Not for static objects of libraries on Windows, where the system ends threads before these go.
 class ZR_OBSERVERS_API ZRTraceFile {
 public:
     /// Opens the file and empties it. path: UTF-8. filter: of messages and timers.

@@ -6,8 +6,10 @@
 #include <algorithm>
 #include <array>
 #include <mutex>
+#include <set>
 #include <sstream>
 #include <stdexcept>
+#include <thread>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -18,7 +20,8 @@ struct Map {
     template <typename T> void Check(T value) const
     {
         ZR_WARN("%d is odd", value);
-        [value] { ZR_ERROR_AT(7, "%d of a lambda", value); }();
+        const auto lambda = [](const auto& what) { ZR_ERROR_AT(7, "%d of a lambda", what); };
+        lambda(value);
     }
     Map& operator<<(int value)
     {
@@ -33,6 +36,10 @@ struct Map {
 struct Odd {
     using Names = std::vector<std::string>;
     Names names;
+    const char* (*initialised)() = [] {
+        static constexpr auto kName = ZR_FUNCTION_NAME();
+        return kName.Text();
+    };
 
     void Add(const char* name) { names.emplace_back(name); }
     decltype(auto) Deduced() { return Add(ZR_FUNCTION_NAME().Text()); }
@@ -124,12 +131,13 @@ TEST_F(Convenience, MessagesSayWhereTheyAreSentAndCostNothingWhenNobodyWantsThem
     odd->Function();
     odd.Member();
     odd.Myoperator(odd(1));
+    odd.Add(odd.initialised());
     const Odd::Names& names = odd;
     EXPECT_EQ(std::string(names.back(), 0, 20), "Odd::operator const ") << "and how the compiler goes on";
     odd.names.pop_back();
     EXPECT_EQ(odd.names,
         (Odd::Names{"Odd::Deduced", "Odd::Trailing", "Odd::operator->", "Odd::Function", "Odd::Member",
-            "Odd::operator()", "Odd::Myoperator"}));
+            "Odd::operator()", "Odd::Myoperator", "Odd"}));
 }
 
 TEST_F(Convenience, GuardsPutThingsBack)
@@ -180,6 +188,7 @@ TEST_F(Convenience, GuardsPutThingsBack)
     constexpr int kBridge = static_cast<int>(0xA04F3001);
     {
         ZRRegistration roads(0x3000, "Roads");
+        EXPECT_FALSE(ZRRegistration(0x4000, "Short").Add(0x4001, "which would stay"));
         EXPECT_TRUE(roads.Add(kBridge, "Bridge") && roads.IsComplete());
         EXPECT_FALSE(roads.Add(kBridge, "Again", ZRClassID::MakeInternalID(kBridge)) || roads.IsComplete());
         const ZRRegistration refused(0x3000, "Twice");
@@ -208,6 +217,8 @@ TEST_F(Convenience, StringsAndContainersLiveAmongTheStandardTypes)
     const HCString string(std::string_view("a\0b", 3));
     EXPECT_EQ(string.View().size() + string.ToString().size(), 6U);
     EXPECT_EQ(std::count(string.begin(), string.end(), 'b'), 1);
+    const std::set<HCString, std::less<>> ordered{"a", "b", "c"};
+    EXPECT_TRUE(ordered.count(std::string_view("b")) == 1 && *ordered.lower_bound(std::string("bb")) == "c");
     EXPECT_EQ((std::unordered_set<HCString>{"key", HCString("key"), "other"}).size(), 2U);
     std::ostringstream stream;
     stream << HCString("text");

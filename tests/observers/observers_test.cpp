@@ -12,15 +12,19 @@
 
 #if !defined(_WIN32)
 #include <csignal>
+#include <fcntl.h>
 #include <pthread.h>
 #include <pty.h>
 #include <sys/resource.h>
+#include <sys/wait.h>
 #include <unistd.h>
 #endif
 
 namespace {
 
 namespace fs = std::filesystem;
+
+using Lines = std::vector<std::string>;
 
 class Observers : public test::Messages {
 protected:
@@ -42,9 +46,9 @@ protected:
     }
 
     /// "phase name", in the order of the file.
-    static std::vector<std::string> Names(const rapidjson::Document& events)
+    static Lines Names(const rapidjson::Document& events)
     {
-        std::vector<std::string> names;
+        Lines names;
         for (const auto& event : events.GetArray()) {
             if (*event["ph"].GetString() != 'M') {
                 names.push_back(std::string(event["ph"].GetString()) + " " + event["name"].GetString());
@@ -52,9 +56,21 @@ protected:
         }
         return names;
     }
-};
 
-using Lines = std::vector<std::string>;
+#if !defined(_WIN32)
+    /// What a further process has traced.
+    Lines NamesOfOther() const
+    {
+        for (const auto& entry : fs::directory_iterator(m_home.Folder())) {
+            const std::string name = entry.path().filename();
+            if (name.rfind("trace.", 0) == 0 && name != "trace.json") {
+                return Names(Events(entry.path()));
+            }
+        }
+        return {};
+    }
+#endif
+};
 
 TEST_F(Observers, TraceShowsTimersAsTheyWereNested)
 {
@@ -370,6 +386,47 @@ TEST_F(Observers, TraceSurvivesAFullDisk)
     EXPECT_EQ(std::count(names.begin(), names.end(), "i two"), 0);
 }
 
+TEST_F(Observers, ForkedChildKeepsItsFilesAndHasOneTrace)
+{
+    const std::string path = PathOf("trace.json");
+    ZRTraceFile trace(path.c_str());
+    ZR_OUT("in the parent");
+    trace.Flush();
+    const pid_t child = fork();
+    if (child == 0) {
+        bool isGood = trace.GetEventCount() == 0;
+        constexpr int kMostFiles = 32; // one of which has the number of the trace
+        for (int file = 3; file < kMostFiles; ++file) {
+            close(file);
+        }
+        const int own = open(PathOf("own").c_str(), O_WRONLY | O_CREAT, 0600);
+        for (int file = 3; file < kMostFiles; ++file) {
+            dup2(own, file);
+        }
+        std::signal(SIGXFSZ, SIG_IGN);
+        for (const rlim_t most : {rlim_t{0}, rlim_t{0}, RLIM_INFINITY}) {
+            const rlimit limit{most, RLIM_INFINITY};
+            setrlimit(RLIMIT_FSIZE, &limit);
+            ZR_OUT("in the child");
+            trace.Flush();
+        }
+        for (int file = 3; file < kMostFiles; ++file) {
+            isGood = isGood && fcntl(file, F_GETFD) >= 0;
+        }
+        _exit(isGood && fs::file_size(PathOf("own")) == 0 && trace.IsOpen() ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(Names(Events(path)), (Lines{"i in the parent"}));
+    const Lines names = NamesOfOther();
+    EXPECT_EQ(std::count(names.begin(), names.end(), "i in the child"), 1) << "the others had no room";
+    const fs::directory_iterator files(m_home.Folder());
+    EXPECT_EQ(std::count_if(begin(files), end(files),
+                  [](const auto& file) { return file.path().filename().string().rfind("trace.", 0) == 0; }),
+        2);
+}
+
 class ZrTrace : public Observers {
 protected:
     void SetUp() override
@@ -383,18 +440,6 @@ protected:
         std::vector<std::string> all{"--trace", PathOf("trace.json"), "--json", PathOf("lines")};
         all.insert(all.end(), words.begin(), words.end());
         return test::Run(ZRTRACE_PROGRAM, all);
-    }
-
-    /// What a further process has traced.
-    Lines NamesOfOther() const
-    {
-        for (const auto& entry : fs::directory_iterator(m_home.Folder())) {
-            const std::string name = entry.path().filename();
-            if (name.rfind("trace.", 0) == 0 && name != "trace.json") {
-                return Names(Events(entry.path()));
-            }
-        }
-        return {};
     }
 };
 
@@ -424,7 +469,8 @@ TEST_F(ZrTrace, LeavesProgramsAlone)
     EXPECT_EQ(foreign.exitCode, 3);
     EXPECT_EQ(foreign.output, "out\n");
     EXPECT_NE(foreign.errors.find("nothing came from sh"), std::string::npos);
-    for (const Lines& wrong : {Lines{"--unknown"}, {"--trace", ""}, {"--trace", "/dev/null", "true"}}) {
+    for (const Lines& wrong : {Lines{"--unknown"}, {"--trace", ""}, {"--trace", "/dev/null", "true"},
+             {"--trace", "a", "--trace", "b", "true"}}) {
         EXPECT_EQ(test::Run(ZRTRACE_PROGRAM, wrong).exitCode, 125);
     }
     const auto lost = test::Run(ZRTRACE_PROGRAM, {"--trace", PathOf("missing/trace"), TRACED_PROGRAM, "exit"});

@@ -20,7 +20,7 @@ int main()
     ZRProfilerState state("Map::Load");
     static_cast<void>(ZRProfiler(&state));
     ZRRegistration roads(0x3000, "Roads");
-    roads.Add(0x3001, "Bridge");
+    roads.Add(static_cast<int>(0xA04F3001), "Bridge");
     ZRSetMessagesEnabled(1);
     const ZRListener listener(*ZRGetMessageHandler(), Stop);
     ZR_WARN_AT(3, "a message of %s characters, which is more than fit inside the object", "many");

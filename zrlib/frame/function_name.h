@@ -30,6 +30,9 @@ public:
             depth -= isBracket && signature[place] == '>' ? 1 : 0;
             ++place;
         }
+        while (used != 0 && m_text[used - 1] == ':') { // before a lambda that no function has around it
+            m_text[--used] = '\0';
+        }
         for (std::size_t place = 0; used == 0 && name[place] != 0 && place + 1 < size; ++place) {
             m_text[place] = name[place];
         }
@@ -146,4 +149,4 @@ private:
 } // namespace zr
 
 /// The name of the function in which it stands, as a constant expression with Text().
-#define ZR_FUNCTION_NAME() ::zr::FunctionName<sizeof(__PRETTY_FUNCTION__)>(__PRETTY_FUNCTION__, __builtin_FUNCTION())
+#define ZR_FUNCTION_NAME() ::zr::FunctionName(__PRETTY_FUNCTION__, __builtin_FUNCTION())

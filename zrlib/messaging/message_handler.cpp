@@ -27,9 +27,6 @@ constexpr auto kRelaxed = std::memory_order_relaxed;
 
 constexpr short kAllTypes = ZR_MSG_OUT | ZR_MSG_WARN | ZR_MSG_ERROR | ZR_MSG_TRACE;
 
-/// The destinations to which a line of text goes.
-constexpr short kLineDestinations = ZR_DEST_CONSOLE | ZR_DEST_DEBUGGER | ZR_DEST_FILE;
-
 /// Copied rather than formatted, which takes a tenth of the time. The text ends at its first zero byte, as on the
 /// console.
 HCString Joined(const char* prefix, const char* text, const char* ending)
@@ -80,6 +77,7 @@ constinit std::atomic<short> ZRMessageHandler::m_nOutFlags{0};
 constinit std::atomic<short> ZRMessageHandler::m_nWarnFlags{0};
 constinit std::atomic<short> ZRMessageHandler::m_nErrorFlags{0};
 constinit std::atomic<short> ZRMessageHandler::m_nTraceFlags{0};
+constinit std::atomic<const ZRMessageHandler*> ZRMessageHandler::m_ofProcess{nullptr};
 
 /// What one type of message is called and where it goes.
 struct ZRMessageHandler::MessageType {
@@ -207,8 +205,15 @@ void ZRMessageHandler::BroadcastMessage(ZRMsg& message)
 
 bool ZRMessageHandler::IsWanted(short type) noexcept
 {
+    if (!AreMessagesOn()) {
+        return false;
+    }
     // The handler lies in static storage, so its observers can be counted at any time.
-    return AreMessagesOn() && (HasLine(type) || ZRGetMessageHandler()->GetObserverCount() > 0);
+    const ZRMessageHandler* const handler = ZRGetMessageHandler();
+    if (m_ofProcess.load(kRelaxed) == nullptr) {
+        m_ofProcess.store(handler, std::memory_order_release);
+    }
+    return HasLine(type) || handler->GetObserverCount() > 0;
 }
 
 /// Whether anybody may see an event: an observer, or AdjustEvent of a class that a client derived.

@@ -77,6 +77,9 @@ public:
     /// Whether a message of a type, sent by the handler of the process, would reach anybody: a line or an observer.
     [[nodiscard]] static bool IsWanted(short type) noexcept;
 
+    /// The same without a call, for a type that is known to the compiler.
+    template <short type> [[nodiscard]] static bool IsWanted() noexcept;
+
     // The enabled bits.
     static void SetOutEnabled(char enabled);
     static void SetWarnEnabled(char enabled);
@@ -151,11 +154,33 @@ private:
 
     struct MessageType;
 
+    /// The destinations to which a line of text goes.
+    static constexpr short kLineDestinations = ZR_DEST_CONSOLE | ZR_DEST_DEBUGGER | ZR_DEST_FILE;
+
     ZR_NOT_SHARED static const MessageType* FindType(short type);
     ZR_NOT_SHARED static bool HasLine(short type);
     ZR_NOT_SHARED bool IsObserved() const;
     template <typename Then> void Pass(const HCString& text, short type, Then then);
     ZR_NOT_SHARED void Deliver(const HCString& text, const MessageType& type);
 
+    static std::atomic<const ZRMessageHandler*> m_ofProcess; // null until IsWanted has asked for it
+
     ZRThreadSync m_sync; // taken as an HCThreadSync, so that no switch has any influence on it
 };
+
+template <short type> bool ZRMessageHandler::IsWanted() noexcept
+{
+    static_assert(type == ZR_MSG_OUT || type == ZR_MSG_WARN || type == ZR_MSG_ERROR || type == ZR_MSG_TRACE);
+    if (!AreMessagesOn()) {
+        return false;
+    }
+    const std::atomic<short>& flags = type == ZR_MSG_OUT ? m_nOutFlags
+        : type == ZR_MSG_WARN                            ? m_nWarnFlags
+        : type == ZR_MSG_ERROR                           ? m_nErrorFlags
+                                                         : m_nTraceFlags;
+    if ((flags.load(std::memory_order_relaxed) & kLineDestinations) != 0) {
+        return true;
+    }
+    const ZRMessageHandler* const handler = m_ofProcess.load(std::memory_order_acquire);
+    return handler != nullptr ? handler->GetObserverCount() > 0 : IsWanted(type);
+}

@@ -4,6 +4,8 @@
 #include "zrlib/frame/function_name.h"
 #include "zrlib/messaging/message_functions.h"
 
+#include <type_traits>
+
 // ZR_OUT("read %d files", count);
 //
 // Each is a statement that formats a text as printf does and sends it as the function of its type does
@@ -11,9 +13,10 @@
 // kin take another level, ZR_LEVEL_FIRST to ZR_LEVEL_LAST, first.
 //
 // The format is a literal, so that no text from outside can be taken for one, and the compiler checks the arguments
-// against it (-Wformat, which -Wall includes). While nobody can receive the message the arguments are not evaluated: a
-// call costs a load and a branch then, whatever they would cost. ZR_ERROR and ZR_ERROR_SET always evaluate and format,
-// because the error is recorded.
+// against it (-Wformat, which -Wall includes). The arguments are numbers and pointers; a text is given as const char*.
+// While nobody can receive the message they are not evaluated: a call costs a load and a branch then if the master
+// switch is off, and four of each if it is on, whatever the arguments would cost. ZR_ERROR and ZR_ERROR_SET always
+// evaluate and format, because the error is recorded.
 //
 // Threads: any. Errors: those of HCString::Format and of the function.
 
@@ -39,6 +42,13 @@ namespace zr {
 /// Accepts a literal. What else an empty literal can stand before, such as "a" + 1, is no array.
 template <std::size_t size> constexpr bool IsLiteral(const char (&/*literal*/)[size]) { return true; }
 
+/// Accepts what may follow a format. Takes values rather than references, so that arrays are pointers and constants
+/// need no address.
+template <typename... Arguments> constexpr void AcceptArguments(Arguments... /*arguments*/)
+{
+    static_assert((std::is_scalar_v<Arguments> && ...), "give texts as const char*");
+}
+
 } // namespace zr
 
 #define ZR_FIRST_(first, ...) first
@@ -46,6 +56,9 @@ template <std::size_t size> constexpr bool IsLiteral(const char (&/*literal*/)[s
 #define ZR_FORMAT_AND_(send, ...)                                                                                      \
     do {                                                                                                               \
         static_assert(::zr::IsLiteral("" ZR_FIRST_(__VA_ARGS__, 0)), "the format is a literal");                       \
+        if (false) { /* decltype would take no lambda */                                                               \
+            ::zr::AcceptArguments(__VA_ARGS__);                                                                        \
+        }                                                                                                              \
         constexpr auto zrPlace_ = ZR_FUNCTION_NAME();                                                                  \
         HCString zrText_;                                                                                              \
         zrText_.Format(__VA_ARGS__);                                                                                   \
@@ -57,7 +70,7 @@ template <std::size_t size> constexpr bool IsLiteral(const char (&/*literal*/)[s
 
 #define ZR_SEND_IF_WANTED_(type, send, level, ...)                                                                     \
     do {                                                                                                               \
-        if (ZRMessageHandler::AreMessagesOn() && ZRMessageHandler::IsWanted(type)) {                                   \
+        if (ZRMessageHandler::IsWanted<type>()) {                                                                      \
             ZR_SEND_(send, level, __VA_ARGS__);                                                                        \
         }                                                                                                              \
     } while (false)

@@ -13,7 +13,7 @@
 /// the master switch changes by that (ZR_EVENT_MESSAGES_ENABLED). Threads: any.
 class [[nodiscard]] ZRMessageSettings {
 public:
-    ZRMessageSettings() = default;
+    [[nodiscard]] ZRMessageSettings() = default;
     ~ZRMessageSettings()
     {
         ZRSetOutFlags(m_outFlags);

@@ -23,7 +23,7 @@ public:
     ZRAttachment() noexcept = default;
 
     /// Throws std::bad_alloc.
-    ZRAttachment(ZRObservedObject& subject, ZRObjectObserver& observer)
+    [[nodiscard]] ZRAttachment(ZRObservedObject& subject, ZRObjectObserver& observer)
         : m_subject(&subject)
         , m_observer(&observer)
     {
@@ -31,7 +31,7 @@ public:
     }
 
     /// To the subject of the process, which sends progress (ZRAttachObserver).
-    explicit ZRAttachment(ZRObjectObserver& observer)
+    [[nodiscard]] explicit ZRAttachment(ZRObjectObserver& observer)
         : m_observer(&observer)
     {
         ZRAttachObserver(&observer);

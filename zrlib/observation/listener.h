@@ -28,14 +28,14 @@ public:
     ZRListener() noexcept = default;
 
     /// Throws std::bad_alloc. An empty function does nothing.
-    ZRListener(ZRObservedObject& subject, Function function)
+    [[nodiscard]] ZRListener(ZRObservedObject& subject, Function function)
         : m_observer(std::make_unique<Observer>(std::move(function)))
         , m_attachment(subject, *m_observer)
     {
     }
 
     /// To the subject of the process, which sends progress (ZRAttachObserver).
-    explicit ZRListener(Function function)
+    [[nodiscard]] explicit ZRListener(Function function)
         : m_observer(std::make_unique<Observer>(std::move(function)))
         , m_attachment(*m_observer)
     {

@@ -39,8 +39,8 @@ public:
     ///
     /// It runs on the sender's thread and holds up the sender. It may attach and detach observers, itself included, and
     /// send events and messages; one that answers a message with a message is called again before it has returned. It
-    /// must not destroy itself or assign to itself. An observer that it detaches may still be running on another thread:
-    /// destroy that one later.
+    /// must not destroy itself or assign to itself. An observer that it detaches may still be running on another
+    /// thread: destroy that one later.
     ///
     /// The locks are taken in one order: that of the handler that sends, then the observer's. Three ways to break it,
     /// so that two threads wait for each other for ever:

@@ -19,8 +19,9 @@
 ///
 /// There is one run for the process. An object does nothing if progress is off when it is built (ZRProgressEnable), or
 /// another object has a run then. At the end the range is put back to what it was, so that it does not leak into the
-/// next run, and then the run ends, even if progress was turned off meanwhile. An observer that throws ends the
-/// process, as at every event that is sent by its destructor.
+/// next run, and then the run ends, even if progress was turned off meanwhile. A run that was begun with
+/// ZRProgressStart before is ended with it. An observer that throws ends the process, as at every event that is sent by
+/// its destructor.
 ///
 /// Threads: any; steps may come from several.
 class ZR_API ZRProgressRun {

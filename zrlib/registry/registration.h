@@ -2,6 +2,7 @@
 #pragma once
 
 #include "hcbase/array.h"
+#include "zrlib/registry/object_entry.h"
 #include "zrlib/registry/registry_functions.h"
 
 /// Registers a library when it is built, and takes its objects and the library back when it goes, for example when a
@@ -11,14 +12,14 @@
 ///     roads.Add(kBridge, "Bridge");
 ///     if (!roads.IsComplete()) { ... } // what was refused was reported
 ///
-/// Only what this object has registered itself is taken back. Objects with short codes stay, because they cannot be
-/// unregistered; give full codes.
+/// Only what this object has registered itself is taken back. Give full codes: short ones, whose high word is 0, are
+/// refused without a report, because their objects cannot be unregistered.
 ///
 /// Threads: one object is used by one thread at a time. Errors: std::bad_alloc from Add, which then has added nothing.
 class [[nodiscard]] ZRRegistration {
 public:
     /// The arguments of ZRRegisterLibrary.
-    ZRRegistration(int library, const HCString& name)
+    [[nodiscard]] ZRRegistration(int library, const HCString& name)
         : m_library(library)
         , m_hasLibrary(ZRRegisterLibrary(library, name) != 0)
         , m_isComplete(m_hasLibrary)
@@ -55,7 +56,7 @@ private:
         m_codes.Append(code); // first, so that no object is forgotten when memory runs out
         bool isRegistered = false;
         try {
-            isRegistered = registerObject() != 0;
+            isRegistered = CanBeTakenBack(code) && registerObject() != 0;
         } catch (...) { // of an observer of the refusal
             Refused();
             throw;
@@ -65,6 +66,9 @@ private:
         }
         return isRegistered;
     }
+
+    /// Not a short code. The registry refuses other wrong ones.
+    static bool CanBeTakenBack(int code) { return (code & ZRObjectEntry::BASEMASK) != 0; }
 
     void Refused()
     {

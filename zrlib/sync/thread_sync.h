@@ -51,6 +51,9 @@ public:
     /// throw. The location has no effect.
     char Unlock(const char* location, ZRLockTrail* trail);
 
+    // That of the base would pass over the count and the switch.
+    bool try_lock() = delete;
+
     /// Whether attempts are reported too.
     [[nodiscard]] char GetVerbose() const noexcept { return m_bVerbose; }
     void SetVerbose(char verbose) { m_bVerbose = verbose; }
