@@ -34,7 +34,9 @@ class ZR_OBSERVERS_API ZREventQueue {
 public:
     /// What happens to an event for which there is no room.
     enum class WhenFull {
-        kWait, // the sender waits until there is room; nothing is lost
+        /// The sender waits until there is room; nothing is lost. The thread that has drained last (at first the one
+        /// that has constructed the queue) does not wait for itself: its events are kept beyond the capacity.
+        kWait,
         kDropOldest, // the event that has waited longest is lost
         kDropNewest, // the event is lost
     };
