@@ -10,6 +10,7 @@
 #include <atomic>
 #include <benchmark/benchmark.h>
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -52,7 +53,9 @@ spdlog::sink_ptr TcpSink()
         address.sin_family = AF_INET;
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         socklen_t size = sizeof(address);
-        bind(listener, reinterpret_cast<sockaddr*>(&address), size);
+        if (bind(listener, reinterpret_cast<sockaddr*>(&address), size) != 0) {
+            std::abort();
+        }
         getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size);
         listen(listener, 8);
         std::thread([listener] {

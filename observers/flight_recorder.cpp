@@ -159,8 +159,7 @@ private:
     {
         const std::uint64_t number = m_count.load(std::memory_order_relaxed) + 1;
         Entry& entry = m_entries[number % m_entries.size()];
-        entry.version.store(2 * number - 1, std::memory_order_relaxed);
-        std::atomic_thread_fence(std::memory_order_release);
+        entry.version.exchange(2 * number - 1, std::memory_order_acquire); // before anything else changes
         entry.time = std::chrono::system_clock::now();
         entry.thread = zrobservers::ThreadId();
         entry.forkGeneration = zrobservers::ForkGeneration();
