@@ -27,7 +27,7 @@ alignas(ZRProfilerStateHandler) constinit std::byte g_profilerStateHandler[sizeo
 // What has become of them. Whoever was inside the library when the module went may use them for ever.
 enum class Handlers : char { kNotYetDecided, kStay, kGone };
 constinit std::atomic<Handlers> g_handlers{Handlers::kNotYetDecided};
-constinit std::atomic<std::uint32_t> g_endsIn{0}; // fork generation of the process in which the module ends
+constinit std::atomic<std::uint32_t> g_endsIn{UINT32_MAX}; // fork generation of the process in which the module ends
 
 bool HandlersHaveGone()
 {
