@@ -191,6 +191,29 @@ TEST_F(Threads, DetachingWaitsForTheCallThatRunsAndForNoQueue)
     EXPECT_LT(slow.calls, callsBefore + 20) << "four senders wait for their turn all the time";
 }
 
+TEST_F(Threads, HundredsAreInObserversAtOnce)
+{
+    static constexpr int kThreads = 200;
+    static std::atomic<int> inside{0};
+    std::vector<std::thread> threads(kThreads);
+    for (std::thread& thread : threads) {
+        thread = std::thread([] {
+            ZRObservedObject subject;
+            const ZRListener listener(subject, [](const ZRObservedObjectEvent& /*event*/) {
+                ++inside;
+                while (inside < kThreads) {
+                    std::this_thread::yield();
+                }
+            });
+            ZRObservedObjectEvent(1).Broadcast(&subject, 0);
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(inside, kThreads);
+}
+
 TEST_F(Threads, TimersOfSeveralThreadsDoNotMeet)
 {
     static ZRProfilerState shared("shared");

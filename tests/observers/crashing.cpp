@@ -19,8 +19,7 @@ namespace {
 void SayEarlier(int signal)
 {
     static_cast<void>(!write(STDOUT_FILENO, "earlier\n", 8));
-    std::signal(signal, SIG_DFL);
-    raise(signal);
+    std::exit(signal);
 }
 #endif
 
