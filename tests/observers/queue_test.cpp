@@ -204,7 +204,7 @@ TEST_F(Queue, ForkedChildBeginsAnew)
     GTEST_SKIP() << "the sanitizers' own locks do not survive fork";
 #endif
     ZREventQueue queue;
-    ZRBackground background;
+    ZRBackground background(*ZRGetMessageHandler());
     const ZRJsonLines lines(background, PathOf("lines.json").c_str());
     ZROut("of the parent", nullptr, 1);
     std::fflush(stdout);
