@@ -469,12 +469,31 @@ TEST_F(ZrTrace, LeavesProgramsAlone)
     EXPECT_EQ(foreign.exitCode, 3);
     EXPECT_EQ(foreign.output, "out\n");
     EXPECT_NE(foreign.errors.find("nothing came from sh"), std::string::npos);
-    for (const Lines& wrong : {Lines{"--unknown"}, {"--trace", ""}, {"--trace", "/dev/null", "true"},
-             {"--trace", "a", "--trace", "b", "true"}}) {
+    EXPECT_NE(Trace({"sh", "-c", "kill $$"}).errors.find("before signal 15"), std::string::npos);
+    EXPECT_EQ(test::Run(ZRTRACE_PROGRAM, {"--", "true"}).exitCode, 0);
+    EXPECT_EQ(test::Run(ZRTRACE_PROGRAM, {"--help"}).exitCode, 0);
+    for (const Lines& wrong : {Lines{}, {"--unknown"}, {"--trace"}, {"--trace", ""}, {"--trace", "/dev/null", "true"},
+             {"--trace", "a", "--trace", "b", "true"}, {"--filter", "a;b", "true"}}) {
         EXPECT_EQ(test::Run(ZRTRACE_PROGRAM, wrong).exitCode, 125);
     }
     const auto lost = test::Run(ZRTRACE_PROGRAM, {"--trace", PathOf("missing/trace"), TRACED_PROGRAM, "exit"});
     EXPECT_NE(lost.errors.find("could not be written"), std::string::npos) << lost.errors;
+}
+
+TEST_F(ZrTrace, IsNotNeededForObserversOfTheEnvironment)
+{
+    const std::string csv = PathOf("profile.csv");
+    const test::EnvironmentGuard words("ZROBSERVERS",
+        "bogus;trace;profile=" + csv + ";profile=second;stacks=" + PathOf("stacks") + ";filter=type=none;progress");
+    const test::EnvironmentGuard library("LD_PRELOAD", ZROBSERVERS_FILE);
+    for (int run = 0; run < 2; ++run) {
+        const std::string errors = test::Run(TRACED_PROGRAM, {"exit"}).errors;
+        for (const char* word : {"word: bogus\n", "word: trace\n", "word: filter=type=none\n"}) {
+            EXPECT_NE(errors.find(word), std::string::npos) << errors;
+        }
+    }
+    EXPECT_EQ(test::Lines(test::ReadFile(csv)).size(), 3U) << "the names of the columns come once";
+    EXPECT_EQ(test::ReadFile(PathOf("stacks")).find("Work "), 0U);
 }
 
 TEST_F(ZrTrace, EndsAsTheProgramEnds)
