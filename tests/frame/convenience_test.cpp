@@ -1,7 +1,7 @@
 // What is there beside the long forms: messages and timers in one line, guards, listeners, and the standard types.
 
 #include "hcbase/string_stream.h"
-#include "tests/messaging/message_fixture.h"
+#include "tests/support/messages.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "tests/messaging/message_fixture.h"
+#include "tests/support/messages.h"
 #include "tests/observation/recording_observer.h"
 #include "zrobservers/recorder.h"
 

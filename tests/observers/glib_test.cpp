@@ -1,6 +1,6 @@
 #define G_LOG_DOMAIN "Roads"
 
-#include "tests/messaging/message_fixture.h"
+#include "tests/support/messages.h"
 #include "zrobservers/from_glib.h"
 #include "zrobservers/recorder.h"
 

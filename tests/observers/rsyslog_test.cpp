@@ -1,6 +1,6 @@
 // The road off the machine: messages through spdlog's TCP sink to one syslog daemon, which sends them on to a second.
 
-#include "tests/messaging/message_fixture.h"
+#include "tests/support/messages.h"
 #include "tests/support/process.h"
 #include "zrobservers/spdlog_bridge.h"
 

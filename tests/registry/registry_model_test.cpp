@@ -1,4 +1,4 @@
-#include "tests/messaging/message_fixture.h"
+#include "tests/support/messages.h"
 #include "tests/registry/registry_model.h"
 
 #include <random>
