@@ -11,7 +11,6 @@
 namespace {
 
 struct Task {
-    unsigned int code = 7;
     HCThread* own = nullptr; // which the thread asks for its exit code
     std::atomic<bool> mayEnd{false};
     std::atomic<bool> isDone{false};
@@ -22,7 +21,7 @@ unsigned int Wait(void* argument)
     Task& task = *static_cast<Task*>(argument);
     test::SpinUntil([&task] { return task.mayEnd.load(); });
     int exitCode = 0;
-    const unsigned int code = task.own == nullptr || task.own->GetExitCode(&exitCode) == 0 ? task.code : 0;
+    const unsigned int code = task.own != nullptr && task.own->GetExitCode(&exitCode) != 0 ? 5 : 7;
     task.isDone = true;
     return code;
 }
@@ -88,8 +87,8 @@ TEST(Thread, HasAnIdOfItsOwn)
         EXPECT_TRUE(test::SpinUntil([&ready] { return ready == kThreads; })) << "all at the same time";
         EXPECT_EQ(HCThread::GetCurrentThreadId(), id);
     });
-    ids.push_back(0);
     EXPECT_EQ(std::set<unsigned int>(ids.begin(), ids.end()).size(), ids.size());
+    EXPECT_EQ(std::count(ids.begin(), ids.end(), 0U), 0);
     EXPECT_EQ(HCThread::AreSameThread(ids[1], ids[1]), 1);
     EXPECT_EQ(HCThread::AreSameThread(ids[1], ids[0]), 0);
     EXPECT_EQ(HCThread::AreSameThread(0, 0), 0);
