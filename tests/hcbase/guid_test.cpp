@@ -1,91 +1,53 @@
 #include "hcbase/guid.h"
 #include "tests/support/allocations.h"
+#include "tests/support/threads.h"
 
-#include <gtest/gtest.h>
-#include <regex>
 #include <set>
 #include <string>
-#include <thread>
-#include <vector>
-
-#if !defined(_WIN32)
-#include <sys/wait.h>
-#include <unistd.h>
-#endif
 
 namespace {
 
-TEST(Guid, IsRandomVersionFourInDashedForm)
+TEST(Guid, IsRandomVersionFourInDashedFormAndUniqueAcrossThreads)
 {
-    const std::regex form("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}");
-    std::vector<std::set<char>> seen(36);
-    for (int turn = 0; turn < 2000; ++turn) {
-        const std::string guid(static_cast<const char*>(HFGenerateGuid()));
-        ASSERT_TRUE(std::regex_match(guid, form)) << guid;
-        for (std::size_t place = 0; place < guid.size(); ++place) {
-            seen[place].insert(guid[place]);
-        }
-    }
-    for (std::size_t place = 0; place < seen.size(); ++place) {
-        const std::size_t expected = place == 8 || place == 13 || place == 14 || place == 18 || place == 23 ? 1
-            : place == 19                                                                                   ? 4
-                                                                                                            : 16;
-        EXPECT_EQ(seen[place].size(), expected) << "place " << place;
-    }
-}
-
-TEST(Guid, IsUniqueAcrossThreads)
-{
-    constexpr std::size_t kThreads = 8;
-    constexpr std::size_t kEach = 10000;
-    std::vector<std::vector<std::string>> guids(kThreads);
-    std::vector<std::thread> threads;
-    for (auto& own : guids) {
-        threads.emplace_back([&own] {
-            for (std::size_t turn = 0; turn < kEach; ++turn) {
-                own.emplace_back(static_cast<const char*>(HFGenerateGuid()));
-            }
-        });
-    }
-    std::set<std::string> all;
-    for (std::size_t thread = 0; thread < kThreads; ++thread) {
-        threads[thread].join();
-        all.insert(guids[thread].begin(), guids[thread].end());
-    }
-    EXPECT_EQ(all.size(), kThreads * kEach);
-}
-
-TEST(Guid, NeedsNoHeap)
-{
-#if defined(_WIN32)
-    GTEST_SKIP() << "allocations inside a library cannot be counted there";
-#endif
     static_cast<void>(HFGenerateGuid()); // seeds the thread's generator
     const long before = test::AllocationCount();
-    static_cast<void>(HFGenerateGuid());
-    EXPECT_EQ(test::AllocationCount(), before);
+    EXPECT_EQ(HFGenerateGuid().GetLength(), 36);
+    EXPECT_EQ(test::AllocationCount(), before) << "needs no heap";
+    std::string guids[8][2000];
+    test::OnThreads(8, [&guids](int thread) {
+        for (std::string& guid : guids[thread]) {
+            guid = HFGenerateGuid().ToString();
+        }
+    });
+    std::set<std::string> all;
+    std::vector<std::set<char>> seen(36);
+    for (const auto& ofThread : guids) {
+        for (const std::string& guid : ofThread) {
+            all.insert(guid);
+            for (std::size_t place = 0; place < guid.size(); ++place) {
+                seen.at(place).insert(guid[place]);
+            }
+        }
+    }
+    EXPECT_EQ(all.size(), 8U * 2000);
+    std::string form; // with x for all digits
+    for (const std::set<char>& characters : seen) {
+        const std::string given(characters.begin(), characters.end());
+        form += given == "0123456789ABCDEF" ? "x" : given;
+    }
+    EXPECT_EQ(form, "xxxxxxxx-xxxx-4xxx-89ABxxx-xxxxxxxxxxxx");
 }
 
-#if !defined(_WIN32) // Windows has no fork
+#if !defined(_WIN32) // which has no fork
 TEST(Guid, IsAnotherOneInAForkedChild)
 {
-    static_cast<void>(HFGenerateGuid());
+    static_cast<void>(HFGenerateGuid()); // seeds the generator, of which the child gets a copy
     int channel[2];
     ASSERT_EQ(pipe(channel), 0);
-    std::set<std::string> all;
-    for (int child = 0; child < 3; ++child) {
-        const pid_t process = fork();
-        if (process == 0) {
-            const HCString guid = HFGenerateGuid();
-            _exit(write(channel[1], guid, 36) == 36 ? 0 : 1);
-        }
-        waitpid(process, nullptr, 0);
-        char text[36];
-        ASSERT_EQ(read(channel[0], text, sizeof(text)), 36);
-        all.emplace(text, sizeof(text));
-    }
-    all.emplace(static_cast<const char*>(HFGenerateGuid()));
-    EXPECT_EQ(all.size(), 4U);
+    ASSERT_EQ(test::ResultOfChild([&] { return write(channel[1], HFGenerateGuid(), 36) == 36 ? 0 : 1; }), 0);
+    std::string ofChild(36, ' ');
+    EXPECT_EQ(read(channel[0], ofChild.data(), ofChild.size()), 36);
+    EXPECT_NE(HFGenerateGuid(), ofChild);
     close(channel[0]);
     close(channel[1]);
 }

@@ -3,7 +3,6 @@
 
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <string>
 
 namespace {
 
@@ -13,8 +12,6 @@ class Preferences : public testing::Test {
 protected:
     test::Home m_home;
 
-    void Store(const std::string& content) const { test::WriteFile(m_home.PreferencesPath(), content); }
-
     /// The value under the key for each default, as two digits: "11" and "00" for stored values, "01" for the default.
     static std::string Ask(const char* key)
     {
@@ -23,48 +20,56 @@ protected:
         const int with = preferences.GetBooleanValue(key, 1);
         return std::to_string(without) + std::to_string(with);
     }
+
+    /// Asks twice for a boolean that the file does not have, which is to be told in one line with place and reason.
+    void ExpectOneComplaint(const std::string& place, const std::string& reason) const
+    {
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(Ask("/L/K") + Ask("/L/K"), "0101");
+        const std::string told = testing::internal::GetCapturedStderr();
+        EXPECT_EQ(test::Lines(told).size(), 1U) << told;
+        EXPECT_NE(told.find(m_home.PreferencesPath() + place), std::string::npos) << told;
+        EXPECT_NE(told.find(reason), std::string::npos) << told;
+    }
 };
 
 TEST_F(Preferences, AnswersForTheKeysOfTheFile)
 {
-    Store("\xEF\xBB\xBF# a comment\r\n[Libraries.zrlib]\r\nOn = true\r\nOff = false\r\n\"A b\" = true\r\n"
-          "[Libraries]\r\nplain = true\r\n");
-    const struct {
-        const char* key;
-        const char* expected;
-    } rows[] = {
-        {"/Libraries/zrlib/On", "11"},
-        {"/Libraries/zrlib/Off", "00"},
-        {"Libraries/zrlib/On", "11"},
-        {"//Libraries//zrlib/On/", "11"},
-        {"/Libraries/zrlib/A b", "11"},
-        {"/Libraries/plain", "11"},
-        {"/Libraries/zrlib/on", "01"},
-        {"/Libraries/zrlib/None", "01"},
-        {"/", "01"},
-        {"", "01"},
-        {nullptr, "01"},
+    test::WriteFile(m_home.PreferencesPath(),
+        "\xEF\xBB\xBF# a comment\r\n[Libraries.zrlib]\r\nOn = true\r\nOff = false\r\n\"A b\" = true\r\n"
+        "[Libraries]\r\nplain = true\r\n");
+    const std::pair<const char*, const char*> cases[] = {
+        // clang-format off
+        {"/Libraries/zrlib/On", "11"}, {"/Libraries/zrlib/Off", "00"}, {"Libraries/zrlib/On", "11"},
+        {"//Libraries//zrlib/On/", "11"}, {"/Libraries/zrlib/A b", "11"}, {"/Libraries/plain", "11"},
+        {"/Libraries/zrlib/on", "01"}, {"/Libraries/zrlib/None", "01"}, {"/", "01"}, {"", "01"}, {nullptr, "01"},
+        // clang-format on
     };
     testing::internal::CaptureStderr();
-    for (const auto& row : rows) {
-        EXPECT_EQ(Ask(row.key), row.expected) << (row.key != nullptr ? row.key : "null");
+    for (const auto& [key, expected] : cases) {
+        EXPECT_EQ(Ask(key), expected) << (key != nullptr ? key : "null");
     }
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "what is not there is not worth a word";
+    HCPreferenceSystem preferences;
+    EXPECT_EQ(preferences.GetBooleanValue("/Libraries/plain", 0), 1);
+    fs::remove(m_home.PreferencesPath());
+    EXPECT_EQ(preferences.GetBooleanValue("/Libraries/plain", 0), 1) << "from one state of the file";
 }
 
 TEST_F(Preferences, TellsFaultsOnceWithFileLineAndReason)
 {
-    struct {
-        const char* content;
-        const char* place;
-        const char* reason;
-    } rows[] = {
+    std::string deep = "K = 1\n# ..\nL = [\"\"\"a\"\"\"\", {";
+    for (int depth = 0; depth < 1'000'000; ++depth) {
+        deep += "a.";
+    }
+    const std::tuple<std::string, const char*, const char*> cases[] = {
         // clang-format off
-        {"", "", ""}, // below
+        {deep, ":3: ", "nested too deeply"},
+        {"L.K = " + std::string(16, '['), ":1: ", "nested too deeply"},
+        {"L.K = " + std::string(15, '[') + std::string(15, ']'), ":1: ", "an array"},
         {"[L]\nK = \"true\"\n", ":2: ", "/L/K is a text where true or false belongs"},
         {"[L]\n\nK = 1\n", ":3: ", "an integer"},
         {"[L]\nK = 1.5\n", ":2: ", "a floating-point number"},
-        {"[L]\nK = [true]\n", ":2: ", "an array"},
         {"[L.K]\n", ":1: ", "a table"},
         {"L = true\n", ":1: ", "/L is a boolean where a table belongs"},
         {"\n[[L]]\nK = true\n", ":2: ", "/L is an array where a table belongs"},
@@ -79,56 +84,37 @@ TEST_F(Preferences, TellsFaultsOnceWithFileLineAndReason)
         {"\n\n\n\n# \xE2\x82", ":5: ", "not UTF-8"}, // cut off
         // clang-format on
     };
-    std::string deepKey = "K = 1\n# ..\nL = [\"\"\"a\"\"\"\", {";
-    for (int depth = 0; depth < 1'000'000; ++depth) {
-        deepKey += "a.";
-    }
-    rows[0] = {deepKey.c_str(), ":3: ", "nested too deeply"};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(std::string(row.content).substr(0, 100));
-        Store(row.content);
-        testing::internal::CaptureStderr();
-        EXPECT_EQ(Ask("/L/K"), "01");
-        EXPECT_EQ(Ask("/L/K"), "01");
-        const auto lines = test::Lines(testing::internal::GetCapturedStderr());
-        ASSERT_EQ(lines.size(), 1U);
-        EXPECT_NE(lines[0].find(m_home.PreferencesPath() + row.place), std::string::npos) << lines[0];
-        EXPECT_NE(lines[0].find(row.reason), std::string::npos) << lines[0];
+    for (const auto& [content, place, reason] : cases) {
+        SCOPED_TRACE(content.substr(0, 100));
+        test::WriteFile(m_home.PreferencesPath(), content);
+        ExpectOneComplaint(place, reason);
     }
 }
 
 TEST_F(Preferences, TellsWhenTheFileCannotBeRead)
 {
+    test::WriteFile(m_home.PreferencesPath(), "K = true\n");
+    fs::resize_file(m_home.PreferencesPath(), 16 * 1024 * 1024 + 1);
+    ExpectOneComplaint(": cannot be read: ", "");
+    fs::remove(m_home.PreferencesPath());
     fs::create_directory(m_home.PreferencesPath()); // a folder in its place: works for every account
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(Ask("/L/K"), "01");
-    const auto lines = test::Lines(testing::internal::GetCapturedStderr());
-    ASSERT_EQ(lines.size(), 1U);
-    EXPECT_NE(lines[0].find(m_home.PreferencesPath() + ": cannot be read: "), std::string::npos) << lines[0];
+    ExpectOneComplaint(": cannot be read: ", "");
 }
 
 TEST_F(Preferences, LieWhereTheEnvironmentSays)
 {
-    const std::string content = "K = true\n";
+    EXPECT_EQ(HCPreferenceSystem().GetPath(), m_home.PreferencesPath());
     const test::EnvironmentGuard direct("HCBASE_PREFERENCES", "");
 #if defined(_WIN32)
-    const test::EnvironmentGuard settings("APPDATA", m_home.Folder() + "/settings");
-    EXPECT_EQ(Ask("/K"), "01");
-    fs::create_directories(m_home.Folder() + "/settings/hcbase");
-    test::WriteFile(m_home.Folder() + "/settings/hcbase/preferences.toml", content);
-    EXPECT_EQ(Ask("/K"), "11");
+    const test::EnvironmentGuard settings("APPDATA", "C:/settings");
+    EXPECT_EQ(HCPreferenceSystem().GetPath(), "C:/settings\\hcbase\\preferences.toml");
 #else
-    const test::EnvironmentGuard home("HOME", m_home.Folder() + "/home");
-    const test::EnvironmentGuard relative("XDG_CONFIG_HOME", "relative");
-    EXPECT_EQ(Ask("/K"), "01");
-    fs::create_directories(m_home.Folder() + "/home/.config/hcbase");
-    test::WriteFile(m_home.Folder() + "/home/.config/hcbase/preferences.toml", content);
-    EXPECT_EQ(Ask("/K"), "11") << "a relative XDG_CONFIG_HOME counts as not set";
-    const test::EnvironmentGuard settings("XDG_CONFIG_HOME", m_home.Folder() + "/xdg");
-    EXPECT_EQ(Ask("/K"), "01");
-    fs::create_directories(m_home.Folder() + "/xdg/hcbase");
-    test::WriteFile(m_home.Folder() + "/xdg/hcbase/preferences.toml", content);
-    EXPECT_EQ(Ask("/K"), "11");
+    const test::EnvironmentGuard home("HOME", "/home");
+    for (const auto& [settings, expected] :
+        {std::pair{"", "/home/.config"}, {"relative", "/home/.config"}, {"/x", "/x"}}) {
+        const test::EnvironmentGuard xdg("XDG_CONFIG_HOME", settings);
+        EXPECT_EQ(HCPreferenceSystem().GetPath(), std::string(expected) + "/hcbase/preferences.toml");
+    }
 #endif
 }
 

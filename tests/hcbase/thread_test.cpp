@@ -1,60 +1,46 @@
 #include "hcbase/thread.h"
 #include "hcbase/thread_sync.h"
+#include "tests/support/threads.h"
 
 #include <algorithm>
 #include <atomic>
-#include <chrono>
-#include <gtest/gtest.h>
+#include <climits>
 #include <mutex>
 #include <set>
-#include <thread>
-#include <vector>
-
-#if !defined(_WIN32)
-#include <sys/wait.h>
-#include <unistd.h>
-#endif
 
 namespace {
 
-using namespace std::chrono_literals;
+struct Task {
+    HCThread* own = nullptr; // which the thread asks for its exit code
+    std::atomic<bool> mayEnd{false};
+    std::atomic<bool> isDone{false};
+};
 
-/// Whether another thread gets the lock while this one holds on to what it has. The thread lets it go again.
-bool IsFreeForOthers(HCThreadSync& sync)
+unsigned int Wait(void* argument)
 {
-    std::atomic<bool> isTrying{false};
-    std::atomic<bool> isHeld{false};
-    std::thread other([&] {
-        isTrying = true;
-        sync.lock();
-        isHeld = true;
-        sync.unlock();
-    });
-    while (!isTrying) {
-        std::this_thread::yield();
-    }
-    std::this_thread::sleep_for(50ms); // a thread that need not wait takes longer only on a machine that stands still
-    const bool wasFree = isHeld;
-    while (!isHeld && sync.unlock()) { // lets the other thread end
-    }
-    other.join();
-    return wasFree;
+    Task& task = *static_cast<Task*>(argument);
+    test::SpinUntil([&task] { return task.mayEnd.load(); });
+    int exitCode = 0;
+    const unsigned int code = task.own != nullptr && task.own->GetExitCode(&exitCode) != 0 ? 5 : 7;
+    task.isDone = true;
+    return code;
 }
 
-unsigned int Return(void* argument) { return *static_cast<unsigned int*>(argument); }
+unsigned int Return(void* code) { return *static_cast<unsigned int*>(code); }
 
-unsigned int ExitFromInside(void* argument)
+unsigned int ExitFromInside(void* code)
 {
-    std::this_thread::sleep_for(20ms); // the exit code is asked for before the thread has ended
-    HCThread::ExitThread(*static_cast<unsigned int*>(argument));
+    std::this_thread::sleep_for(std::chrono::milliseconds(20)); // the exit code is asked for before
+    HCThread::ExitThread(*static_cast<unsigned int*>(code));
 }
 
 TEST(Thread, GivesItsExitCodeAsOftenAsAsked)
 {
     for (unsigned int (*const function)(void*) : {Return, ExitFromInside}) {
-        for (unsigned int code : {0U, 7U, 0xFFFFFFFFU}) {
+        for (unsigned int code : {0U, 7U, UINT_MAX}) {
             HCThread thread;
             int exitCode = 123;
+            EXPECT_EQ(thread.CreateThread(nullptr, &code), 0);
             EXPECT_EQ(thread.GetExitCode(&exitCode), 0);
             EXPECT_EQ(exitCode, 123);
             ASSERT_EQ(thread.CreateThread(function, &code), 1);
@@ -68,84 +54,52 @@ TEST(Thread, GivesItsExitCodeAsOftenAsAsked)
             EXPECT_EQ(thread.GetExitCode(&exitCode), 1);
         }
     }
-    HCThread thread;
-    EXPECT_EQ(thread.CreateThread(nullptr, nullptr), 0);
 }
 
-TEST(Thread, GoesOnWithoutItsHandle)
+TEST(Thread, IsWaitedForByOtherThreadsOfItsProcessOnly)
 {
-    static std::atomic<int> step{0};
-    {
-        HCThread thread;
-        thread.CreateThread(
-            [](void*) {
-                while (step == 0) {
-                    std::this_thread::yield();
-                }
-                step = 2;
-                return 0U;
-            },
-            nullptr);
-    }
-    step = 1;
-    while (step != 2) {
-        std::this_thread::yield();
-    }
-}
-
-TEST(Thread, DoesNotWaitForItself)
-{
-    static std::atomic<HCThread*> self{nullptr};
     HCThread thread;
-    thread.CreateThread(
-        [](void*) {
-            while (self == nullptr) {
-                std::this_thread::yield();
-            }
-            int exitCode = 0;
-            const char result = self.load()->GetExitCode(&exitCode);
-            self = nullptr;
-            return result == 0 ? 5U : 6U;
-        },
-        nullptr);
-    self = &thread;
-    while (self != nullptr) {
-        std::this_thread::yield();
-    }
+    Task tasks[2];
+    HCThread().CreateThread(Wait, &tasks[0]); // goes on without its handle
+    thread.CreateThread(Wait, &tasks[1]);
+    tasks[1].own = &thread;
     int exitCode = 0;
+#if !defined(_WIN32) // which has no fork
+    EXPECT_EQ(test::ResultOfChild([&] { return thread.GetExitCode(&exitCode); }), 0);
+#endif
+    for (Task& task : tasks) {
+        task.mayEnd = true;
+        EXPECT_TRUE(test::SpinUntil([&task] { return task.isDone.load(); }));
+    }
     EXPECT_EQ(thread.GetExitCode(&exitCode), 1);
-    EXPECT_EQ(exitCode, 5);
+    EXPECT_EQ(exitCode, 7);
 }
 
 TEST(Thread, HasAnIdOfItsOwn)
 {
-    const unsigned int own = HCThread::GetCurrentThreadId();
-    EXPECT_NE(own, 0U);
-    EXPECT_EQ(HCThread::GetCurrentThreadId(), own);
-    std::vector<unsigned int> ids(16, 0);
-    std::vector<std::thread> threads;
-    std::atomic<std::size_t> ready{0};
-    for (unsigned int& id : ids) {
-        threads.emplace_back([&] {
-            id = HCThread::GetCurrentThreadId();
-            ++ready;
-            while (ready < ids.size()) { // all at the same time
-                std::this_thread::yield();
-            }
-            EXPECT_EQ(HCThread::GetCurrentThreadId(), id);
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    std::set<unsigned int> all(ids.begin(), ids.end());
-    all.insert(own);
-    all.insert(0);
-    EXPECT_EQ(all.size(), ids.size() + 2);
-
-    EXPECT_EQ(HCThread::AreSameThread(own, own), 1);
-    EXPECT_EQ(HCThread::AreSameThread(own, ids[0]), 0);
+    constexpr int kThreads = 16;
+    std::vector<unsigned int> ids(kThreads + 1, HCThread::GetCurrentThreadId());
+    std::atomic<int> ready{0};
+    test::OnThreads(kThreads, [&](int thread) {
+        unsigned int& id = ids[static_cast<std::size_t>(thread)];
+        id = HCThread::GetCurrentThreadId();
+        ++ready;
+        EXPECT_TRUE(test::SpinUntil([&ready] { return ready == kThreads; })) << "all at the same time";
+        EXPECT_EQ(HCThread::GetCurrentThreadId(), id);
+    });
+    EXPECT_EQ(std::set<unsigned int>(ids.begin(), ids.end()).size(), ids.size());
+    EXPECT_EQ(std::count(ids.begin(), ids.end(), 0U), 0);
+    EXPECT_EQ(HCThread::AreSameThread(ids[1], ids[1]), 1);
+    EXPECT_EQ(HCThread::AreSameThread(ids[1], ids[0]), 0);
     EXPECT_EQ(HCThread::AreSameThread(0, 0), 0);
+}
+
+/// Whether another thread can have the lock while this one holds on to what it has.
+bool IsFreeForOthers(HCThreadSync& sync)
+{
+    bool isFree = false;
+    std::thread([&] { isFree = sync.try_lock() && sync.unlock() != 0; }).join();
+    return isFree;
 }
 
 TEST(ThreadSync, IsFreeAfterAsManyUnlocksAsLocks)
@@ -154,139 +108,66 @@ TEST(ThreadSync, IsFreeAfterAsManyUnlocksAsLocks)
     EXPECT_EQ(sync.unlock(), 0) << "nobody holds it";
     EXPECT_EQ(sync.lock(), 1);
     EXPECT_EQ(sync.lock(), 1);
-    EXPECT_EQ(sync.unlock(), 1);
-    std::thread([&sync] { EXPECT_EQ(sync.unlock(), 0) << "another thread holds it"; }).join();
-    EXPECT_FALSE(IsFreeForOthers(sync));
-    EXPECT_EQ(sync.lock(), 1);
-    EXPECT_EQ(sync.unlock(), 1);
+    EXPECT_TRUE(sync.try_lock());
+    for (int level = 3; level > 0; --level) {
+        std::thread([&sync] { EXPECT_EQ(sync.unlock(), 0) << "another thread holds it"; }).join();
+        EXPECT_FALSE(IsFreeForOthers(sync));
+        EXPECT_EQ(sync.unlock(), 1);
+    }
     EXPECT_EQ(sync.unlock(), 0);
     EXPECT_TRUE(IsFreeForOthers(sync));
 }
 
-TEST(ThreadSync, IsSharedByCopies)
-{
-    HCThreadSync first;
-    HCThreadSync assigned;
-    {
-        const HCThreadSync second(first);
-        assigned = second;
-    }
-    HCThreadSync& same = assigned;
-    assigned = same;
-    first.lock();
-    EXPECT_EQ(assigned.unlock(), 1);
-    first.lock();
-    EXPECT_FALSE(IsFreeForOthers(assigned));
-    first = HCThreadSync();
-    first.lock();
-    EXPECT_TRUE(IsFreeForOthers(assigned)) << "after an assignment it is another lock";
-    first.unlock();
-}
-
-TEST(ThreadSync, LetsOneThreadInAtATime)
+TEST(ThreadSync, OfCopiesLetsOneThreadInAtATime)
 {
     HCThreadSync sync;
     long counter = 0;
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < 4; ++thread) {
-        threads.emplace_back([&] {
-            for (int turn = 0; turn < 20000; ++turn) {
-                sync.lock();
-                sync.lock();
-                ++counter;
-                sync.unlock();
-                sync.unlock();
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    test::OnThreads(4, [&counter, copy = sync](int /*thread*/) mutable {
+        for (int turn = 0; turn < 20000; ++turn) {
+            const std::lock_guard outer(copy);
+            const std::lock_guard inner(copy);
+            ++counter;
+        }
+    });
     EXPECT_EQ(counter, 80000);
+    HCThreadSync assigned;
+    assigned = sync;
+    HCThreadSync& same = assigned;
+    assigned = same;
+    sync.lock();
+    EXPECT_EQ(assigned.unlock(), 1);
+    sync = HCThreadSync();
+    sync.lock();
+    EXPECT_TRUE(IsFreeForOthers(assigned)) << "after an assignment it is another lock";
+    sync.unlock();
 }
 
-#if !defined(_WIN32) // Windows has no fork
-
-/// Runs a check in a forked child and gives its exit code; -1 when it hangs.
-template <typename Check> int ExitCodeOfChild(Check check)
-{
-    const pid_t child = fork();
-    if (child == 0) {
-        alarm(10);
-        _exit(check());
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
+#if !defined(_WIN32) // which has no fork
 TEST(ThreadSync, WorksInAForkedChild)
 {
 #if defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "ThreadSanitizer stops a forked child that starts threads";
 #endif
     HCThreadSync ofOther;
-    HCThreadSync own;
-    std::atomic<int> step{0};
-    std::thread holder([&] {
-        ofOther.lock();
-        ofOther.lock();
-        step = 1;
-        while (step == 1) {
-            std::this_thread::yield();
-        }
-        ofOther.unlock();
-        ofOther.unlock();
-    });
-    while (step == 0) {
-        std::this_thread::yield();
-    }
-    own.lock();
-    own.lock();
-    const unsigned int id = HCThread::GetCurrentThreadId();
-    const auto check = [&] {
-        int place = 1;
-        const auto passes = [&place](bool isTrue) {
-            place += isTrue ? 1 : 0;
-            return isTrue;
+    const std::lock_guard outer(ofOther);
+    const std::lock_guard inner(ofOther);
+    std::thread([&ofOther] {
+        HCThreadSync own;
+        const std::lock_guard outerOwn(own);
+        const std::lock_guard innerOwn(own);
+        const unsigned int id = HCThread::GetCurrentThreadId();
+        const auto check = [&] {
+            const bool steps[] = {HCThread::GetCurrentThreadId() == id, !IsFreeForOthers(own), ofOther.lock() != 0,
+                ofOther.unlock() != 0, ofOther.unlock() == 0, // the other thread's two levels are not counted on
+                IsFreeForOthers(ofOther), own.unlock() != 0, own.unlock() != 0, own.unlock() == 0,
+                IsFreeForOthers(own)};
+            return static_cast<int>(std::find(std::begin(steps), std::end(steps), false) - steps); // where it fails
         };
-        return passes(HCThread::GetCurrentThreadId() == id) && passes(ofOther.lock()) && passes(ofOther.unlock())
-                && passes(!ofOther.unlock()) // the other thread's two levels are not counted on
-                && passes(IsFreeForOthers(ofOther)) && passes(own.unlock()) && passes(own.unlock())
-                && passes(!own.unlock()) && passes(IsFreeForOthers(own))
-            ? 0
-            : place;
-    };
-    EXPECT_EQ(ExitCodeOfChild(check), 0);
-    EXPECT_EQ(ExitCodeOfChild([&] { // a lock that the forking thread holds is not taken from it
-        return IsFreeForOthers(own) ? 1 : 0;
-    }),
-        0);
-    EXPECT_EQ(ExitCodeOfChild([&] { return ExitCodeOfChild(check); }), 0) << "in a child of the child";
-    step = 2;
-    holder.join();
-    own.unlock();
-    own.unlock();
+        EXPECT_EQ(test::ResultOfChild(check), 10);
+        EXPECT_EQ(test::ResultOfChild([&check] { return test::ResultOfChild(check); }), 10)
+            << "in a child of the child";
+    }).join();
 }
-
-TEST(Thread, OfTheParentIsNotWaitedForInAForkedChild)
-{
-    static std::atomic<bool> mayEnd{false};
-    HCThread thread;
-    thread.CreateThread(
-        [](void*) {
-            while (!mayEnd) {
-                std::this_thread::yield();
-            }
-            return 0U;
-        },
-        nullptr);
-    int exitCode = 0;
-    EXPECT_EQ(ExitCodeOfChild([&] { return thread.GetExitCode(&exitCode); }), 0);
-    mayEnd = true;
-    EXPECT_EQ(thread.GetExitCode(&exitCode), 1);
-}
-
 #endif
 
 } // namespace

@@ -25,8 +25,6 @@ constexpr int kThreads = 8; // each has a library of its own
 constexpr int kToFile = 256; // one round of so many sends an error to the log too
 constexpr int kToFork = 5000; // one round of so many of the first thread forks
 
-using Clock = std::chrono::steady_clock;
-
 /// Counts what arrives. It runs under the lock of the message handler.
 class Counter : public ZRObjectObserver {
 public:
@@ -59,16 +57,16 @@ void Require(bool holds, Shared& shared, const char* what)
     }
 }
 
+std::atomic<long> g_strayCalls{0};
+
 /// Must not be called when it was detached.
 class Guest : public ZRObjectObserver {
 public:
     ~Guest() override { m_isWelcome = false; }
-    void OnEvent(ZRObservedObjectEvent* /*event*/) override { s_strayCalls += m_isWelcome ? 0 : 1; }
-    static long StrayCalls() { return s_strayCalls; }
+    void OnEvent(ZRObservedObjectEvent* /*event*/) override { g_strayCalls += m_isWelcome ? 0 : 1; }
 
 private:
     std::atomic<bool> m_isWelcome{true};
-    static inline std::atomic<long> s_strayCalls{0};
 };
 
 void VisitSubjects(long round)
@@ -100,11 +98,10 @@ void UseSharedState(Shared& shared, int thread)
 {
     const int library = (thread + 1) << 12;
     const int object = static_cast<int>(0xA04F0000U) | library | 1;
+    const char* const name = "an object whose name is too long to lie inside its string";
     Require(ZRRegisterLibrary(library, "a library") != 0, shared, "a library can be registered");
-    Require(ZRRegisterFactoryObject(
-                object, "an object whose name is too long to lie inside its string", ZRClassID::MakeExternalID(object))
-            != 0,
-        shared, "an object can be registered");
+    const char isRegistered = ZRRegisterFactoryObject(object, name, ZRClassID::MakeExternalID(object));
+    Require(isRegistered != 0, shared, "an object can be registered");
     char known = 0;
     ZRGetObjectName(object, &known);
     Require(known != 0, shared, "an object is found");
@@ -130,8 +127,8 @@ void UseAnywhere(Shared& shared)
     Require(ZRFormat::KMGT(1536, ZRFormat::BYTES, 1) == "1.5 KB", shared, "a number is formatted");
     ZRStack<int> stack;
     stack.Push(1);
-    HCError error;
     HFErrorSet(-1, "an error whose text is too long to lie inside its string", "soak", 1);
+    HCError error;
     Require(HFErrorGet(error) != 0 && error.code == -1, shared, "a thread has its own last error");
     Require(stopwatch.GetElapsed() >= 0, shared, "time goes forward");
 }
@@ -161,8 +158,6 @@ void Work(Shared& shared, int thread)
     }
 }
 
-std::size_t HeapInUse() { return mallinfo2().uordblks; }
-
 /// Pages of the process that are in memory.
 std::size_t Resident()
 {
@@ -187,13 +182,9 @@ long LinesOf(const std::string& path)
 int main(int argc, char** argv)
 {
     const double seconds = argc > 1 ? std::atof(argv[1]) : 600;
-    if (seconds <= 0) {
-        std::fprintf(stderr, "Usage: soak [SECONDS]\n");
-        return 1;
-    }
     std::string home = (std::filesystem::temp_directory_path() / "soak-XXXXXX").string();
-    if (mkdtemp(home.data()) == nullptr) {
-        std::perror("soak");
+    if (seconds <= 0 || mkdtemp(home.data()) == nullptr) {
+        std::fprintf(stderr, "Usage: soak [SECONDS], with a folder for temporary files\n");
         return 1;
     }
     setenv("HCBASE_HOME", home.c_str(), 1);
@@ -206,24 +197,17 @@ int main(int argc, char** argv)
     ZRGetProfilerStateHandler()->SetEnabled(1);
     ZRGetMessageHandler()->AttachObserver(&counter, 1);
 
-    const auto start = Clock::now();
-    const auto elapsed = [start] { return std::chrono::duration<double>(Clock::now() - start).count(); };
-    std::vector<std::thread> threads;
+    std::vector<std::jthread> threads;
     for (int thread = 0; thread < kThreads; ++thread) {
         threads.emplace_back(Work, std::ref(shared), thread);
     }
-    std::size_t settled = 0;
-    while (elapsed() < seconds) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        if (settled == 0 && elapsed() > seconds / 4) {
-            settled = Resident();
-        }
-    }
+    const std::chrono::duration<double> quarter(seconds / 4);
+    std::this_thread::sleep_for(quarter);
+    const std::size_t settled = Resident();
+    std::this_thread::sleep_for(3 * quarter);
     const std::size_t resident = Resident();
     shared.isOver = true;
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    threads.clear(); // waits for them
     ZRGetMessageHandler()->DetachObserver(&counter, 1);
 
     const long rounds = shared.rounds;
@@ -231,20 +215,21 @@ int main(int argc, char** argv)
     constexpr std::size_t kSlack = std::size_t{1024} * 1024; // arenas of the allocator that fill up
     Require(resident <= settled + kSlack, shared, "memory does not grow");
 #endif
-    Require(
-        counter.counts == std::array<long, 4>{rounds, rounds, shared.errors, rounds}, shared, "all messages arrive");
+    const std::array<long, 4> sent{rounds, rounds, shared.errors, rounds};
+    Require(counter.counts == sent, shared, "all messages arrive");
     Require(shared.guarded == rounds, shared, "a lock keeps threads apart");
     Require(ZRKey::GetLastTicket() == rounds, shared, "each ticket is issued once");
     Require(shared.place.GetCalls() == rounds, shared, "no run of a place is lost");
     Require(ZRGetRegisteredObjectCount() == 0, shared, "the registry is empty");
-    Require(Guest::StrayCalls() == 0, shared, "nobody is called after its detachment");
-    Require(ZRGetMessageHandler()->GetObserverCount() + ZRGetProfilerStateHandler()->GetObserverCount() == 0, shared,
-        "nobody is left attached");
+    Require(g_strayCalls == 0, shared, "nobody is called after its detachment");
+    const int attached = ZRGetMessageHandler()->GetObserverCount() + ZRGetProfilerStateHandler()->GetObserverCount();
+    Require(attached == 0, shared, "nobody is left attached");
     Require(LinesOf(home + "/zr_messages.txt") == shared.errors, shared, "each line of the log is there and whole");
     std::filesystem::remove_all(home);
     std::printf(
         "%.0f s, %d threads, %ld rounds, %ld messages, heap %zu bytes, resident %zu bytes then and %zu in the end, "
         "%ld faults\n",
-        elapsed(), kThreads, rounds, 3 * rounds + shared.errors, HeapInUse(), settled, resident, shared.faults.load());
+        seconds, kThreads, rounds, 3 * rounds + shared.errors, mallinfo2().uordblks, settled, resident,
+        shared.faults.load());
     return shared.faults == 0 ? 0 : 1;
 }
