@@ -1,4 +1,5 @@
-// Messages that leave the thread that sends them, beside spdlog's ways to do so, by one, two and four senders.
+// Messages that are handled on another thread or passed to spdlog, compared with spdlog itself: one, two and four
+// senders.
 
 #include "benchmarks/report.h"
 #include "zrlib/zrlib.h"
@@ -31,7 +32,7 @@ using report::AddTarget;
 using report::Measure;
 
 constexpr const char* kText = "a message of thirty-six characters";
-constexpr int kBurst = 1000; // messages that are sent at once; the queues hold four times as many and more
+constexpr int kBurst = 1000; // messages sent at once by each sender; the queues have room for those of all senders
 constexpr int kCapacity = 8192;
 
 std::string PathOf(const char* name) { return (std::filesystem::temp_directory_path() / name).string(); }
@@ -44,7 +45,7 @@ spdlog::sink_ptr RotatingSink()
     return std::make_shared<spdlog::sinks::rotating_file_sink_mt>(PathOf("rotating.txt"), 10'000'000, 2);
 }
 
-/// Takes connections and forgets what comes, until the end of the program.
+/// A sink connected to a server in this process that discards what it receives, until the end of the program.
 spdlog::sink_ptr TcpSink()
 {
     static const int port = [] {
@@ -73,7 +74,7 @@ spdlog::sink_ptr TcpSink()
     return std::make_shared<spdlog::sinks::tcp_sink_mt>(spdlog::sinks::tcp_sink_config("127.0.0.1", port));
 }
 
-/// What all threads of one benchmark share: the first one makes it and takes it away.
+/// An object that all threads of one benchmark share. The first thread constructs and destroys it.
 template <typename Shared> class SharedByAll {
 public:
     template <typename Make> SharedByAll(const benchmark::State& state, Make make)
@@ -99,7 +100,7 @@ private:
     bool m_isFirst;
 };
 
-/// Measures what a whole burst costs its sender; what it leaves for other threads is done before the next.
+/// Measures what a burst costs its sender. `finish` waits for the other threads, outside the measured time.
 template <typename Send, typename Finish> void SendBursts(benchmark::State& state, Send send, Finish finish)
 {
     for (auto _ : state) {
@@ -167,7 +168,7 @@ void ToAsynchronousSpdlog(benchmark::State& state, SinkMaker make)
     }
 }
 
-/// On the sender's thread.
+/// A bridge on the sender's thread.
 struct Bridge {
     explicit Bridge(SinkMaker make)
         : logger(std::make_shared<spdlog::logger>("bridge", make()))
@@ -217,7 +218,7 @@ void ToRingOfSpdlog(benchmark::State& state)
     }
 }
 
-/// An observer that wants the message, and one whose filter does not.
+/// Sends messages to an observer with a filter.
 void ToListener(benchmark::State& state, const ZRFilter& filter)
 {
     const ZRListener listener(*ZRGetMessageHandler(),

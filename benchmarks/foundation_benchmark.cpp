@@ -91,7 +91,7 @@ const AddTarget threadSync(
 
 void TextGet(benchmark::State& state)
 {
-    // Codes as they are asked for in practice: of several families, in no order.
+    // Codes of several families in no order, as in practice.
     const int codes[] = {0, 4, 112, 300, 312, 113, 307, 104, -65846, 209, 1, 100};
     const HCTextHandle handle = HFTextFind("ZRLib");
     const char* text = nullptr;

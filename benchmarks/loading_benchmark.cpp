@@ -1,5 +1,5 @@
-// Loading and unloading beside two empty libraries of which one needs the other, and beside libraries for the same
-// purposes. Each first load is in a process of its own, which has the C++ runtime already.
+// Loading and unloading, compared with two empty libraries, one of which needs the other, and with libraries for the
+// same purposes. Each first load happens in a new process that has already loaded the C++ runtime.
 
 #include "benchmarks/report.h"
 
@@ -18,7 +18,7 @@ using report::Measure;
 const struct {
     const char* name;
     const char* file;
-    bool isUnloaded; // the others stay in the process once they are loaded
+    bool isUnloaded; // false: stays in the process once it is loaded
 } libraries[] = {
     {"ZRLib", ZRLIB_FILE, true},
     {"Empty", EMPTY_FILE, true},
@@ -58,8 +58,8 @@ void Measured(benchmark::State& state, const char* file, const std::string& bind
     }
 }
 
-/// Two kinds of binding: a program that links with a library has its functions bound lazily, when each is called first;
-/// dlopen is mostly asked to bind them all at once.
+/// Registers each benchmark for two kinds of binding: lazy, as for libraries that a program links, and at once, as
+/// dlopen is usually called.
 bool Register()
 {
     for (const std::string binding : {"Lazy", "Now"}) {

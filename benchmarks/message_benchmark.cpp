@@ -23,7 +23,7 @@ using report::Measure;
 
 constexpr const char* kText = "a short text";
 
-/// Sets the switches for the length of a benchmark.
+/// Sets the switches of messages for a scope.
 class Messages {
 public:
     Messages(char enabled, short flags)
@@ -98,7 +98,7 @@ const AddTarget macroTypeOff({"ZR_TRACE, messages on, type off", Measure::kTime,
 
 void SpdlogOff(benchmark::State& state)
 {
-    spdlog::set_level(spdlog::level::off); // of the logger that spdlog::info takes
+    spdlog::set_level(spdlog::level::off); // of the default logger, which spdlog::info uses
     for (auto _ : state) {
         spdlog::info("text");
         benchmark::ClobberMemory();
@@ -119,7 +119,7 @@ BENCHMARK(OutNowhere);
 const AddTarget outNowhere({"ZROut, no destination, to std::recursive_mutex: lock, unlock", Measure::kRatio,
     "OutNowhere", "RecursiveMutex", 3});
 
-/// A home of the benchmark's own.
+/// A temporary home directory.
 class Home {
 public:
     Home()
@@ -169,7 +169,7 @@ BENCHMARK(BareCalls);
 const AddTarget outToFile(
     {"ZROut to the file to bare open, write, close", Measure::kRatio, "OutToFile", "BareCalls", 1.15});
 
-/// Opens its file for each line, so that the file may move.
+/// Opens its file for each line, so that the file may be moved.
 class ReopeningSink : public spdlog::sinks::base_sink<std::mutex> {
 public:
     explicit ReopeningSink(std::string path)

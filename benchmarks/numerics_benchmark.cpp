@@ -1,4 +1,4 @@
-// Checked mathematics, masks, tickets and formats beside the standard library, and beside the checked functions of GSL.
+// Checked mathematics, masks, tickets and formats, compared with the standard library and the checked functions of GSL.
 
 #include "benchmarks/report.h"
 #include "hcbase/hcbase.h"
@@ -17,7 +17,7 @@ namespace {
 using report::AddTarget;
 using report::Measure;
 
-/// Calls a function with arguments that the compiler does not know, one after the other, as most programs do.
+/// Calls a function with arguments that the compiler does not know.
 template <typename Function> void Call(benchmark::State& state, Function function)
 {
     std::array<double, 8> arguments = {1.5, 2.25, 0.875, 3.5, 1.125, 2.75, 0.625, 4.5};
@@ -37,7 +37,7 @@ double Checked(int (*function)(double, gsl_sf_result*), double x)
 
 constexpr char kRadians = 1;
 
-// Each of ours, the standard library's, and GSL's where there is one.
+// The functions that are compared; `peer` is GSL's, null where it has none.
 struct Row {
     const char* name;
     double (*ours)(double);

@@ -1,4 +1,4 @@
-// Messages, events and broadcasts beside other loggers and signal libraries that do the same.
+// Messages, events and broadcasts, compared with other loggers and signal libraries.
 
 #include "benchmarks/report.h"
 #include "hcbase/hcbase.h"
@@ -33,14 +33,12 @@ using report::Measure;
 
 constexpr const char* kText = "a message of thirty-six characters";
 
-/// What every receiver does with a message: it reads text, thread and level.
+/// What every receiver reads of a message.
 struct Received {
     std::size_t length = 0;
     std::uint64_t thread = 0;
     int level = 0;
 };
-
-// A message to one receiver.
 
 class MessageObserver : public ZRObjectObserver {
 public:
@@ -57,7 +55,7 @@ private:
     Received m_received;
 };
 
-/// Messages are on, and go to the observer if there is one, while any thread is inside.
+/// Sends messages to the observer; null for none. The first thread attaches it and turns messages on.
 void Send(benchmark::State& state, ZRObjectObserver* observer)
 {
     ZRAttachment attachment;
@@ -219,7 +217,7 @@ GLogWriterOutput WriteToGLib(GLogLevelFlags level, const GLogField* fields, gsiz
 void MessageToGLib(benchmark::State& state)
 {
     static Received received;
-    static const bool isSet = (g_log_set_writer_func(WriteToGLib, &received, nullptr), true); // once for a process
+    static const bool isSet = (g_log_set_writer_func(WriteToGLib, &received, nullptr), true); // once per process
     benchmark::DoNotOptimize(isSet);
     for (auto _ : state) {
         g_log_structured("benchmark", G_LOG_LEVEL_MESSAGE, "MESSAGE", "%s", kText);
@@ -250,7 +248,7 @@ void Event(benchmark::State& state)
 BENCHMARK(Event);
 const AddTarget eventTarget({"building and destroying an event", Measure::kTime, "Event", "", 45});
 
-// A ready event to ten receivers, each of which takes a recursive lock.
+// An event, constructed before, to ten receivers, each of which takes a recursive lock.
 
 constexpr int kReceivers = 10;
 
@@ -282,10 +280,11 @@ BENCHMARK(BroadcastToObservers);
 
 } // namespace
 
-// Classes that other files may derive from, for all the compiler knows: it must not replace the virtual call.
+// Not in the unnamed namespace: other files could derive from these classes, so the compiler must keep the virtual
+// call.
 namespace peers {
 
-/// Handles an event inside a lock of its own.
+/// Handles events under a lock of its own.
 class Receiver {
 public:
     Receiver() = default;
@@ -309,7 +308,7 @@ private:
     std::int64_t m_sum = 0;
 };
 
-/// The same with the foundation's lock, which is faster than the standard library's.
+/// The same with the foundation's lock, which is faster than that of the standard library.
 class FoundationReceiver : public Receiver {
 public:
     void ReceiveLocked(ZRObservedObjectEvent* event)
@@ -337,7 +336,7 @@ template <typename Locked> void CallDirectly(benchmark::State& state)
     for (auto _ : state) {
         for (Locked& any : receivers) {
             Locked* receiver = &any;
-            benchmark::DoNotOptimize(receiver); // whose class the compiler then cannot know
+            benchmark::DoNotOptimize(receiver); // so that the compiler does not know its class
             receiver->ReceiveLocked(&event);
         }
     }
@@ -369,7 +368,7 @@ void EmitBoostSignals(benchmark::State& state)
         signals::signal_type<void(ZRObservedObjectEvent*), signals::keywords::mutex_type<signals::dummy_mutex>>::type;
     std::array<Receiver, kReceivers> receivers;
     Signal signal;
-#if !defined(__clang_analyzer__) // which does not follow the counts of Boost's pointers
+#if !defined(__clang_analyzer__) // which cannot follow the reference counts of Boost
     for (Receiver& receiver : receivers) {
         signal.connect([&receiver](ZRObservedObjectEvent* event) { receiver.ReceiveLocked(event); });
     }

@@ -1,4 +1,4 @@
-// The ready-made observers beside spdlog with the sinks that do the same work, by one thread and by two.
+// The ready-made observers, compared with spdlog and sinks that do the same work, on one and two threads.
 
 #include "benchmarks/report.h"
 #include "zrlib/zrlib.h"
@@ -27,7 +27,8 @@ constexpr const char* kTracePattern =
 
 std::string PathOf(const char* name) { return (std::filesystem::temp_directory_path() / name).string(); }
 
-/// An observer of one kind, while any thread is inside.
+/// An observer that all threads of one benchmark share. The first thread turns messages on and
+/// constructs the observer, and undoes both.
 template <typename Observer> class Observed {
 public:
     template <typename Make> Observed(const benchmark::State& state, Make make)
@@ -69,7 +70,7 @@ void RunTimers(benchmark::State& state)
     }
 }
 
-/// What sending costs by itself.
+/// For the cost of sending alone.
 struct Nobody : ZRObjectObserver {
     void OnEvent(ZRObservedObjectEvent* event) override { benchmark::DoNotOptimize(event); }
 };
@@ -144,7 +145,7 @@ void MessageToRecorder(benchmark::State& state)
 template <typename Sink>
 void LogTo(benchmark::State& state, std::shared_ptr<Sink> sink, const char* pattern, bool flushes)
 {
-    static std::unique_ptr<spdlog::logger> logger; // of all threads
+    static std::unique_ptr<spdlog::logger> logger; // shared by all threads
     if (state.thread_index() == 0) {
         logger = std::make_unique<spdlog::logger>("benchmark", std::move(sink));
         logger->set_pattern(pattern);

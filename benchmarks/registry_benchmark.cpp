@@ -35,7 +35,7 @@ std::vector<int> Codes(int count)
     return codes;
 }
 
-/// As many codes of which none is registered: those behind the registered ones, short codes where there are no more.
+/// As many codes, none of them registered: those that follow the registered ones, or short codes when there are none.
 std::vector<int> UnknownCodes(int count)
 {
     std::vector<int> codes = Codes(count);
@@ -76,7 +76,7 @@ std::vector<HCString> ClassIDs(const std::vector<int>& codes)
     return classIDs;
 }
 
-/// The ways to look up a code: each is filled with the same codes.
+// The containers in which codes are looked up.
 
 class Registry {
 public:
@@ -165,7 +165,7 @@ BENCHMARK(UnorderedMapUnknown)->Apply(Sizes);
 BENCHMARK(MapKnown)->Apply(Sizes);
 BENCHMARK(MapUnknown)->Apply(Sizes);
 
-// Filling, in a random order. What is filled is destroyed outside the measured time.
+// Filling in random order. The containers are destroyed outside the measured time.
 
 void RegistryFill(benchmark::State& state)
 {
@@ -184,7 +184,7 @@ void RegistryFill(benchmark::State& state)
 }
 BENCHMARK(RegistryFill)->Unit(benchmark::kMillisecond);
 
-/// Class IDs that differ in case only are the same.
+/// The class ID in lower case: class IDs that differ only in case are equal.
 std::string Folded(const HCString& classID)
 {
     std::string folded(classID, static_cast<std::size_t>(classID.GetLength()));
@@ -220,7 +220,7 @@ BENCHMARK(MapAndSetFill)->Unit(benchmark::kMillisecond);
 const AddTarget fill({"registering 61,440 objects, to std::map and std::unordered_set", Measure::kRatio, "RegistryFill",
     "MapAndSetFill", 1});
 
-// Memory, what the allocator needs beside included.
+// Memory, including what the allocator adds.
 
 double BytesOfRegistry(int objects)
 {

@@ -1,5 +1,5 @@
-// The main program of the benchmarks: runs them, each several times in random order, and prints the targets with the
-// least time of each. On a machine that does other things too, the least time is the one that is least disturbed.
+// The main program of the benchmarks. Runs each several times, in random order, and compares the least time of each
+// with its target: on a busy machine, the least time is the least disturbed one.
 
 #include "benchmarks/report.h"
 
@@ -24,7 +24,7 @@ std::vector<report::Figure>& Figures()
     return figures;
 }
 
-/// Prints the medians and keeps the times of all repetitions.
+/// Prints medians and keeps the times of all repetitions.
 class KeepingReporter : public benchmark::ConsoleReporter {
 public:
     KeepingReporter()
@@ -47,7 +47,7 @@ public:
         ConsoleReporter::ReportRuns(medians);
     }
 
-    /// Least time in nanoseconds; below 0 when the benchmark did not run.
+    /// The least time in nanoseconds; negative when the benchmark did not run.
     double LeastOf(const std::string& name) const
     {
         const auto found = m_times.find(name);
@@ -90,7 +90,7 @@ int main(int argc, char** argv)
     char repetitions[] = "--benchmark_repetitions=15";
     char interleaving[] = "--benchmark_enable_random_interleaving=true";
     char minimumTime[] = "--benchmark_min_time=0.05";
-    // Before the given ones, which may overrule them.
+    // Before the given arguments, which so override them.
     arguments.insert(arguments.begin() + 1, {repetitions, interleaving, minimumTime});
     int count = static_cast<int>(arguments.size());
     arguments.push_back(nullptr);

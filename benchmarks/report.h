@@ -1,19 +1,19 @@
-/// Targets for benchmarks, and the table that compares them with what was measured in the same run.
+/// Targets of benchmarks, and the table that compares them with the measured values of a run.
 #pragma once
 
 #include <string>
 
 namespace report {
 
-/// How a measured time is judged.
+/// The value that is compared with the target.
 enum class Measure {
     kRatio, // time of the subject divided by that of the reference
-    kDifference, // time of the subject less that of the reference, in nanoseconds
+    kDifference, // time of the subject minus that of the reference, in nanoseconds
     kTime, // time of the subject, in nanoseconds
 };
 
-/// One row of the table: the names of two benchmarks, with "/" and its argument when it has one (`reference` is not
-/// used with kTime), and the greatest value wanted.
+/// One row of the table: the names of two benchmarks, with "/" and the argument if there is one, and the target. With
+/// kTime `reference` is not used.
 struct Target {
     std::string what;
     Measure measure;
@@ -22,13 +22,13 @@ struct Target {
     double target;
 };
 
-/// Adds a row. To be used for static objects beside the benchmarks.
+/// Adds a row. For static objects in the files of the benchmarks.
 class AddTarget {
 public:
     explicit AddTarget(Target target);
 };
 
-/// A row for something other than time.
+/// A row for a value that is not a time.
 struct Figure {
     std::string what;
     const char* unit;
@@ -36,7 +36,7 @@ struct Figure {
     double target; // the greatest value wanted
 };
 
-/// Adds a row. To be used for static objects.
+/// Adds a row. For static objects.
 class AddFigure {
 public:
     explicit AddFigure(Figure figure);

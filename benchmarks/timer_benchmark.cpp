@@ -1,4 +1,4 @@
-// Locks and timers beside the standard library's lock and the platform's clock.
+// Locks and timers, compared with the standard library's lock and the platform's clock.
 
 #include "benchmarks/report.h"
 #include "hcbase/hcbase.h"
@@ -14,7 +14,7 @@ namespace {
 using report::AddTarget;
 using report::Measure;
 
-// One interface for both locks, which the compiler sees through.
+// One inline interface for both locks.
 
 struct StandardLock {
     void Lock() { mutex.lock(); }
@@ -28,7 +28,7 @@ struct OurLock {
     ZRThreadSync sync;
 };
 
-/// Locks and unlocks with a little to do in between.
+/// Locks and unlocks, with little work in between.
 template <typename Lock> void Turn(Lock& lock, int& guarded)
 {
     lock.Lock();

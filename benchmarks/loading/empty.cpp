@@ -1,1 +1,1 @@
-// A library without anything in it, to compare with.
+// An empty library for comparison.

@@ -1,5 +1,5 @@
-// Loads a library in a process that has the C++ runtime and nothing else, and prints the time of the first load and the
-// mean time of a later load with its unload, in nanoseconds.
+// Loads a library in a process that has loaded the C++ runtime only. Prints the time of the first load and the mean
+// time of a later load and unload, in nanoseconds.
 // Usage: load LIBRARY Now|Lazy CYCLES
 
 #include <chrono>
@@ -22,7 +22,7 @@ int main(int count, char** arguments)
     if (count != 4) {
         return EXIT_FAILURE;
     }
-    const std::string library(arguments[1]); // needs the runtime, which would else be loaded with the library
+    const std::string library(arguments[1]); // needs the runtime, which is so loaded before the library
     const int binding = std::string(arguments[2]) == "Now" ? RTLD_NOW : RTLD_LAZY;
     const int cycles = std::atoi(arguments[3]);
 

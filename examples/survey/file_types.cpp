@@ -24,7 +24,7 @@ int FileTypes::CodeOf(const std::string& type)
     if (code >= kLastCode && type != kFurtherTypes) {
         return CodeOf(kFurtherTypes);
     }
-    // A refusal has been reported; the type then has a code without a name.
+    // If this is refused, which is reported, the code has no name.
     m_registration.Add(code, type.c_str(), ZRClassID::MakeExternalID(code));
     m_codes.emplace(type, code);
     return code;

@@ -1,18 +1,17 @@
 // survey [--registry] [--threads N] [PATH]: counts files, lines and bytes of a folder tree for each type of file.
 // survey --selfcheck
 //
-// --registry: dumps the object registry last, which then holds the types of file.
+// --registry: at the end, dumps the object registry, which then holds the file types.
 //
 // --threads: reads the files on N threads, 1 to 256, and warns when one waits long for another.
 //
-// --selfcheck: lets the library check itself instead, and ends with status 0 if all is well, otherwise 1.
+// --selfcheck: runs the library's self-checks instead; exits with status 0 if they succeed, otherwise 1.
 //
-// Shows a bar while it works, if it writes to a terminal, and tells at the end where its time went and how many
-// messages it sent until then.
+// Shows a progress bar on a terminal. At the end, reports where the time went and how many messages it sent until then.
 //
-// It is a whole application on the library: it reports by messages only, and where they go is the user's choice.
-// Without preferences it turns them on itself, for the console. Ends with status 2 when PATH does not exist or
-// the arguments are wrong.
+// This is a complete application: it reports by messages only, and the user's preferences say where they go. Without
+// preferences it turns messages on for the console. Exits with status 2 when PATH does not exist or cannot be reached,
+// or the arguments are wrong.
 
 #include "survey.h"
 
@@ -51,7 +50,7 @@ struct Arguments {
         }
     }
 
-    /// False when the text is no number of threads.
+    /// False when the text is not a valid number of threads.
     bool SetThreads(std::string_view text)
     {
         constexpr int kMostThreads = 256;
@@ -66,7 +65,7 @@ struct Arguments {
     bool areGood = true;
 };
 
-/// An application has its say only where the user's preferences are silent.
+/// Turns messages on only if the user's preferences have not.
 void ShowMessagesUnlessPreferencesDo()
 {
     if (ZRGetMessagesEnabled() == 0) {
@@ -77,10 +76,11 @@ void ShowMessagesUnlessPreferencesDo()
     }
 }
 
-/// Gives the run a key by which its messages can be found in a log, and warns when the log has little room.
+/// Sends a key by which the messages of this run can be found in a log, and warns when the disk of the log is nearly
+/// full.
 void ReportRun()
 {
-    constexpr int kProgram = 0x5000; // the same as its object codes begin with
+    constexpr int kProgram = 0x5000; // the library digit of its object codes
     constexpr std::uint64_t kLogOfAWholeDisk = std::uint64_t{64} * 1024 * 1024;
     HCString key;
     ZRMath::RandSeed();
@@ -93,7 +93,7 @@ void ReportRun()
     }
 }
 
-/// A message for each line of the table.
+/// Sends a message for each line of the table.
 void ReportProfile(const ZRProfileTable& profile)
 {
     std::istringstream table(profile.ToText().ToString());

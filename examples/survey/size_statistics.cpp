@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr double kStep = 0.5; // of the decimal logarithm, so that two bars make a power of ten
+constexpr double kStep = 0.5; // of the decimal logarithm: two bars for a power of ten
 
 HCString Bytes(double size) { return ZRFormat::KMGT(static_cast<std::int64_t>(size), ZRFormat::BYTES, 2); }
 
@@ -37,7 +37,7 @@ void SizeStatistics::ReportMean() const
         ZR_OUT("Sizes: %s", static_cast<const char*>(Bytes(mean)));
         return;
     }
-    // The next call clears the error of this one, so each is asked after before it.
+    // Each call clears the error of the one before, so check after each.
     const double variance = ZRMath::Divide(squares, count - 1);
     bool isKnown = ZRMath::NoError() != 0;
     const double deviation = ZRMath::Sqrt(variance);

@@ -1,15 +1,15 @@
-/// How large files are.
+/// Statistics of file sizes.
 #pragma once
 
 #include <cstdint>
 #include <vector>
 
-/// Mean and deviation of the sizes of files, and a histogram of them on a logarithmic scale.
+/// Mean, standard deviation and a logarithmic histogram of file sizes.
 class SizeStatistics {
 public:
     void Add(std::int64_t bytes) { m_sizes.push_back(bytes); }
 
-    /// Sends them as messages; nothing when no file was added.
+    /// Sends them as messages; a no-op when no file was added.
     void Report() const;
 
 private:

@@ -12,14 +12,14 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// The path in UTF-8, which is what messages are in.
+/// The path in UTF-8, the encoding of messages.
 std::string Text(const fs::path& path)
 {
     const std::u8string text = path.generic_u8string();
     return {text.begin(), text.end()};
 }
 
-/// The extension in small letters without its dot.
+/// The extension in lower case, without the dot.
 std::string TypeOf(const fs::path& file)
 {
     std::string type = Text(file.extension());
@@ -36,7 +36,7 @@ std::string Describe(const FileCount& count)
     return text.ToString();
 }
 
-/// Reads a file; each block is counted by `count`, which takes the time.
+/// Reads a file. `count` is called for each block, so that it can time the counting.
 template <typename Count> ReadResult ReadText(const fs::path& path, FileCount& result, Count count)
 {
     TextFile text(path);
@@ -90,7 +90,7 @@ void Survey::Walk(const fs::path& folder)
         WarnSkipped(folder, error.message().c_str());
         return;
     }
-    std::sort(entries.begin(), entries.end()); // the same report for the same tree
+    std::sort(entries.begin(), entries.end()); // so that the same tree gives the same report
 
     const std::size_t index = m_folders.size();
     m_folders.push_back({folder, ZRKey::IssueTicket()});
@@ -149,7 +149,7 @@ void Survey::ReadUntilDone()
     }
 }
 
-/// Whether a path is that of a file with a content; says why it is not.
+/// Whether a path is a regular file. If not, a warning says why.
 bool Survey::IsReadable(const fs::path& path)
 {
     std::error_code error;
@@ -160,7 +160,7 @@ bool Survey::IsReadable(const fs::path& path)
     case fs::file_type::not_found:
         WarnSkipped(path, fs::is_symlink(fs::symlink_status(path, error)) ? "dangling link" : "gone meanwhile");
         return false;
-    case fs::file_type::none: // the system does not say what it is
+    case fs::file_type::none: // the system cannot tell the type
         WarnSkipped(path, error.message().c_str());
         return false;
     default:
@@ -193,7 +193,7 @@ void Survey::Keep(File& file, ReadResult result, const FileCount& count)
 void Survey::Report()
 {
     const ZRProfiler timer(&m_reporting);
-    std::vector<FileCount> ofFolders(m_folders.size() + 1); // the last one for a file that was taken alone
+    std::vector<FileCount> ofFolders(m_folders.size() + 1); // one more, for a file taken alone
     for (const File& file : m_files) {
         ofFolders[file.folder] += file.count;
     }

@@ -1,4 +1,4 @@
-/// Walking a folder tree and adding up its text files by type.
+/// Walks a folder tree and adds up its text files by type.
 #pragma once
 
 #include "file_types.h"
@@ -11,17 +11,17 @@
 #include <vector>
 #include <zrlib/zrlib.h>
 
-/// Everything it reports is a message: Out for folders and totals, Trace for each file, Warn for what is skipped, Error
-/// for a path that does not exist. Tells how far it has come as progress of the process, and times its phases: to walk
-/// the tree, to read its files, to count what was read, and to report.
+/// Reports by messages only: Out for folders and totals, Trace for each file, Warn for what is skipped, Error for a
+/// path that does not exist. Sends the progress of the process, and times its phases: walking the tree, reading files,
+/// counting what was read, and reporting.
 class Survey {
 public:
     Survey();
 
-    /// Walks a folder with all that lies below it, or takes a single file, and reads what it finds. Links to folders
-    /// are not followed, because they may lead back. False when there is no such path or it cannot be reached.
+    /// Walks a folder and all folders below it, or takes a single file, and reads the files. Does not follow links to
+    /// folders, which may form a cycle. False when the path does not exist or cannot be reached.
     ///
-    /// threads: how many threads read, beside the calling one; 0 to read on the calling one.
+    /// threads: number of threads that read, while the calling one waits; 0 to read on the calling one.
     bool Take(const std::filesystem::path& path, int threads);
 
     /// Reports files, lines and bytes of each folder, of each type and of all, and the sizes of files.
@@ -34,7 +34,7 @@ private:
     };
     struct File {
         std::filesystem::path path;
-        std::size_t folder; // index; 0 also when there is no folder
+        std::size_t folder; // index; also 0 for a file taken alone
         FileCount count; // all 0 when it was skipped
     };
 
@@ -49,9 +49,9 @@ private:
     std::vector<File> m_files;
     std::map<int, FileCount> m_byType; // by the object code of the type
     SizeStatistics m_sizes;
-    ZRProgressRun* m_run = nullptr; // not owned; while files are read
+    ZRProgressRun* m_run = nullptr; // not owned; used while files are read
 
-    std::atomic<std::size_t> m_next{0}; // file that no thread has taken yet
+    std::atomic<std::size_t> m_next{0}; // the next file that no thread has taken
     ZRThreadSync m_sync; // guards what the threads have read, and their reports
 
     ZRProfilerState m_walking{"walk"};

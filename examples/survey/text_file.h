@@ -1,4 +1,4 @@
-/// Counting what is in one file.
+/// Counts the lines and bytes of one file.
 #pragma once
 
 #include <cstdint>
@@ -16,19 +16,19 @@ struct FileCount {
 
 enum class ReadResult { kText, kBinary, kUnreadable };
 
-/// A file that is read and counted block by block. A file with a zero byte is binary.
+/// Reads and counts a file block by block. A file with a zero byte is binary.
 class TextFile {
 public:
     explicit TextFile(const std::filesystem::path& path);
 
-    /// Reads the next block. False when there is none that is worth counting.
+    /// Reads the next block. False at the end, and when the file cannot be opened or is binary.
     bool ReadBlock();
 
-    /// Counts the block that was read last.
+    /// Counts the last block read.
     void CountBlock();
 
-    /// What the file was, after its last block. Adds to `count` if it was a text; a last line without an ending counts
-    /// too.
+    /// Returns what the file was, after the last block. Adds a text file to `count`; a last line without a line ending
+    /// counts too.
     ReadResult Finish(FileCount& count) const;
 
 private:
