@@ -3,50 +3,26 @@
 #include "zrlib/zrlib.h"
 #include "zrobservers/zrobservers.h"
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <thread>
 
-#if !defined(_WIN32)
-#include <csignal>
-#include <unistd.h>
-#endif
-
 namespace {
 
-#if !defined(_WIN32)
-void SayEarlier(int signal)
-{
-    static_cast<void>(!write(STDOUT_FILENO, "earlier\n", 8));
-    std::exit(signal);
-}
-#endif
-
 // NOLINTNEXTLINE(misc-no-recursion): that is what overflows the stack
-int Overflow(const volatile int* depth)
+int Overflow(int depth)
 {
     volatile int room[1024];
-    room[0] = *depth + 1;
-    return room[0] > 0 ? Overflow(room) + room[0] : 0;
+    room[0] = depth + 1;
+    return room[0] > 0 ? Overflow(room[0]) + room[0] : 0;
 }
 
-void Crash(const std::string& kind)
+void SayEarlier(int signal)
 {
-    ZR_TRACE("about to crash");
-    const volatile int start = 0;
-    if (kind == "abort") {
-        std::abort();
-    } else if (kind == "overflow") {
-        std::exit(Overflow(&start));
-    } else if (kind == "thread") {
-        std::thread([&start] {
-            const ZRFlightRecorder::ThreadGuard guard;
-            std::exit(Overflow(&start));
-        }).join();
-    }
-    volatile int* volatile nowhere = nullptr;
-    *nowhere = 1; // NOLINT(clang-analyzer-core.NullDereference): that is the crash
+    std::puts("earlier");
+    std::exit(signal);
 }
 
 } // namespace
@@ -54,11 +30,9 @@ void Crash(const std::string& kind)
 int main(int /*count*/, char** arguments)
 {
     const std::string kind = arguments[2];
-#if !defined(_WIN32)
     if (kind == "earlier") {
         std::signal(SIGSEGV, SayEarlier);
     }
-#endif
     ZRFlightRecorder::Options options;
     options.count = 3;
     options.atCrash = true;
@@ -66,5 +40,17 @@ int main(int /*count*/, char** arguments)
     for (int number = 0; number < 5; ++number) {
         ZR_OUT("message %d\n", number);
     }
-    Crash(kind);
+    ZR_TRACE("about to crash");
+    if (kind == "abort") {
+        std::abort();
+    } else if (kind == "overflow") {
+        std::exit(Overflow(0));
+    } else if (kind == "thread") {
+        std::thread([] {
+            const ZRFlightRecorder::ThreadGuard guard;
+            std::exit(Overflow(0));
+        }).join();
+    }
+    volatile int* volatile nowhere = nullptr;
+    *nowhere = 1; // NOLINT(clang-analyzer-core.NullDereference): that is the crash
 }

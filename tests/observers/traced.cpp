@@ -3,7 +3,7 @@
 #include "zrlib/zrlib.h"
 
 #include <csignal>
-#include <cstdlib>
+#include <string>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -19,25 +19,21 @@ void Work(const char* what)
 
 int main(int /*count*/, char** arguments)
 {
+    const std::string end = arguments[1];
     ZRSetMessagesEnabled(1);
     Work("at first");
-    switch (arguments[1][0]) {
-    case 'f': { // forks, once for a child that sends nothing
-        if (fork() == 0) {
-            return 0;
-        }
-        wait(nullptr);
-        const pid_t child = fork();
-        Work(child == 0 ? "in the child" : "in the parent");
-        if (child != 0) {
-            waitpid(child, nullptr, 0);
-        }
-        return 0;
-    }
-    case 'k': // is killed when what it has sent has had time to be written
-        sleep(1);
+    if (end == "kill") {
+        sleep(1); // what was sent has time to be written
         return raise(SIGKILL);
-    default:
+    }
+    if (end == "exit") {
         return 7;
     }
+    if (fork() == 0) {
+        return 0; // a child that sends nothing
+    }
+    wait(nullptr);
+    Work(fork() == 0 ? "in the child" : "in the parent");
+    wait(nullptr);
+    return 0;
 }

@@ -3,8 +3,8 @@
 //   state            the state of the messages
 //   modes            the switches that are 1
 //   main             whether this is the main thread
-//   out=TEXT         sends a message; also warn=, error=, trace=
-//   flags=N          sets all flag words; on=N turns messages on too
+//   out=TEXT         sends a message
+//   on=N             turns messages on and sets all flag words
 //   home             the directory of the log
 //   user=N           becomes another user
 //   storm=N          sends N numbered messages from each of two threads
@@ -17,7 +17,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
-#include <string_view>
 #include <thread>
 #if !defined(_WIN32)
 #include <unistd.h>
@@ -25,14 +24,14 @@
 
 namespace {
 
-void PrintState()
+void PrintState(const char* /*argument*/)
 {
     std::printf("messages=%d enabled=%d%d%d%d flags=%d,%d,%d,%d\n", ZRGetMessagesEnabled(), ZRIsOutEnabled(),
         ZRIsWarnEnabled(), ZRIsErrorEnabled(), ZRIsTraceEnabled(), ZRGetOutFlags(), ZRGetWarnFlags(), ZRGetErrorFlags(),
         ZRGetTraceFlags());
 }
 
-void PrintModes()
+void PrintModes(const char* /*argument*/)
 {
     const struct {
         const char* name;
@@ -56,95 +55,75 @@ void PrintModes()
         {"SendToFile", ZRMode::SendToFile},
     };
     for (const auto& row : switches) {
-        if (row.get() != 0) {
-            std::printf("%s ", row.name);
-        }
+        std::printf("%s%s", row.get() != 0 ? row.name : "", row.get() != 0 ? " " : "");
     }
     std::printf("\n");
 }
 
-void SendNumbered(const char* label, int count)
+void SendNumbered(const std::string& label, int count)
 {
-    HCString text;
     for (int number = 0; number < count; ++number) {
-        text.Format("%s %d", label, number);
-        ZROut(text, nullptr, 1);
+        ZROut(HCString(label + " " + std::to_string(number)), nullptr, 1);
     }
 }
 
-void Storm(int count)
+void Storm(const char* count)
 {
-    const HCString process = HFGenerateGuid();
-    HCString labels[2];
-    labels[0].Format("%s-a", static_cast<const char*>(process));
-    labels[1].Format("%s-b", static_cast<const char*>(process));
-    std::thread first(SendNumbered, static_cast<const char*>(labels[0]), count);
-    std::thread second(SendNumbered, static_cast<const char*>(labels[1]), count);
-    first.join();
-    second.join();
+    const std::string process = HFGenerateGuid().ToString();
+    std::thread other(SendNumbered, process + "-a", std::atoi(count));
+    SendNumbered(process + "-b", std::atoi(count));
+    other.join();
 }
 
-[[noreturn]] void SendEndlessly()
+[[noreturn]] void SendEndlessly(const char* /*argument*/)
 {
-    HCString text;
     for (int number = 0;; ++number) {
-        text.Format("endless %d", number);
-        ZROut(text, nullptr, 1);
+        ZROut(HCString("endless " + std::to_string(number)), nullptr, 1);
         std::printf("%d\n", number);
         std::fflush(stdout);
     }
 }
 
-bool Perform(std::string_view command, const char* argument)
-{
-    const struct {
-        std::string_view name;
-        void (*send)(const HCString&, const char*, short);
-    } sends[] = {{"out", ZROut}, {"warn", ZRWarn}, {"error", ZRError}, {"trace", ZRTrace}};
-    for (const auto& row : sends) {
-        if (row.name == command) {
-            row.send(argument, "probe", 1);
-            return true;
-        }
-    }
-    if (command == "state") {
-        PrintState();
-    } else if (command == "modes") {
-        PrintModes();
-    } else if (command == "main") {
-        std::printf("main=%d worker=%d\n", ZRMode::IsMainThread(), ZRMode::IsWorkerThread());
-    } else if (command == "flags") {
-        ZRSetAllFlags(static_cast<short>(std::atoi(argument)));
-    } else if (command == "on") {
-        ZRSetMessagesEnabled(1);
-        ZRSetAllFlags(static_cast<short>(std::atoi(argument)));
-    } else if (command == "home") {
-        std::printf("home=%s\n", static_cast<const char*>(HFTranslateName("home")));
+const struct {
+    const char* name;
+    void (*perform)(const char* argument);
+} kCommands[] = {
+    {"state", PrintState},
+    {"modes", PrintModes},
+    {"main", [](const char*) { std::printf("main=%d worker=%d\n", ZRMode::IsMainThread(), ZRMode::IsWorkerThread()); }},
+    {"out", [](const char* text) { ZROut(text, "probe", 1); }},
+    {"on",
+        [](const char* flags) {
+            ZRSetMessagesEnabled(1);
+            ZRSetAllFlags(static_cast<short>(std::atoi(flags)));
+        }},
+    {"home", [](const char*) { std::printf("home=%s\n", static_cast<const char*>(HFTranslateName("home"))); }},
+    {"storm", Storm},
+    {"endless", SendEndlessly},
 #if !defined(_WIN32)
-    } else if (command == "user") {
-        return setuid(static_cast<uid_t>(std::atoi(argument))) == 0;
+    {"user",
+        [](const char* id) {
+            if (setuid(static_cast<uid_t>(std::atoi(id))) != 0) {
+                std::exit(1);
+            }
+        }},
 #endif
-    } else if (command == "storm") {
-        Storm(std::atoi(argument));
-    } else if (command == "endless") {
-        SendEndlessly();
-    } else {
-        return false;
-    }
-    return true;
-}
+};
 
 } // namespace
 
 int main(int argc, char** argv)
 {
     for (int place = 1; place < argc; ++place) {
-        const std::string_view whole(argv[place]);
-        const std::size_t end = std::min(whole.find('='), whole.size());
-        if (!Perform(whole.substr(0, end), end < whole.size() ? argv[place] + end + 1 : "")) {
+        const std::string whole = argv[place];
+        const std::size_t end = whole.find('=');
+        const auto* const command = std::find_if(std::begin(kCommands), std::end(kCommands),
+            [&](const auto& each) { return whole.substr(0, end) == each.name; });
+        if (command == std::end(kCommands)) {
             std::fprintf(stderr, "probe: unknown command %s\n", argv[place]);
             return 64;
         }
+        command->perform(end < whole.size() ? argv[place] + end + 1 : "");
     }
     return 0;
 }

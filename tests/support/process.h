@@ -1,6 +1,8 @@
 /// Running other programs.
 #pragma once
 
+#include "tests/support/surroundings.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -17,12 +19,16 @@ struct ProcessResult {
 class Process {
 public:
     Process(const std::string& program, const std::vector<std::string>& arguments);
-    ~Process();
-    Process(const Process&) = delete;
-    Process& operator=(const Process&) = delete;
+    ~Process()
+    {
+        if (m_process != kNone) {
+            Kill();
+            Wait();
+        }
+    }
 
     /// What the program has written to standard output so far.
-    std::string OutputSoFar() const;
+    std::string OutputSoFar() const { return ReadFile(m_folder.Path("output")); }
 
     /// Ends the program at once, without a chance to tidy up.
     void Kill();
@@ -30,8 +36,12 @@ public:
     ProcessResult Wait();
 
 private:
-    std::string m_folder;
-    std::intptr_t m_process;
+    static constexpr std::intptr_t kNone = -1;
+
+    ProcessResult Result(int exitCode) const { return {exitCode, OutputSoFar(), ReadFile(m_folder.Path("errors"))}; }
+
+    TemporaryFolder m_folder;
+    std::intptr_t m_process = kNone;
 };
 
 inline ProcessResult Run(const std::string& program, const std::vector<std::string>& arguments)

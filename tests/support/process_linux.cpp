@@ -1,10 +1,7 @@
 #include "tests/support/process.h"
 
-#include "tests/support/surroundings.h"
-
 #include <csignal>
 #include <fcntl.h>
-#include <filesystem>
 #include <spawn.h>
 #include <stdexcept>
 #include <sys/wait.h>
@@ -13,8 +10,6 @@
 namespace test {
 
 Process::Process(const std::string& program, const std::vector<std::string>& arguments)
-    : m_folder(MakeTemporaryFolder())
-    , m_process(-1)
 {
     std::vector<char*> argv{const_cast<char*>(program.c_str())};
     for (const std::string& argument : arguments) {
@@ -25,8 +20,8 @@ Process::Process(const std::string& program, const std::vector<std::string>& arg
     constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC;
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, (m_folder + "/output").c_str(), kFlags, 0600);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, (m_folder + "/errors").c_str(), kFlags, 0600);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, m_folder.Path("output").c_str(), kFlags, 0600);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, m_folder.Path("errors").c_str(), kFlags, 0600);
     pid_t process = -1;
     const int error = posix_spawn(&process, program.c_str(), &actions, nullptr, argv.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
@@ -36,25 +31,14 @@ Process::Process(const std::string& program, const std::vector<std::string>& arg
     m_process = process;
 }
 
-Process::~Process()
-{
-    if (m_process != -1) {
-        Kill();
-        Wait();
-    }
-    std::filesystem::remove_all(m_folder);
-}
-
-std::string Process::OutputSoFar() const { return ReadFile(m_folder + "/output"); }
-
 void Process::Kill() { kill(static_cast<pid_t>(m_process), SIGKILL); }
 
 ProcessResult Process::Wait()
 {
     int status = 0;
     waitpid(static_cast<pid_t>(m_process), &status, 0);
-    m_process = -1;
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, OutputSoFar(), ReadFile(m_folder + "/errors")};
+    m_process = kNone;
+    return Result(WIFEXITED(status) ? WEXITSTATUS(status) : -1);
 }
 
 } // namespace test

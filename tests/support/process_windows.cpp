@@ -1,8 +1,5 @@
 #include "tests/support/process.h"
 
-#include "tests/support/surroundings.h"
-
-#include <filesystem>
 #include <stdexcept>
 #include <windows.h>
 
@@ -22,8 +19,6 @@ constexpr UINT kKilled = 0xDEAD;
 } // namespace
 
 Process::Process(const std::string& program, const std::vector<std::string>& arguments)
-    : m_folder(MakeTemporaryFolder())
-    , m_process(0)
 {
     std::string commandLine = '"' + program + '"'; // no argument of the tests holds a quotation mark
     for (const std::string& argument : arguments) {
@@ -32,8 +27,8 @@ Process::Process(const std::string& program, const std::vector<std::string>& arg
     STARTUPINFOA start{};
     start.cb = sizeof(start);
     start.dwFlags = STARTF_USESTDHANDLES;
-    start.hStdOutput = CreateOutput(m_folder + "/output");
-    start.hStdError = CreateOutput(m_folder + "/errors");
+    start.hStdOutput = CreateOutput(m_folder.Path("output"));
+    start.hStdError = CreateOutput(m_folder.Path("errors"));
     PROCESS_INFORMATION started{};
     const bool isStarted =
         CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &started) != 0;
@@ -46,18 +41,6 @@ Process::Process(const std::string& program, const std::vector<std::string>& arg
     m_process = reinterpret_cast<std::intptr_t>(started.hProcess);
 }
 
-Process::~Process()
-{
-    if (m_process != 0) {
-        Kill();
-        Wait();
-    }
-    std::error_code ignored;
-    std::filesystem::remove_all(m_folder, ignored);
-}
-
-std::string Process::OutputSoFar() const { return ReadFile(m_folder + "/output"); }
-
 void Process::Kill() { TerminateProcess(reinterpret_cast<HANDLE>(m_process), kKilled); }
 
 ProcessResult Process::Wait()
@@ -67,8 +50,8 @@ ProcessResult Process::Wait()
     DWORD exitCode = 0;
     GetExitCodeProcess(process, &exitCode);
     CloseHandle(process);
-    m_process = 0;
-    return {exitCode == kKilled ? -1 : static_cast<int>(exitCode), OutputSoFar(), ReadFile(m_folder + "/errors")};
+    m_process = kNone;
+    return Result(exitCode == kKilled ? -1 : static_cast<int>(exitCode));
 }
 
 } // namespace test

@@ -11,33 +11,29 @@ namespace test {
 
 namespace {
 
-std::string Environment(const char* name)
-{
-    const char* const value = std::getenv(name);
-    return value != nullptr ? value : "";
-}
-
 void SetEnvironment(const char* name, const std::string& value)
 {
 #if defined(_WIN32)
     _putenv_s(name, value.c_str());
 #else
-    if (value.empty()) {
-        unsetenv(name);
-    } else {
-        setenv(name, value.c_str(), 1);
-    }
+    static_cast<void>(value.empty() ? unsetenv(name) : setenv(name, value.c_str(), 1));
 #endif
 }
 
 } // namespace
 
-std::string MakeTemporaryFolder()
+TemporaryFolder::TemporaryFolder()
 {
     std::random_device random;
     const auto folder = std::filesystem::temp_directory_path() / ("zrlib_test_" + std::to_string(random()));
     std::filesystem::create_directories(folder);
-    return folder.generic_string();
+    m_folder = folder.generic_string();
+}
+
+TemporaryFolder::~TemporaryFolder()
+{
+    std::error_code ignored;
+    std::filesystem::remove_all(m_folder, ignored);
 }
 
 std::string ReadFile(const std::string& path)
@@ -65,24 +61,13 @@ std::vector<std::string> Lines(const std::string& text)
 
 EnvironmentGuard::EnvironmentGuard(const char* name, const std::string& value)
     : m_name(name)
-    , m_before(Environment(name))
 {
+    if (const char* const before = std::getenv(name); before != nullptr) {
+        m_before = before;
+    }
     SetEnvironment(name, value);
 }
 
 EnvironmentGuard::~EnvironmentGuard() { SetEnvironment(m_name, m_before); }
-
-Home::Home()
-    : m_folder(MakeTemporaryFolder())
-    , m_home("HCBASE_HOME", m_folder)
-    , m_preferences("HCBASE_PREFERENCES", PreferencesPath())
-{
-}
-
-Home::~Home()
-{
-    std::error_code ignored;
-    std::filesystem::remove_all(m_folder, ignored);
-}
 
 } // namespace test

@@ -6,8 +6,20 @@
 
 namespace test {
 
-/// A new, empty folder; whoever asks removes it.
-std::string MakeTemporaryFolder();
+/// A new, empty folder, removed with the object.
+class TemporaryFolder {
+public:
+    TemporaryFolder();
+    ~TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    const std::string& Folder() const { return m_folder; }
+    std::string Path(const std::string& name) const { return m_folder + "/" + name; }
+
+private:
+    std::string m_folder;
+};
 
 /// The content with each line ending as a line feed; empty when the file cannot be read.
 std::string ReadFile(const std::string& path);
@@ -29,23 +41,16 @@ private:
     std::string m_before;
 };
 
-/// A home and a preference file of the test's own, removed with the object.
-class Home {
+/// A home and a preference file of the test's own.
+class Home : public TemporaryFolder {
 public:
-    Home();
-    ~Home();
-    Home(const Home&) = delete;
-    Home& operator=(const Home&) = delete;
-
-    const std::string& Folder() const { return m_folder; }
-    std::string LogPath() const { return m_folder + "/zr_messages.txt"; }
-    std::string PreferencesPath() const { return m_folder + "/preferences.toml"; }
+    std::string LogPath() const { return Path("zr_messages.txt"); }
+    std::string PreferencesPath() const { return Path("preferences.toml"); }
     std::string Log() const { return ReadFile(LogPath()); }
 
 private:
-    std::string m_folder;
-    EnvironmentGuard m_home;
-    EnvironmentGuard m_preferences;
+    EnvironmentGuard m_home{"HCBASE_HOME", Folder()};
+    EnvironmentGuard m_preferences{"HCBASE_PREFERENCES", PreferencesPath()};
 };
 
 } // namespace test

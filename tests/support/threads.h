@@ -25,10 +25,10 @@ template <typename Action> void OnThreads(int count, Action action)
     }
 }
 
-/// Waits until the predicate is true; false after ten seconds.
+/// Waits until the predicate is true; false after a minute.
 template <typename Predicate> bool SpinUntil(Predicate predicate)
 {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
     while (!predicate()) {
         if (std::chrono::steady_clock::now() > end) {
             return false;
