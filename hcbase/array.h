@@ -1,4 +1,4 @@
-/// HCArray: an array of exactly the size that is asked for.
+/// HCArray: an array of exactly the requested size.
 #pragma once
 
 #include "hcbase/element_storage.h"
@@ -8,20 +8,20 @@
 #include <stdexcept>
 #include <utility>
 
-// What stands in for elements outside the bounds is not shared between libraries: a symbol that is would keep whatever
-// defines it mapped for ever.
+// What stands in for elements outside the bounds is hidden, because a unique symbol would prevent dlclose from
+// unmapping its definer.
 #if defined(_WIN32)
 #define HC_NOT_SHARED
 #else
 #define HC_NOT_SHARED __attribute__((visibility("hidden")))
 #endif
 
-/// An array whose storage has room for just as many elements as were asked for. Elements are plain values: they are
-/// moved by assignment, and what pointers among them point at is not owned. A pointer or reference to an element is
+/// An array whose storage has room for exactly the requested number of elements. Elements are plain values: they are
+/// moved by assignment, and pointers among them do not own what they point at. A pointer or reference to an element is
 /// valid until the next SetSize or Append.
 ///
-/// Errors: std::bad_alloc when memory runs out, std::length_error beyond 2,147,483,647 elements; the array then has the
-/// elements that it had. Threads: one object may be read by several threads at once or used by one.
+/// Errors: std::bad_alloc without memory, std::length_error beyond 2,147,483,647 elements; the array then keeps its
+/// elements. Threads: one object may be read by several threads at once or used by one.
 template <typename T> class HCArray {
 public:
     HCArray() = default;
@@ -44,7 +44,7 @@ public:
         return *this;
     }
 
-    /// Takes over the elements of `other`, which is empty afterwards.
+    /// Takes the elements of `other`, which is empty afterwards.
     HCArray(HCArray&& other) noexcept { Swap(other); }
     HCArray& operator=(HCArray&& other) noexcept
     {
@@ -55,11 +55,11 @@ public:
 
     virtual ~HCArray() = default;
 
-    /// Changes the number of elements, and the storage with it: when `newSize` is not the number that there is room
-    /// for, the elements move to storage of that size. New elements have the value T(). A size of 0 gives the storage
-    /// back; with a negative one size and storage stay.
+    /// Changes the number of elements, and the storage with it: unless `newSize` is the capacity already, the elements
+    /// move to storage of that size. New elements have the value T(). A size of 0 frees the storage; a negative one
+    /// leaves size and storage unchanged.
     ///
-    /// growBy: a number that is kept with the array; below 1 it counts as 10. It has no influence on the storage.
+    /// growBy: a number stored with the array; below 1 it counts as 10. It does not affect the storage.
     void SetSize(int newSize, int growBy)
     {
         m_nGrowBy = growBy >= 1 ? growBy : kDefaultGrowBy;
@@ -83,7 +83,7 @@ public:
         std::swap(m_nGrowBy, other.m_nGrowBy);
     }
 
-    /// Number of elements.
+    /// The number of elements.
     [[nodiscard]] int GetSize() const noexcept { return m_nSize; }
 
     /// The elements; null when there are none.
@@ -96,7 +96,7 @@ public:
     const T* begin() const { return m_storage.Data(); }
     const T* end() const { return begin() + m_nSize; }
 
-    /// The element at an index from 0. Outside the bounds an element with the value T(), which must not be written to.
+    /// The element at an index from 0. Outside the bounds, an element with the value T(), which must not be written to.
     [[nodiscard]] T& GetAt(int index) { return IsInBounds(index) ? m_storage.Data()[index] : s_none; }
     [[nodiscard]] const T& GetAt(int index) const { return IsInBounds(index) ? m_storage.Data()[index] : s_none; }
 
@@ -111,7 +111,7 @@ public:
         return -1;
     }
 
-    /// Adds an element behind the others.
+    /// Appends an element.
     void Append(T value)
     {
         if (m_nSize == INT_MAX) {
@@ -121,7 +121,7 @@ public:
         m_storage.Data()[m_nSize - 1] = std::move(value);
     }
 
-    /// Removes an element; those behind it move down by one. The storage stays. Outside the bounds nothing happens.
+    /// Removes an element; those behind it move down by one. The storage is unchanged. A no-op outside the bounds.
     void RemoveAt(int index)
     {
         if (IsInBounds(index)) {
@@ -132,7 +132,7 @@ public:
     }
 
 protected:
-    /// Number of elements that there is room for.
+    /// The number of elements that there is room for.
     [[nodiscard]] int GetCapacity() const { return m_storage.Size(); }
     [[nodiscard]] int GetGrowBy() const noexcept { return m_nGrowBy; }
 

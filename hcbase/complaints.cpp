@@ -13,7 +13,7 @@ namespace {
 
 using Complaints = std::set<std::string>;
 
-constinit Complaints* g_complaints HC_PT_GUARDED_BY(g_recordsLock) = nullptr; // made with the first complaint
+constinit Complaints* g_complaints HC_PT_GUARDED_BY(g_recordsLock) = nullptr; // created with the first complaint
 
 bool IsNews(const std::string& complaint)
 {
@@ -25,7 +25,7 @@ bool IsNews(const std::string& complaint)
     if (g_complaints == nullptr) {
         g_complaints = new Complaints;
     } else if (g_complaints->size() >= kMost) {
-        g_complaints->clear(); // rather than grow for ever: what comes again is told again
+        g_complaints->clear(); // rather than grow for ever: repeated ones are reported again
     }
     return g_complaints->insert(complaint).second;
 }

@@ -1,4 +1,4 @@
-/// Complaints about the surroundings: preferences and home. Not exported.
+/// Complaints about preferences and home. Not exported.
 #pragma once
 
 #include <string>
@@ -6,8 +6,8 @@
 
 namespace hcbase {
 
-/// Tells on standard error, in one line, what is wrong and where. The same complaint is told once, though the same file
-/// is read more than once while a library loads. Throws std::bad_alloc. Threads: any.
+/// Reports on standard error, in one line, what is wrong and where. The same complaint is reported once, though the
+/// same file is read more than once while a library loads. Throws std::bad_alloc. Threads: any.
 void Complain(const std::string& place, std::string_view reason);
 
 } // namespace hcbase

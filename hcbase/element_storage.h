@@ -1,4 +1,4 @@
-/// Storage for the elements of the containers.
+/// ElementStorage: storage for the elements of the containers, and for them only.
 #pragma once
 
 #include <algorithm>
@@ -10,8 +10,8 @@
 
 namespace hcbase {
 
-/// A block of elements that is made larger or smaller by steps, as small as the steps may be: plain elements are left
-/// to the system's realloc, which seldom has to copy them. Elements start with the value T().
+/// A block of elements that grows and shrinks in steps of any size: plain elements are left to the system's realloc,
+/// which seldom has to copy them. Elements start with the value T().
 template <typename T> class ElementStorage {
 public:
     ElementStorage() = default;

@@ -49,9 +49,8 @@ namespace {
 
 constinit IntrusiveList<ErrorHistory> g_histories HC_GUARDED_BY(g_recordsLock);
 
-// Unloading must not release a history that its thread is using at this moment, nor wait for that thread. So a thread
-// says that it is inside before it asks whether the library is closed, and unloading closes before it asks whether one
-// is inside.
+// Unloading must not release a history that its thread is using, nor wait for that thread. So a thread announces itself
+// before it asks whether the library is closed, and unloading closes before it looks for such threads.
 constinit std::atomic<bool> g_closed{false};
 constinit std::atomic<int> g_inside{0};
 
@@ -59,7 +58,7 @@ class CallUnderWay {
 public:
     CallUnderWay()
     {
-        g_inside.fetch_add(1); // before the question: store-then-load handshake with unloading, hence seq_cst
+        g_inside.fetch_add(1); // before the load: store-then-load (Dekker) handshake with unloading, hence seq_cst
         m_isOpen = !g_closed.load();
     }
     ~CallUnderWay() { g_inside.fetch_sub(1); }
@@ -100,7 +99,7 @@ void ReleaseErrors(ErrorHistory*& errors) noexcept
 {
     const CallUnderWay call;
     if (errors == nullptr || !call.IsOpen()) {
-        return; // once closed, unloading releases what is to be released
+        return; // once closed, unloading releases what there is to release
     }
     {
         const LockGuard guard(g_recordsLock);
@@ -112,7 +111,7 @@ void ReleaseErrors(ErrorHistory*& errors) noexcept
 
 void AbandonErrorsOfOthers(ErrorHistory* own) noexcept
 {
-    if (g_inside.exchange(0) != 0) { // whom the child does not have: nobody forks from inside
+    if (g_inside.exchange(0) != 0) { // those threads are not in the child: nobody forks from inside
         g_histories = {};
         if (own != nullptr) {
             g_histories.Add(*own);
@@ -124,7 +123,7 @@ bool ReleaseAllErrors() noexcept HC_NO_THREAD_SAFETY_ANALYSIS
 {
     g_closed = true;
     if (g_inside != 0) {
-        return false; // the process ends, and the memory goes with it
+        return false; // the process ends, and its memory with it
     }
     for (ErrorHistory* history = std::exchange(g_histories.first, nullptr); history != nullptr;) {
         delete std::exchange(history, history->next);

@@ -1,4 +1,4 @@
-/// Export mark of the foundation library.
+/// Export macro of the foundation library.
 #pragma once
 
 #if defined(_WIN32)

@@ -1,4 +1,4 @@
-/// HCFileStatus: what the file system tells about a file.
+/// HCFileStatus: what the file system knows about a file.
 #pragma once
 
 #include "hcbase/time.h"
@@ -7,7 +7,7 @@
 
 /// Filled by HCFileSystem::GetFileStatus.
 struct HCFileStatus {
-    HCTime created; // of the last change of status where the system does not keep the time of creation
+    HCTime created; // the last change of status where the system does not record the creation
     HCTime modified;
     HCTime accessed;
     std::int64_t size = 0; // bytes

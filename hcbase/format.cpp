@@ -9,7 +9,7 @@ HCString HFFormat64(std::int64_t value, int base, int /*reserved*/)
     if (base < kLowestBase || base > kHighestBase) {
         return {};
     }
-    char digits[66] = {}; // sign, 64 binary digits, end mark
+    char digits[66] = {}; // sign, 64 binary digits, terminator
     *std::to_chars(digits, digits + sizeof(digits) - 1, value, base).ptr = '\0';
     return digits;
 }

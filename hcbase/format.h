@@ -7,6 +7,6 @@
 #include <cstdint>
 
 /// `value` in the number system of `base`, 2 to 36: a minus sign for a negative number and the digits 0 to 9, a to z,
-/// without leading zeros or grouping, whatever the locale. Any other base gives an empty text. The third argument is
-/// reserved, give 0.
+/// without leading zeros or grouping, in every locale. Any other base yields an empty text. The third argument is
+/// reserved; pass 0.
 [[nodiscard]] HC_API HCString HFFormat64(std::int64_t value, int base, int reserved);

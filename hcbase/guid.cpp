@@ -15,8 +15,8 @@ using namespace hcbase;
 namespace {
 
 /// xoshiro256** 1.0 by David Blackman and Sebastiano Vigna ("Scrambled linear pseudorandom number generators", ACM
-/// Transactions on Mathematical Software 47, 2021). With 256 bits of state from the system, two threads' sequences meet
-/// as rarely as two random numbers of that size.
+/// Transactions on Mathematical Software 47, 2021). With 256 bits of state from the system, two threads' sequences
+/// overlap as rarely as two random numbers of that size coincide.
 std::uint64_t NextRandom(std::uint64_t (&state)[4])
 {
     const std::uint64_t result = std::rotl(state[1] * 5, 7) * 9;
@@ -30,8 +30,8 @@ std::uint64_t NextRandom(std::uint64_t (&state)[4])
     return result;
 }
 
-/// Where the system has no random numbers to give: time, thread, fork and place of the state, spread by splitmix64 (Guy
-/// Steele, Doug Lea, Christine Flood: "Fast splittable pseudorandom number generators", 2014). Weaker, but not the same
+/// For systems without random numbers: time, thread, fork and address of the state, spread by splitmix64 (Guy Steele,
+/// Doug Lea, Christine Flood: "Fast splittable pseudorandom number generators", 2014). Weaker, but never the same
 /// twice.
 void SeedFromClock(std::uint64_t (&state)[4])
 {
@@ -59,13 +59,13 @@ void Seed(std::uint64_t (&state)[4])
     } catch (const std::exception&) {
         SeedFromClock(state);
     }
-    state[0] |= 1U; // the generator stands still when all of its state is zero
+    state[0] |= 1U; // an all-zero state would never change
 }
 
 std::array<std::uint64_t, 2> RandomBits()
 {
     system::PerThread* const thread = system::CurrentPerThread();
-    if (thread == nullptr) { // no memory for the record: a seed for this one identifier
+    if (thread == nullptr) { // no memory for the record: seeds this one identifier
         std::uint64_t state[4];
         Seed(state);
         return {NextRandom(state), NextRandom(state)};
@@ -87,7 +87,7 @@ constexpr auto kDigitsOfByte = [] {
     return digits;
 }();
 
-/// Appends the `bytes` highest bytes of `bits` and moves them out.
+/// Appends the `bytes` highest bytes of `bits` and shifts them out.
 char* AppendBytes(char* text, std::uint64_t& bits, int bytes)
 {
     for (; bytes > 0; --bytes) {

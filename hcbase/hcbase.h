@@ -1,9 +1,9 @@
-/// Everything public of hcbase, the foundation layer: strings, threads, re-entrant locks, files, the preference store,
+/// All public headers of hcbase, the foundation layer: strings, threads, re-entrant locks, files, the preference store,
 /// text tables, version records and the last error.
 ///
-/// Loading is all the set-up there is. Every function may be called from any thread unless its own text says otherwise.
-/// No operation raises an exception but std::bad_alloc, and std::length_error for texts and arrays that would be too
-/// large.
+/// No init or shutdown call: the library is ready when loaded. Every function may be called from any thread unless its
+/// own documentation says otherwise. No operation throws anything but std::bad_alloc, and std::length_error for texts
+/// and arrays that would be too large.
 #pragma once
 
 #include "hcbase/array.h"

@@ -1,9 +1,9 @@
-/// A doubly linked list of objects that bring their own links.
+/// IntrusiveList: a doubly linked list of objects that contain their own links. Not exported.
 #pragma once
 
 namespace hcbase {
 
-/// Constant-initialised, trivially destroyed, owns nothing. `Element` has the members `next` and `previous`, which
+/// Constant-initialised and trivially destroyed; owns nothing. `Element` has the members `next` and `previous`, which
 /// belong to the list.
 template <typename Element> struct IntrusiveList {
     Element* first = nullptr;

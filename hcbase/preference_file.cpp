@@ -7,12 +7,12 @@
 #include <utility>
 #include <vector>
 
-#define TOML_EXCEPTIONS 1 // without them its functions cannot say that there is no memory, and end the process
+#define TOML_EXCEPTIONS 1 // without them its functions cannot report a lack of memory, and end the process
 #define TOML_ENABLE_FORMATTERS 0
-#define TOML_FLOAT_CHARCONV 1 // or it takes streams, which follow the locale and which make loading slower
+#define TOML_FLOAT_CHARCONV 1 // otherwise it uses streams, which follow the locale and slow down loading
 
-// toml++ 3.3 takes it for impossible that a character from U+00A1 to U+0499 stands where it looks for white space, and
-// tells the compiler so. It is none there.
+// toml++ 3.3 tells the compiler that no character from U+00A1 to U+0499 can occur where it looks for white space. They
+// can, and are not white space.
 #include <toml++/impl/preprocessor.h>
 #pragma push_macro("TOML_UNREACHABLE")
 #undef TOML_UNREACHABLE
@@ -26,7 +26,7 @@ namespace hcbase {
 
 namespace {
 
-/// Place of the first byte that is not UTF-8 (RFC 3629); the length of the text when all of it is.
+/// Offset of the first byte that is not UTF-8 (RFC 3629); the length of the text when all of it is.
 std::size_t EndOfUtf8(std::string_view text)
 {
     const auto byteAt = [text](std::size_t place) {
@@ -41,7 +41,7 @@ std::size_t EndOfUtf8(std::string_view text)
             : lead < 0xF0                      ? 3
             : lead < 0xF5                      ? 4
                                                : 0;
-        // The second byte also rules out overlong forms, surrogates and what lies beyond U+10FFFF.
+        // The second byte also excludes overlong forms, surrogates and code points above U+10FFFF.
         const unsigned least = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
         const unsigned most = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
         bool isGood = length == 1 || (length > 1 && byteAt(place + 1) >= least && byteAt(place + 1) <= most);
@@ -56,12 +56,11 @@ std::size_t EndOfUtf8(std::string_view text)
     return place;
 }
 
-/// Follows how deep keys and brackets lead into each other. The parser builds a table for each part of a dotted key,
-/// and destroys tables from the outside inwards, each within the one around it, so that a deep file would exhaust the
-/// stack of a small thread.
+/// Tracks how deeply keys and brackets nest. The parser builds a table for each part of a dotted key, and destroys
+/// tables recursively from the outside inwards, so a deeply nested file would exhaust the stack of a small thread.
 class Depth {
 public:
-    /// Offset of the first character that lies too deep; the length of the text when none does.
+    /// Offset of the first character that is nested too deeply; the length of the text when none is.
     static std::size_t EndOfShallow(std::string_view text)
     {
         Depth depth;
@@ -73,11 +72,11 @@ public:
     }
 
 private:
-    static constexpr std::size_t kDeepest = 16; // of tables within each other; a small stack holds some 30
+    static constexpr std::size_t kDeepest = 16; // tables within each other; a small stack holds some 30
 
     bool IsTooDeep() const { return m_brackets.size() + m_outerDots + m_dots > kDeepest; }
 
-    /// Reads a character, or a whole comment or text. Gives how many characters that is.
+    /// Reads a character, or a whole comment or text. Returns how many characters that is.
     std::size_t Read(std::string_view rest)
     {
         switch (rest.front()) {
@@ -137,7 +136,7 @@ private:
         return rest.size();
     }
 
-    std::vector<std::size_t> m_brackets; // that are open; with the dots before each
+    std::vector<std::size_t> m_brackets; // open ones, with the dots before each
     std::size_t m_outerDots = 0; // before all of them
     std::size_t m_dots = 0; // since the last of them, or since the last comma or line
 };
@@ -171,7 +170,7 @@ struct PreferenceFile::Entries {
 
     std::string PlaceAt(std::int64_t line) const { return std::string(path) + ":" + std::to_string(line); }
 
-    /// Says that what stands under a key is of the wrong kind.
+    /// Reports that the value of a key is of the wrong kind.
     void ComplainOf(std::string_view key, const toml::node& node, const char* wanted) const
     {
         std::string reason(key);
@@ -179,7 +178,7 @@ struct PreferenceFile::Entries {
         Complain(PlaceAt(node.source().begin.line), reason);
     }
 
-    /// Appends what is in a table to the keys; `prefix` is the name of the table.
+    /// Appends the keys in a table; `prefix` is the name of the table.
     static void AddKeys(const toml::table& table, const std::string& prefix, std::vector<HCPreferenceKey>& keys)
     {
         for (const auto& [name, node] : table) {
@@ -251,7 +250,7 @@ std::unique_ptr<const PreferenceFile::Entries> PreferenceFile::Parse(const HCStr
 {
     auto entries = std::make_unique<Entries>();
     entries->path = path;
-    // The parser would name the line to which it has read ahead, and has no limit for keys with many parts.
+    // The parser would report the line to which it has read ahead, and does not limit keys with many parts.
     const struct {
         std::size_t goodUpTo;
         const char* reason;

@@ -1,4 +1,4 @@
-/// PreferenceFile: what a preference file says. Not exported.
+/// PreferenceFile: the content of a preference file. Not exported.
 #pragma once
 
 #include "hcbase/preference_system.h"
@@ -9,10 +9,10 @@
 
 namespace hcbase {
 
-/// The entries of one TOML file. What is wrong with it is told once (complaints.h).
+/// The entries of one TOML file. Each fault in it is reported once (complaints.h).
 class PreferenceFile {
 public:
-    /// Parses the content of the file. When it cannot be parsed there are no entries. Throws std::bad_alloc.
+    /// Parses the content of the file. If it cannot be parsed, there are no entries. Throws std::bad_alloc.
     PreferenceFile(const HCString& path, std::string_view content);
     ~PreferenceFile();
     PreferenceFile(const PreferenceFile&) = delete;

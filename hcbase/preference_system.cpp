@@ -31,7 +31,7 @@ HCString PathOfPreferences()
 
 struct HCPreferenceSystem::Store {
     const HCString path = PathOfPreferences();
-    std::optional<PreferenceFile> file; // nothing when there is none that can be read
+    std::optional<PreferenceFile> file; // empty when there is none that can be read
     bool isReadable = true;
 
     Store()

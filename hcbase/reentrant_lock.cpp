@@ -15,9 +15,8 @@ bool ReentrantLock::LockTaken() noexcept
     return true;
 }
 
-// The second mutex of Ulrich Drepper, "Futexes Are Tricky" (2011): a thread that has to wait marks the word as awaited
-// each time it tries, because it cannot know whether others still wait. So a wake-up may find nobody, but none is
-// missed.
+// The second mutex of Ulrich Drepper, "Futexes Are Tricky" (2011): a waiting thread marks the word as awaited on each
+// attempt, because it cannot know whether others still wait. A wake-up may find nobody, but none is missed.
 void ReentrantLock::Wait() noexcept
 {
     if (TakeWithPauses()) {
@@ -25,17 +24,16 @@ void ReentrantLock::Wait() noexcept
     }
     while (m_word.exchange(kHeldAndAwaited, std::memory_order_acquire) != kFree) {
         if (system::OtherThreadsAreGone()) {
-            m_depth = 0; // the holder went without unlocking, and nobody else is left to hold it
+            m_depth = 0; // the holder ended without unlocking, and no other thread is left to hold it
             return;
         }
         system::WaitWhileEqual(m_word, kHeldAndAwaited);
     }
 }
 
-/// Most locks are held for much less time than it takes to fall asleep and be woken. Each look takes the word, and what
-/// it guards, away from the holder's cache, so the pauses between them grow: several short holds of one thread in a row
-/// cost less than a change of hands for each (Thomas Anderson, "The Performance of Spin Lock Alternatives for
-/// Shared-Memory Multiprocessors", IEEE Transactions on Parallel and Distributed Systems 1, 1990).
+/// Most locks are held for much less time than falling asleep and waking take. Each look takes the cache line from the
+/// holder, so the pauses grow: one thread's short holds in a row cost less than alternating (Thomas Anderson, "The
+/// Performance of Spin Lock Alternatives for Shared-Memory Multiprocessors", IEEE TPDS 1, 1990).
 bool ReentrantLock::TakeWithPauses() noexcept
 {
     constexpr int kFirst = 16;

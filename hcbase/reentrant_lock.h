@@ -1,4 +1,4 @@
-/// The lock behind HCThreadSync and behind the foundation's own records.
+/// ReentrantLock: the lock behind HCThreadSync and behind the foundation's own records. Not exported.
 #pragma once
 
 #include "hcbase/system/thread_annotations.h"
@@ -10,7 +10,7 @@
 
 namespace hcbase {
 
-/// Constant-initialised and trivially destroyed, so that it works before and after every static object.
+/// Constant-initialised and trivially destroyed, so it works before and after every static object.
 class HC_CAPABILITY("lock") ReentrantLock {
 public:
     constexpr ReentrantLock() noexcept = default;
@@ -27,8 +27,8 @@ public:
         return LockTaken();
     }
 
-    /// Takes the lock if nobody else holds it; otherwise gives false at once. False too when the calling thread holds
-    /// it as often as can be counted.
+    /// Takes the lock if nobody else holds it; otherwise returns false at once. Also false when the calling thread
+    /// holds it as often as can be counted.
     bool TryLock() noexcept HC_TRY_ACQUIRE(true)
     {
         const system::ThreadMark self = system::CurrentThreadMark();
@@ -55,7 +55,7 @@ public:
     }
 
     /// For a forked child, before it has a second thread: frees the lock unless the calling thread holds it. A holder
-    /// that did not come along will not unlock it.
+    /// that the child does not have will not unlock it.
     void FreeUnlessOwn() noexcept;
 
 private:
@@ -63,7 +63,7 @@ private:
     static constexpr std::uint32_t kHeld = 1;
     static constexpr std::uint32_t kHeldAndAwaited = 2;
 
-    // A process with one thread needs no atomic step, which is most of what a lock costs.
+    // A process with one thread needs no atomic operation, which is most of what a lock costs.
     bool TryTake() noexcept
     {
         std::uint32_t seen = kFree;
@@ -93,7 +93,7 @@ private:
         return canCount;
     }
 
-    bool LockTaken() noexcept; // out of line, so that the usual way needs no frame
+    bool LockTaken() noexcept; // out of line, so that the common path needs no frame
     void Wait() noexcept;
     bool TakeWithPauses() noexcept;
     void WakeAnother() noexcept;

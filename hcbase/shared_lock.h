@@ -1,4 +1,4 @@
-/// SharedLock: what the copies of an HCThreadSync share.
+/// SharedLock: what the copies of an HCThreadSync share. Not exported.
 #pragma once
 
 #include "hcbase/reentrant_lock.h"
@@ -7,11 +7,11 @@
 
 namespace hcbase {
 
-/// A lock on the heap with the number of its owners. Where processes can fork, all of them are listed, so that a child
-/// can free those whose holders did not come along.
+/// A reference-counted lock on the heap. Where processes can fork, all of them are listed, so that a child can free
+/// those whose holders it does not have.
 class SharedLock : public ReentrantLock {
 public:
-    /// With one owner. Null when there is no memory.
+    /// Creates a lock with one owner. Null when there is no memory.
     static SharedLock* Make() noexcept;
 
     void AddOwner() noexcept { m_owners.fetch_add(1, std::memory_order_relaxed); }

@@ -1,5 +1,5 @@
 // The one file of hcbase with a dynamic initialiser. Everything else is constant-initialised and usable at any time;
-// what it has put on the heap goes here.
+// what it has allocated is released here.
 
 #include "hcbase/records.h"
 #include "hcbase/system/environment.h"
@@ -12,8 +12,8 @@ constinit bool g_recordsClosed = false;
 
 namespace {
 
-/// Other threads may still run when a process ends. None of them is waited for: on Windows it may be gone already, and
-/// the lock that it held with it. What cannot be released then goes with the process.
+/// Other threads may still run when a process ends, and none is waited for: on Windows one may have ended, and its lock
+/// is never released. What cannot be released then ends with the process.
 void ReleaseRecords() HC_NO_THREAD_SAFETY_ANALYSIS
 {
     if (g_recordsLock.TryLock()) {
@@ -33,7 +33,7 @@ public:
     ~Startup()
     {
         if (system::OtherThreadsAreGone()) {
-            return; // one may have been in the middle of an allocation: the memory goes with the process
+            return; // one may have been in the middle of an allocation: the memory ends with the process
         }
         if (ReleaseAllErrors()) {
             system::RemoveHooks();

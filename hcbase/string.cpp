@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t kLongestText = std::numeric_limits<std::int32_t>::max() - 1;
 
-/// Most texts of the system fit here, so that formatting needs neither the heap nor a second pass.
+/// Large enough for most texts, so that formatting needs neither the heap nor a second pass.
 constexpr std::size_t kFormatBufferSize = 512;
 
 const char* OrEmpty(const char* text) { return text != nullptr ? text : ""; }
@@ -34,7 +34,7 @@ char* AllocateText(std::size_t capacity)
     return new char[capacity + 1];
 }
 
-/// The digits of a number in capitals, with zeros before them up to a width of at most 9. Gives the number of
+/// Writes a number in upper-case digits, with leading zeros up to a width of at most 9. Returns the number of
 /// characters.
 std::size_t PutHexadecimal(char (&digits)[9], unsigned int number, std::size_t width)
 {
@@ -50,7 +50,7 @@ std::size_t PutHexadecimal(char (&digits)[9], unsigned int number, std::size_t w
 }
 
 /// Formats what needs no more than %d, %u, %s, %c, %X, %01X to %09X and %%, several times faster than the standard
-/// library. False when there is anything else, or the text does not fit; then nothing of the buffer counts.
+/// library. False when there is anything else or the text does not fit; the content of the buffer is then meaningless.
 bool FormatPlainly(char* buffer, std::size_t size, const char* format, std::va_list arguments, std::size_t& length)
 {
     char* out = buffer;
@@ -126,7 +126,7 @@ void HCString::Reserve(std::size_t capacity)
 void HCString::Assign(const char* text, std::size_t length)
 {
     if (length > static_cast<std::size_t>(Capacity())) {
-        // The text may lie in the storage that is given up, so it is copied first.
+        // The text may lie in the storage that is about to be freed, so it is copied first.
         char* const larger = AllocateText(length);
         std::memcpy(larger, text, length);
         if (IsOnHeap()) {
@@ -175,7 +175,7 @@ void HCString::Format(const char* format, ...)
     } else if (static_cast<std::size_t>(length) < sizeof(buffer)) {
         Assign(buffer, static_cast<std::size_t>(length));
     } else {
-        // Formatted beside the text that the string has, because that may be one of the arguments.
+        // Formatted into a new string, because the present text may be one of the arguments.
         HCString formatted;
         formatted.Reserve(static_cast<std::size_t>(length));
         errno = keep.Value(); // "%m" is among the conversions
@@ -210,7 +210,7 @@ void HCString::Empty() noexcept
 
 HCString HCString::Left(int count)
 {
-    HCString first; // made first, so that this string keeps its text when there is no memory for the copy
+    HCString first; // first, so that this string keeps its text when there is no memory for the copy
     first.Assign(Text(), static_cast<std::size_t>(std::clamp(count, 0, GetLength())));
     ReleaseBuffer(first.GetLength());
     return first;

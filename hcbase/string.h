@@ -1,4 +1,4 @@
-/// HCString: the value string of the system.
+/// HCString: the string of the system, a value.
 #pragma once
 
 #include "hcbase/export.h"
@@ -14,7 +14,7 @@
 #include <compare>
 #endif
 
-// The arguments of Format are checked against its format by the compiler, as those of printf are.
+// The compiler checks the arguments of Format against its format, as those of printf.
 #if defined(__MINGW32__)
 #define HC_PRINTF_FORMAT(formatPlace, firstPlace) __attribute__((format(gnu_printf, formatPlace, firstPlace)))
 #else
@@ -31,14 +31,14 @@ template <typename Text> inline constexpr bool isStandardText =
 
 /// A zero-terminated text of 8-bit characters that owns its storage.
 ///
-/// Bytes pass through unchanged, so UTF-8 stays UTF-8; lengths count bytes. Texts of up to 39 characters lie inside the
-/// object and need no heap. Null pointers count as the empty text wherever a text is taken. A zero byte that was
-/// written through GetBuffer is kept by copies; whoever reads the text as a `const char*`, comparisons and messages
-/// among them, sees it end there.
+/// Bytes pass through unchanged, so UTF-8 stays UTF-8; lengths count bytes. Texts of up to 39 characters are inside the
+/// object and need no heap. Null pointers count as the empty text wherever a text is taken. Copies keep a zero byte
+/// that was written through GetBuffer; code that reads the text as a `const char*`, comparisons and messages among it,
+/// sees it end there.
 ///
 /// Threads: as for an int, one object may be read by several threads at once or used by one.
-/// Errors: std::bad_alloc when memory runs out, std::length_error for a text beyond 2,147,483,646 characters; the
-/// object then keeps the text that it had.
+/// Errors: std::bad_alloc without memory, std::length_error for a text beyond 2,147,483,646 characters; the object then
+/// keeps its text.
 class HC_API HCString {
 public:
     /// The empty text.
@@ -49,7 +49,7 @@ public:
 
     HCString(const HCString& other);
 
-    /// Takes over the text of `other`, which is empty afterwards.
+    /// Takes the text of `other`, which is empty afterwards.
     HCString(HCString&& other) noexcept;
 
     ~HCString()
@@ -59,33 +59,33 @@ public:
         }
     }
 
-    /// Replaces the text by a copy of `text`, which may be a piece of this string's own text.
+    /// Replaces the text by a copy of `text`, which may be a part of this string's own text.
     const HCString& operator=(const char* text);
     const HCString& operator=(const HCString& other);
     HCString& operator=(HCString&& other) noexcept;
 
-    /// The zero-terminated text. Valid while the string is neither changed nor destroyed.
+    /// The zero-terminated text. Valid until the string is changed or destroyed.
     operator const char*() const noexcept { return IsOnHeap() ? m_storage.heap : m_storage.local; }
 
     /// Replaces the text by the result of formatting as printf does; this string's own text may be among the arguments.
-    /// A null format, or one that printf refuses, gives the empty text. errno stays as it was, and "%m" shows it.
+    /// A null format, or one that printf refuses, yields the empty text. errno is preserved, and "%m" shows it.
     void Format(const char* format, ...) HC_PRINTF_FORMAT(2, 3);
 
-    /// Below, equal to or above 0 as this text comes before, is equal to or comes after `text` in the order of its
+    /// Below, equal to or above 0 when this text comes before, is equal to or comes after `text` in the order of its
     /// bytes.
     [[nodiscard]] int Compare(const char* text) const noexcept;
 
-    /// As Compare, with the letters A to Z equal to a to z. The locale has no influence.
+    /// As Compare, with the letters A to Z equal to a to z, in every locale.
     [[nodiscard]] int CompareNoCase(const char* text) const noexcept;
 
-    /// Makes the text empty and gives its memory back.
+    /// Makes the text empty and frees its memory.
     void Empty() noexcept;
 
-    /// Number of characters (bytes).
+    /// The number of characters (bytes).
     [[nodiscard]] int GetLength() const noexcept { return m_storage.sizes.length; }
 
-    // Among the standard types: ToString() copies the text, View() and the range of characters look at it and are valid
-    // while the string is neither changed nor destroyed.
+    // Among the standard types: ToString() copies the text; View() and the range of characters refer to it and are
+    // valid until the string is changed or destroyed.
 
     /// A copy of `text`, zero bytes included.
     explicit HCString(std::string_view text)
@@ -107,15 +107,15 @@ public:
     const char* begin() const noexcept { return *this; }
     const char* end() const noexcept { return begin() + GetLength(); }
 
-    /// Cuts this string to its first `count` characters and gives a copy of them. A count of 0 or below empties it, a
+    /// Cuts this string to its first `count` characters and returns a copy of them. A count of 0 or below empties it; a
     /// count beyond the length changes nothing. When there is no memory for the copy the string is not cut.
     HCString Left(int count);
 
-    /// Writable text with room for at least `minimumLength` characters and the end mark; the text it has stays in
-    /// place. Whoever writes calls ReleaseBuffer before the next use of the string.
+    /// Returns writable text with room for at least `minimumLength` characters and the terminator; the present text is
+    /// kept. After writing, call ReleaseBuffer before the next use of the string.
     char* GetBuffer(int minimumLength);
 
-    /// Ends GetBuffer: the text gets the length `newLength`, at most what there is room for; below 0 it ends at the
+    /// Ends GetBuffer and sets the length to `newLength`, at most what there is room for; below 0 the text ends at the
     /// first zero byte.
     void ReleaseBuffer(int newLength = -1) noexcept;
 
@@ -127,7 +127,7 @@ private:
             char local[kLocalSize];
             char* heap;
         };
-        // Characters without the end mark. Heap capacity: 0 while the text lies inside the object.
+        // Characters without the terminator. Heap capacity: 0 while the text is inside the object.
         struct Sizes {
             std::int32_t length;
             std::int32_t heapCapacity;
@@ -299,7 +299,7 @@ bool operator>=(const Text& left, const String& right) noexcept
 }
 
 #if defined(__cpp_impl_three_way_comparison)
-// Which the standard library tries first for pairs, tuples and vectors.
+// The standard library tries this first for pairs, tuples and vectors.
 inline std::strong_ordering operator<=>(const HCString& left, const HCString& right) noexcept
 {
     return left.Compare(right) <=> 0;
@@ -310,7 +310,7 @@ inline std::strong_ordering operator<=>(const HCString& left, const char* right)
 }
 #endif
 
-/// As that of the text, up to its first zero byte, so that equal strings have equal hashes.
+/// The hash of the text up to its first zero byte, so that equal strings have equal hashes.
 template <> struct std::hash<HCString> {
     std::size_t operator()(const HCString& string) const noexcept
     {

@@ -1,4 +1,4 @@
-/// HCString in streams. In a header of its own, so that nobody else pays for <ostream>; not part of hcbase.h.
+/// HCString in streams. In its own header, so that only its users pay for <ostream>; not part of hcbase.h.
 #pragma once
 
 #include "hcbase/string.h"

@@ -16,8 +16,8 @@ namespace {
 constexpr int kModeCreate = 3;
 constexpr int kModeAppend = 5;
 
-/// The files that end in the middle of a line of this process, because the disk was full: the next line that it writes
-/// there begins with a line ending. Of more files than have a slot, some keep the gap.
+/// The files that end in the middle of a line of this process, because the disk was full: its next line there begins
+/// with a line ending. Of more files than slots, some keep the cut line.
 class CutLines {
 public:
     void Add(const system::FileIdentity& file) noexcept
@@ -28,7 +28,7 @@ public:
         m_isEmpty.store(false, std::memory_order_relaxed);
     }
 
-    /// Whether the file is one of them, which it then is no longer.
+    /// Whether the file is one of them; if so, removes it.
     bool Remove(std::intptr_t openFile) noexcept
     {
         system::FileIdentity file{};
@@ -44,7 +44,7 @@ public:
         *found = kNone;
         m_isEmpty.store(std::all_of(m_files.begin(), m_files.end(), [](const auto& other) { return other == kNone; }),
             std::memory_order_relaxed);
-        return !wasEmptied; // and so is another file, or has lost the cut line too
+        return !wasEmptied; // an emptied one is another file, or has lost the cut line too
     }
 
 private:

@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-/// A text file on one path. Lines always go to the end that the file has at that moment, so that several processes can
+/// A text file at one path. Lines are always written at the current end of the file, so that several processes can
 /// write one file and no line is torn or lost, unless the disk is full: then a line may be cut short, and the next one
 /// that this process writes there begins on a line of its own. Child processes do not inherit the open file, and it
 /// never takes the place of a standard stream that is closed.
@@ -14,7 +14,7 @@
 /// Threads: one object is used by one thread at a time.
 class HC_API HCTextIo {
 public:
-    /// Opens nothing yet.
+    /// Does not open the file.
     explicit HCTextIo(const HCString& path);
     explicit HCTextIo(HCString&& path) noexcept;
 
@@ -29,11 +29,11 @@ public:
     /// nobody reads, for any other mode, and when the object's file is open already.
     virtual char Open(int mode);
 
-    /// Writes the text and one line ending in one call of the system. 1 when all of it was written; 0 otherwise, and
-    /// when the file is not open. Null counts as the empty text.
+    /// Writes the text and one line ending in one system call. 1 when all of it was written; 0 otherwise, and when the
+    /// file is not open. Null counts as the empty text.
     virtual char WriteString(const char* text);
 
-    /// 1 on success, 0 when the file is not open or the system reports a failure; it is closed in any case.
+    /// Closes the file. 1 on success, 0 when it is not open or the system reports a failure; it is closed in any case.
     virtual char Close();
 
 private:

@@ -13,9 +13,9 @@ namespace hcbase {
 
 namespace {
 
-/// A handle is the number of its slot in the low bits and above them the number of the registration, which starts at 1,
-/// so that no two registrations have the same one. Lookups take no lock: they ask for the handle before and after they
-/// take the rows, which are the client's and stay where they are.
+/// A handle has the index of its slot in the low bits and above them the number of the registration, which starts at 1,
+/// so that no two registrations share one. Lookups take no lock: they compare the handle before and after they read the
+/// rows, which belong to the client and stay in place.
 struct Slot {
     std::atomic<HCTextHandle> handle{0}; // 0: released, or never used
     std::atomic<const HCTextRow*> rows{nullptr}; // not owned
@@ -30,14 +30,14 @@ constinit std::size_t g_used HC_GUARDED_BY(g_recordsLock) = 0; // slots from the
 
 Slot& SlotOf(HCTextHandle handle) { return g_slots[handle % g_slots.size()]; }
 
-/// A copy of a text, which its owner deletes.
+/// A copy of a text; the caller deletes it.
 char* CopyOf(const char* text)
 {
     const std::size_t size = std::strlen(text) + 1;
     return static_cast<char*>(std::memcpy(new char[size], text, size));
 }
 
-/// The rows of a registered table; null when the handle names none.
+/// The rows of a registered table; null when the handle identifies none.
 const HCTextRow* RowsOf(HCTextHandle handle)
 {
     const Slot& slot = SlotOf(handle);
@@ -53,7 +53,7 @@ const HCTextRow* RowsOf(HCTextHandle handle)
 void ReleaseTextTables() noexcept
 {
     for (std::size_t number = 0; number < g_used; ++number) {
-        delete[] std::exchange(g_slots[number].name, nullptr); // lookups go on for whoever has the handle
+        delete[] std::exchange(g_slots[number].name, nullptr); // lookups still work for those who have the handle
     }
 }
 
@@ -71,7 +71,7 @@ HCTextHandle HFTextCreateEmbedded(const char* name, const HCTextRow* table, int 
             if (slot.handle.load(std::memory_order_relaxed) == 0) {
                 slot.name = hcbase::CopyOf(name);
                 const HCTextHandle handle = (++hcbase::g_registrations << hcbase::kSlotBits) | number;
-                slot.rows.store(table, std::memory_order_release); // readers of the slot's last table must see it go
+                slot.rows.store(table, std::memory_order_release); // readers of the slot's last table must notice
                 slot.handle.store(handle, std::memory_order_release);
                 hcbase::g_used = std::max(hcbase::g_used, number + 1);
                 return handle;

@@ -31,7 +31,7 @@ HCThreadSync::~HCThreadSync()
     }
 }
 
-// The hold outlives the call, which is the purpose of the two and more than clang's analysis can follow.
+// The hold outlives the call, as it should, which is more than clang's analysis can follow.
 char HCThreadSync::lock() noexcept HC_NO_THREAD_SAFETY_ANALYSIS { return m_lock != nullptr && m_lock->Lock() ? 1 : 0; }
 
 bool HCThreadSync::try_lock() noexcept HC_NO_THREAD_SAFETY_ANALYSIS { return m_lock != nullptr && m_lock->TryLock(); }

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-/// An instant of Coordinated Universal Time; built by default it is 1970-01-01 00:00.
+/// An instant of Coordinated Universal Time; default-constructed, it is 1970-01-01 00:00.
 class HC_API HCTime {
 public:
     HCTime() noexcept = default;

@@ -19,9 +19,9 @@ struct Record {
 
 using Versions = std::vector<Record>; // a process has a handful of them
 
-constinit Versions* g_versions HC_PT_GUARDED_BY(g_recordsLock) = nullptr; // made with the first record
+constinit Versions* g_versions HC_PT_GUARDED_BY(g_recordsLock) = nullptr; // created with the first record
 
-/// Of this library.
+/// The version of this library.
 HCVersion OwnVersion() { return {HCBASE_VERSION, __DATE__, __TIME__}; }
 
 /// The record of a name; null when there is none.

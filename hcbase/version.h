@@ -1,4 +1,4 @@
-/// Records of which version of which library is loaded.
+/// Records of the loaded libraries' versions.
 #pragma once
 
 #include "hcbase/export.h"
@@ -15,11 +15,11 @@ struct HCVersion {
 
 extern "C" {
 
-/// Records the version of the library `name`; an earlier record of that name is replaced. Null for date or time counts
-/// as empty. Gives 1, or 0 for a null name, when there is no memory, or when the library is being unloaded.
+/// Records the version of the library `name`; it replaces an earlier record of that name. A null date or time counts as
+/// empty. Returns 1, or 0 for a null name, when there is no memory, or when the library is being unloaded.
 HC_API char HFVersionLoad(const char* name, int major, int minor, int revision, const char* date, const char* time);
 
-/// Copies the record of `name` into `version` and gives 1. "HCBASE" is the foundation itself. Without one, and when
-/// there is no memory for the copy, gives 0 and leaves `version` as it is.
+/// Copies the record of `name` into `version` and returns 1. "HCBASE" is the foundation itself. Without a record, and
+/// when there is no memory for the copy, returns 0 and leaves `version` unchanged.
 HC_API char HFVersionGet(const char* name, HCVersion& version);
 }

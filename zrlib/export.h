@@ -1,4 +1,4 @@
-/// Export marks of the library.
+/// Export macros of the library.
 #pragma once
 
 #if defined(_WIN32)

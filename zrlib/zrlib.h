@@ -1,8 +1,7 @@
-/// Everything public of ZRLib, the common frame of a system's libraries and applications.
+/// All public headers of ZRLib, the common frame of a system's libraries and applications.
 ///
-/// Loading the library is all the set-up there is: no function initialises or ends it, and everything may be called
-/// from the moment it is loaded until it is unloaded. Messages that come later, from a thread or a static object that
-/// outlives the library's own objects, are dropped.
+/// No init or shutdown call: the library is ready when loaded, and everything may be called until it is unloaded.
+/// Messages sent later, from a thread or a static object that outlives the library's own objects, are dropped.
 #pragma once
 
 #include "zrlib/containers/array.h"

@@ -28,16 +28,16 @@ bool AskForHomeOf(uid_t user, HCString& home)
         buffer.resize(error == ERANGE ? 2 * buffer.size() : buffer.size());
     }
     home = found != nullptr ? found->pw_dir : nullptr;
-    return error == 0 || error == ENOENT || error == ESRCH; // there is such an account, or there is not
+    return error == 0 || error == ENOENT || error == ESRCH; // the account exists, or it does not
 }
 
-/// What the account database has answered last, because asking it may take long.
+/// The last answer of the account database, kept because asking may take long.
 struct Answer {
     uid_t user;
     HCString home;
 };
 
-constinit Answer* g_answer HC_PT_GUARDED_BY(g_recordsLock) = nullptr; // made with the first question
+constinit Answer* g_answer HC_PT_GUARDED_BY(g_recordsLock) = nullptr; // created with the first question
 
 HCString AccountHome()
 {
@@ -107,7 +107,7 @@ void WriteErrorLine(const HCString& text)
     const iovec pieces[] = {
         {const_cast<char*>(static_cast<const char*>(text)), static_cast<std::size_t>(text.GetLength())},
         {&lineEnding, 1}};
-    // Where standard error is closed or full there is nobody left to tell.
+    // Where standard error is closed or full there is nowhere to report it.
     static_cast<void>(writev(STDERR_FILENO, pieces, 2) < 0);
 }
 

@@ -9,8 +9,8 @@ namespace hcbase::system {
 
 namespace {
 
-/// Calls `fill(buffer, size)` with growing buffers, as the functions of the system want it: they give the size that
-/// they need, or the length when it fitted.
+/// Calls `fill(buffer, size)` with growing buffers, as the functions of the system require: they return the size that
+/// they need, or the length if it fitted.
 template <typename Fill> HCString FilledText(Fill fill)
 {
     std::wstring buffer(MAX_PATH, L'\0');
@@ -44,7 +44,7 @@ HCString AccountHome()
 
 } // namespace
 
-void ReleaseAccountHome() noexcept {} // asked for afresh each time
+void ReleaseAccountHome() noexcept {} // read afresh each time
 
 HCString Environment(const char* name)
 {

@@ -43,7 +43,7 @@ private:
     int m_descriptor;
 };
 
-/// Repeats a call of the system that a signal interrupted before it did anything.
+/// Repeats a system call that a signal interrupted before it did anything.
 template <typename Call> auto Uninterrupted(Call call)
 {
     auto result = call();
@@ -57,13 +57,13 @@ TimeStamp ToTimeStamp(const timespec& time) { return {time.tv_sec, static_cast<s
 
 std::string ReasonOf(int error) { return std::generic_category().message(error); }
 
-constexpr int kFirstOwn = 3; // descriptor behind those of standard input, output and error
+constexpr int kFirstOwn = 3; // the descriptor after standard input, output and error
 
-/// Whether one of the three standard descriptors may be closed, as in many daemons. What is opened then takes its
-/// place, and what some other code prints lands in it. One that is closed later is noticed by the next opening.
-constinit std::atomic<bool> g_aStandardOneMayBeClosed{true}; // nobody has looked yet
+/// Whether one of the three standard descriptors may be closed, as in many daemons. A file that is opened then takes
+/// its place, and receives what other code prints. One closed later is noticed by the next opening.
+constinit std::atomic<bool> g_aStandardOneMayBeClosed{true}; // not checked yet
 
-/// As open. Does not wait for the reader of a pipe, though for whoever holds a lease on a file.
+/// As open. Does not wait for the reader of a pipe, but does for the holder of a lease on a file.
 int OpenPath(const char* path, int flags)
 {
     constexpr mode_t kMode = 0666;
@@ -73,8 +73,8 @@ int OpenPath(const char* path, int flags)
                                                   : descriptor;
 }
 
-/// Takes the place of a standard descriptor that is closed, as something that can be neither read nor written. The
-/// program may put a file of its own into the place meanwhile, which then stays.
+/// Occupies a closed standard descriptor with something that can be neither read nor written. The program may replace
+/// it by a file of its own meanwhile, which is then left open.
 class Filler {
 public:
     Filler() = default;
@@ -93,12 +93,12 @@ private:
     int m_descriptor = -1;
 };
 
-/// Opens a file while the standard descriptors that are closed are filled. By one thread at a time, so that none takes
-/// the fillers of another for open descriptors.
+/// Opens a file while the closed standard descriptors are occupied. By one thread at a time, so that none takes the
+/// fillers of another for open descriptors.
 int OpenBehindFillers(const char* path, int flags)
 {
     constexpr auto kRelaxed = std::memory_order_relaxed;
-    const LockGuard guard(g_recordsLock); // which fork waits for
+    const LockGuard guard(g_recordsLock); // fork waits for it
     std::array<Filler, kFirstOwn> fillers;
     bool isClosed = false;
     for (int standard = 0; standard < kFirstOwn; ++standard) {
@@ -117,7 +117,7 @@ int OpenBehindFillers(const char* path, int flags)
     return fcntl(descriptor, F_DUPFD_CLOEXEC, kFirstOwn);
 }
 
-/// As OpenPath, with a descriptor behind the three standard ones.
+/// As OpenPath, with a descriptor after the three standard ones.
 int Open(const char* path, int flags)
 {
     if (!g_aStandardOneMayBeClosed.load(std::memory_order_relaxed)) {
@@ -130,7 +130,7 @@ int Open(const char* path, int flags)
     return OpenBehindFillers(path, flags);
 }
 
-/// Opens the folder of a path that is longer than the system takes in one piece, piece by piece.
+/// Opens the folder at a path that is longer than the system accepts, piece by piece.
 int OpenLongPath(const char* path)
 {
     Descriptor folder(open(*path == kSeparator ? "/" : ".", O_PATH | O_DIRECTORY | O_CLOEXEC));
@@ -148,7 +148,7 @@ int OpenLongPath(const char* path)
     return fcntl(folder.Get(), F_DUPFD_CLOEXEC, kFirstOwn);
 }
 
-/// Lets writes wait that have not waited so far.
+/// Makes writes wait. True if they did not before.
 bool LetWait(int descriptor)
 {
     const int flags = fcntl(descriptor, F_GETFL);
@@ -161,7 +161,7 @@ bool IsOnDisk(int descriptor)
     return fstat(descriptor, &status) != 0 || S_ISREG(status.st_mode);
 }
 
-/// Writes all pieces in one call, or in several when the reader of a pipe is slow. Gives how many bytes were written.
+/// Writes all pieces in one call, or in several when the reader of a pipe is slow. Returns how many bytes were written.
 std::size_t Write(int descriptor, iovec* pieces, int count, std::size_t size)
 {
     for (std::size_t total = 0;;) {
@@ -245,7 +245,7 @@ LineResult WriteLine(std::intptr_t file, const char* text, std::size_t length, b
     const std::size_t size = ending + length + 1;
     char line[512];
     std::size_t written = 0;
-    if (size <= sizeof(line)) { // most lines: putting the pieces together costs less here than in the kernel
+    if (size <= sizeof(line)) { // most lines: copying here costs less than gathering in the kernel
         line[0] = '\n';
         std::memcpy(line + ending, text, length);
         line[size - 1] = '\n';
@@ -274,14 +274,14 @@ bool GetFileIdentity(std::intptr_t file, FileIdentity& identity, bool& isEmpty)
 bool CloseFile(std::intptr_t file)
 {
     const KeepErrno keep;
-    // Not repeated after EINTR: Linux has given the descriptor back by then.
+    // Not repeated after EINTR: Linux has already closed the descriptor then.
     return close(static_cast<int>(file)) == 0 || errno == EINTR;
 }
 
 Reading ReadFile(const char* path, std::size_t limit, std::string& content)
 {
     const KeepErrno keep;
-    // A pipe that nobody writes to is an empty file, and not to be waited for.
+    // A pipe without a writer is an empty file, and is not waited for.
     const Descriptor file(Open(path, O_RDONLY));
     if (file.Get() < 0) {
         const int error = errno;
@@ -291,7 +291,7 @@ Reading ReadFile(const char* path, std::size_t limit, std::string& content)
         content = ReasonOf(error);
         return Reading::kFailed;
     }
-    fcntl(file.Get(), F_SETFL, O_RDONLY); // a pipe that somebody writes to is waited for
+    fcntl(file.Get(), F_SETFL, O_RDONLY); // a pipe with a writer is waited for
     constexpr std::size_t kStep = 4096;
     for (std::size_t size = 0;;) {
         content.resize(size + kStep);

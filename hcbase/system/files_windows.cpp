@@ -62,7 +62,7 @@ const char* LastSeparator(const char* path)
 
 bool GetFileInfo(const char* path, FileInfo& info)
 {
-    // Opened, because asking by name tells of a link itself. The flag lets folders be opened.
+    // Opened, because a query by name describes a link itself. The flag allows folders to be opened.
     const Handle file(
         CreateFileW(WidePath(path).c_str(), 0, kShareAll, nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
     BY_HANDLE_FILE_INFORMATION status{};
@@ -93,7 +93,7 @@ bool GetDiskSpace(const char* path, DiskSpace& space)
 
 std::intptr_t OpenForAppending(const char* path, Opening opening)
 {
-    // FILE_APPEND_DATA without FILE_WRITE_DATA: each write goes to the end of the file, as one step for all processes.
+    // FILE_APPEND_DATA without FILE_WRITE_DATA: each write is appended at the end, atomically for all processes.
     const HANDLE file = CreateFileW(WidePath(path).c_str(), FILE_APPEND_DATA | SYNCHRONIZE, kShareAll, nullptr,
         opening == Opening::kCreateIfMissing ? OPEN_ALWAYS : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     return file != INVALID_HANDLE_VALUE ? reinterpret_cast<std::intptr_t>(file) : kNoFile;

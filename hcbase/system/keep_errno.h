@@ -1,11 +1,11 @@
-/// Leaves errno as the caller had it.
+/// KeepErrno: preserves the caller's errno. Not exported.
 #pragma once
 
 #include <cerrno>
 
 namespace hcbase::system {
 
-/// Puts errno back at the end of a scope, so that a client may send a message before it looks at its own error.
+/// Restores errno at the end of a scope, so that a client may send a message before it reads its own error.
 class KeepErrno {
 public:
     KeepErrno() noexcept
@@ -16,7 +16,7 @@ public:
     KeepErrno(const KeepErrno&) = delete;
     KeepErrno& operator=(const KeepErrno&) = delete;
 
-    /// What will be put back.
+    /// The value that will be restored.
     int Value() const noexcept { return m_value; }
 
 private:

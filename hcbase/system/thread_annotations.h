@@ -1,4 +1,4 @@
-/// Marks for clang's thread safety analysis, empty for other compilers: what a lock is, which function takes or
+/// Macros for clang's thread safety analysis, empty for other compilers: what a lock is, which function takes or
 /// releases it, and which data it guards.
 #pragma once
 

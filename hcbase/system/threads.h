@@ -1,5 +1,4 @@
-/// Threads of the system: their IDs, starting and joining them, what is kept for each of them, and what fork leaves
-/// behind.
+/// Threads of the system: their IDs, starting and joining them, data for each of them, and fork. Not exported.
 #pragma once
 
 #include <cstdint>
@@ -14,11 +13,11 @@ struct ErrorHistory;
 
 namespace hcbase::system {
 
-/// ID of the calling thread: never 0, the same for the thread's life. No two threads that run at the same time have the
+/// ID of the calling thread: never 0, constant for the thread's life. No two threads that run at the same time have the
 /// same one.
 std::uint32_t CurrentThreadId() noexcept;
 
-/// Tells the calling thread from all others that run: never 0. Costs a third of asking for the ID, but a thread that
+/// Differs from the marks of all other running threads; never 0. Costs a third of reading the ID, but a thread that
 /// starts later may get the mark of one that has ended.
 using ThreadMark = std::uintptr_t;
 ThreadMark CurrentThreadMark() noexcept;
@@ -26,24 +25,24 @@ ThreadMark CurrentThreadMark() noexcept;
 /// True when the process has certainly no other thread. Costs one load.
 bool IsSingleThreaded() noexcept;
 
-/// How many forks lie between this process and the one that loaded the library. Differs between parent and child.
+/// The number of forks between this process and the one that loaded the library. Differs between parent and child.
 std::uint32_t ForkGeneration() noexcept;
 
-/// What the foundation keeps for one thread; only that thread touches it.
+/// The foundation's data for one thread; only that thread touches it.
 struct PerThread {
     std::uint64_t generator[4]; // state of the GUID generator
     std::uint32_t seededIn; // ForkGeneration of its seeding plus 1, 0 before the first
-    std::uint32_t id; // of the thread, where it is kept here; 0 until it is asked for
+    std::uint32_t id; // of the thread, where it is stored here; 0 until it is asked for
     ErrorHistory* errors; // owned; null until the thread records an error
 };
 
-/// The record of the calling thread, all zero at first. Null only when there is no memory for it.
+/// The record of the calling thread, initially all zero. Null only when there is no memory for it.
 PerThread* CurrentPerThread() noexcept;
 
-/// Has the thread's error history released when the thread ends. Called when a history is made.
+/// Releases the thread's error history when the thread ends. Called when a history is created.
 void ReleaseErrorsAtThreadExit(PerThread& thread) noexcept;
 
-/// Installs the hooks for fork and for the end of threads, and takes them out again. On the loading thread.
+/// Install and remove the hooks for fork and for the end of threads. On the loading thread.
 void InstallHooks() noexcept;
 void RemoveHooks() noexcept;
 
@@ -64,11 +63,11 @@ using ThreadFunction = unsigned int (*)(void*);
 /// Starts a thread. False when the system refuses; `handle` is then unchanged.
 bool StartThread(ThreadFunction function, void* argument, std::uintptr_t& handle) noexcept;
 
-/// Waits for the thread to end, stores its exit code and gives the handle back to the system. False, and nothing given
-/// back, when a thread asks for itself.
+/// Waits for the thread to end, stores its exit code and closes the handle. False, and the handle stays open, when a
+/// thread waits for itself.
 bool JoinThread(std::uintptr_t handle, unsigned int& exitCode) noexcept;
 
-/// Gives the handle back without waiting.
+/// Closes the handle without waiting.
 void DetachThread(std::uintptr_t handle) noexcept;
 
 [[noreturn]] void ExitCurrentThread(unsigned int exitCode);

@@ -19,8 +19,8 @@ constinit std::atomic<std::uint32_t> g_forkGeneration{0};
 constinit pthread_key_t g_exitKey = 0;
 constinit bool g_hasExitKey = false;
 
-// Plain data without a destructor: valid to the very end of the thread, with nothing registered. In the block that each
-// thread has from its start, since they are small, which halves what asking for an ID costs.
+// Plain data without a destructor: valid to the very end of the thread, with nothing registered. Static TLS is
+// possible, since they are small, and halves the cost of reading an ID.
 constinit thread_local std::uint32_t t_id __attribute__((tls_model("initial-exec"))) = 0;
 constinit thread_local PerThread t_perThread __attribute__((tls_model("initial-exec"))){};
 
@@ -28,7 +28,7 @@ std::uint32_t TakeId() noexcept
 {
     do {
         t_id = g_lastId.fetch_add(1, std::memory_order_relaxed) + 1;
-    } while (t_id == 0); // the counter has come round
+    } while (t_id == 0); // the counter has wrapped around
     return t_id;
 }
 
@@ -85,7 +85,7 @@ void ReleaseErrorsAtThreadExit(PerThread& thread) noexcept
 
 void InstallHooks() noexcept
 {
-    // The C library takes the fork hooks of a shared object out by itself when it unloads the object.
+    // The C library removes the fork hooks of a shared object when it unloads the object.
     pthread_atfork(BeforeFork, AfterForkInParent, AfterForkInChild);
     // Without a key, histories are released at unload instead of at the end of their threads.
     g_hasExitKey = pthread_key_create(&g_exitKey, OnThreadExit) == 0;

@@ -7,7 +7,7 @@
 #include <new>
 #include <process.h>
 
-// Exported by ntdll.dll; the headers that declare it come with the driver kit.
+// Exported by ntdll.dll; the headers that declare it are in the driver kit.
 extern "C" __declspec(dllimport) BOOLEAN NTAPI RtlDllShutdownInProgress();
 
 namespace hcbase::system {
@@ -16,17 +16,17 @@ bool OtherThreadsAreGone() noexcept { return RtlDllShutdownInProgress() != 0; }
 
 namespace {
 
-// A slot of the system instead of thread_local: it can be given back at unload, which the compiler's own emulation of
+// A slot of the system instead of thread_local: it can be freed at unload, which the compiler's own emulation of
 // thread_local cannot.
 constinit DWORD g_slot = FLS_OUT_OF_INDEXES;
 
 constinit std::atomic<std::uint32_t> g_lastId{0};
 
-/// Runs when a thread ends and, for every thread that has a record, when the slot is given back.
+/// Runs when a thread ends and, for every thread that has a record, when the slot is freed.
 void CALLBACK OnThreadExit(void* perThread)
 {
     if (OtherThreadsAreGone()) {
-        return; // one may have been in the middle of an allocation: the memory goes with the process
+        return; // one may have been in the middle of an allocation: the memory ends with the process
     }
     auto* const thread = static_cast<PerThread*>(perThread);
     ReleaseErrors(thread->errors);
@@ -69,7 +69,7 @@ void RemoveHooks() noexcept
 
 std::uint32_t CurrentThreadId() noexcept
 {
-    // The system gives the number of a thread that has ended to another one.
+    // The system reuses the number of a thread that has ended.
     PerThread* const thread = CurrentPerThread();
     if (thread == nullptr) { // no memory, or unloaded: its numbers are multiples of 4 and small
         return GetCurrentThreadId() | 0x80000000U;
@@ -84,7 +84,7 @@ ThreadMark CurrentThreadMark() noexcept { return GetCurrentThreadId(); }
 
 bool StartThread(ThreadFunction function, void* argument, std::uintptr_t& handle) noexcept
 {
-    // Not CreateThread: the C runtime prepares its own per-thread data here. On x86-64 there is one calling convention.
+    // Not CreateThread: the C runtime prepares its own per-thread data here. x86-64 has only one calling convention.
     const std::uintptr_t thread = _beginthreadex(nullptr, 0, function, argument, 0, nullptr);
     if (thread == 0) {
         return false;

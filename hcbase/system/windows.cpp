@@ -20,7 +20,7 @@ std::wstring Wide(const char* text)
 std::wstring WidePath(const char* path)
 {
     std::wstring wide = Wide(path);
-    constexpr DWORD kShort = MAX_PATH - 12; // the least of the limits: for folders
+    constexpr DWORD kShort = MAX_PATH - 12; // the smallest of the limits: for folders
     const DWORD size = GetFullPathNameW(wide.c_str(), 0, nullptr, nullptr); // a relative one may be long as a whole
     if (size < kShort) {
         return wide;

@@ -1,4 +1,4 @@
-/// The Windows headers, in one place and with the switches that every use needs, and the way from UTF-8 and back.
+/// The Windows headers, in one place with the macros that every use needs, and conversion between UTF-8 and UTF-16.
 #pragma once
 
 #ifndef NOMINMAX
@@ -8,7 +8,7 @@
 #define WIN32_LEAN_AND_MEAN
 #endif
 
-// WaitOnAddress came with Windows 8.
+// WaitOnAddress needs Windows 8.
 #if !defined(_WIN32_WINNT) || _WIN32_WINNT < 0x0602
 #undef _WIN32_WINNT
 #define _WIN32_WINNT 0x0602
@@ -20,13 +20,13 @@
 
 namespace hcbase::system {
 
-/// Bytes that are no UTF-8 become U+FFFD. Null counts as the empty text.
+/// Bytes that are not UTF-8 become U+FFFD. Null counts as the empty text.
 std::wstring Wide(const char* text);
 
 std::string Utf8(const wchar_t* text);
 
-/// A path for the functions that open and delete files. One that is too long for their usual form gets the form that
-/// takes 32,767 characters.
+/// A path for the functions that open and delete files. A path too long for their usual form gets the form that allows
+/// 32,767 characters.
 std::wstring WidePath(const char* path);
 
 } // namespace hcbase::system

@@ -3,6 +3,6 @@
 
 #include "hcbase/array.h"
 
-/// An HCArray, which tells what each operation does.
+/// An HCArray, whose header documents the operations.
 template <typename T> class ZRArray : public HCArray<T> {
 };

@@ -1,4 +1,4 @@
-/// Ring: what the linked containers have in common. For them only.
+/// Ring: the common part of the linked containers, and for them only.
 #pragma once
 
 #include <cstddef>
@@ -9,9 +9,9 @@
 
 namespace zr {
 
-/// A ring of nodes with a sentinel. Each node has a cell of its own, so a cell stays where it is until it is erased.
+/// A ring of nodes with a sentinel. Each cell is allocated by itself, so its address is stable until it is erased.
 ///
-/// Errors: std::bad_alloc; the ring then is as it was.
+/// Errors: std::bad_alloc; the ring is then unchanged.
 template <typename Cell> class Ring {
     struct Node {
         Node* previous = nullptr;
@@ -30,7 +30,7 @@ public:
 
         constexpr BasicIterator() = default;
 
-        /// From an iterator whose elements may be changed to one whose may not.
+        /// Converts an iterator to mutable elements into one to const elements.
         template <typename Other, typename = std::enable_if_t<std::is_convertible_v<Other*, Element*>>>
         BasicIterator(const BasicIterator<Other>& other)
             : m_node(other.m_node)
@@ -106,7 +106,7 @@ public:
         return *this;
     }
 
-    /// Takes over the cells of `other`, which is empty afterwards.
+    /// Takes the cells of `other`, which is empty afterwards.
     Ring(Ring&& other) noexcept
         : Ring()
     {
@@ -121,7 +121,7 @@ public:
 
     ~Ring() { Clear(); }
 
-    /// End() of either ring is not that of the other afterwards.
+    /// Swaps the cells. Iterators to cells stay valid in the other ring; those that are End() stay with their own.
     void Swap(Ring& other) noexcept
     {
         std::swap(m_head, other.m_head);
@@ -133,11 +133,11 @@ public:
     Iterator Begin() { return Iterator(m_head.next); }
     Iterator End() { return Iterator(&m_head); }
     ConstIterator Begin() const { return ConstIterator(m_head.next); }
-    ConstIterator End() const { return ConstIterator(const_cast<Node*>(&m_head)); } // whose cell nobody can change
+    ConstIterator End() const { return ConstIterator(const_cast<Node*>(&m_head)); } // the sentinel has no cell
 
     int GetCount() const { return m_count; }
 
-    /// Adds a copy of `cell` before a place, which may be End(). Gives its place.
+    /// Inserts a copy of `cell` before an iterator, which may be End(). Returns an iterator to it.
     Iterator InsertBefore(Iterator next, const Cell& cell)
     {
         auto owned = std::make_unique<Cell>(cell);
@@ -151,7 +151,7 @@ public:
         return Iterator(node);
     }
 
-    /// Removes a cell. Gives the place behind it. End() is not removed.
+    /// Removes a cell and returns the iterator behind it. End() is not removed.
     Iterator Erase(Iterator place)
     {
         Node* const node = place.m_node;
@@ -185,7 +185,7 @@ private:
         m_count = 0;
     }
 
-    /// After the head has got the links of another one.
+    /// Closes the ring at this head, which has just received the links of another.
     void CloseAtHead() noexcept
     {
         if (m_count == 0) {

@@ -8,16 +8,16 @@
 #include <stdexcept>
 #include <utility>
 
-/// A stack that grows in steps of 64 elements and keeps its storage until it is told otherwise. Elements are plain
-/// values: they are moved by assignment, and what pointers among them point at is not owned.
+/// A stack that grows in steps of 64 elements and never shrinks by itself. Elements are plain values: they are moved by
+/// assignment, and pointers among them do not own what they point at.
 ///
-/// Truth values are 1 and 0. Errors: std::bad_alloc when memory runs out, std::length_error beyond 2,147,483,647
-/// elements; the stack then is as it was. Threads: one object may be read by several threads at once or used by one.
+/// Truth values are 1 and 0. Errors: std::bad_alloc without memory, std::length_error beyond 2,147,483,647 elements;
+/// the stack is then unchanged. Threads: one object may be read by several threads at once or used by one.
 template <typename T> class ZRStack {
 public:
     ZRStack() = default;
 
-    /// The capacity of the copy is what its elements need, in whole steps.
+    /// The copy's capacity is what its elements need, in whole steps.
     ZRStack(const ZRStack& other)
         : m_nGrowBy(other.m_nGrowBy)
     {
@@ -39,7 +39,7 @@ public:
         return *this;
     }
 
-    /// Takes over the elements of `other`, which is empty afterwards.
+    /// Takes the elements of `other`, which is empty afterwards.
     ZRStack(ZRStack&& other) noexcept { Swap(other); }
     ZRStack& operator=(ZRStack&& other) noexcept
     {
@@ -59,15 +59,15 @@ public:
         std::swap(m_nCutTo, other.m_nCutTo);
     }
 
-    // For range-based loops and algorithms: from the bottom to the top, without what was cut off.
+    // For range-based loops and algorithms: from bottom to top, without the elements that were cut off.
     T* begin() { return m_storage.Data(); }
     T* end() { return begin() + Readable(); }
     const T* begin() const { return m_storage.Data(); }
     const T* end() const { return begin() + Readable(); }
 
-    /// Makes room for exactly that many elements; 0 empties the stack too, a negative number has no effect. A capacity
-    /// below the number of elements cuts the upper ones off: they still count, but to read or pop one gives 0, and only
-    /// a capacity of 0 helps.
+    /// Makes room for exactly `capacity` elements. 0 also empties the stack; a negative number has no effect. A
+    /// capacity below the number of elements cuts off the upper ones: they still count, but reading or popping one
+    /// returns 0, and only a capacity of 0 removes them.
     void SetCapacity(int capacity)
     {
         if (capacity < 0) {
@@ -85,7 +85,7 @@ public:
         }
     }
 
-    /// Number of elements that there is room for.
+    /// The number of elements that there is room for.
     [[nodiscard]] int GetCapacity() const { return m_storage.Size(); }
 
     /// Puts a value on top.
@@ -102,7 +102,8 @@ public:
         m_storage.Data()[++m_nTop] = std::move(value);
     }
 
-    /// Takes the top element off. 0 on an empty stack; `value` is left alone then.
+    /// Removes the top element and stores it in `value`. Returns 1; 0 on an empty stack, which leaves `value`
+    /// unchanged.
     char Pop(T& value)
     {
         if (Peek(value) == 0) {
@@ -112,10 +113,11 @@ public:
         return 1;
     }
 
-    /// The top element. 0 on an empty stack; `value` is left alone then.
+    /// Stores the top element in `value`. Returns 1; 0 on an empty stack, which leaves `value` unchanged.
     char Peek(T& value) const { return PeekAt(m_nTop, value); }
 
-    /// The element at an index from the bottom, which is 0. 0 when there is none; `value` is left alone then.
+    /// Stores the element at an index, counted from 0 at the bottom, in `value`. Returns 1; 0 when there is none, which
+    /// leaves `value` unchanged.
     char PeekAt(int index, T& value) const
     {
         const bool isCutOff = index >= m_nCutFrom && index <= m_nCutTo;
@@ -129,14 +131,14 @@ public:
     [[nodiscard]] int GetCount() const { return m_nTop + 1; }
 
 private:
-    /// Number of elements from the bottom on that can be read.
+    /// The number of elements, counted from the bottom, that can be read.
     int Readable() const { return std::min(GetCount(), std::min(m_nCutFrom, GetCapacity())); }
 
     hcbase::ElementStorage<T> m_storage;
     int m_nGrowBy = 64;
     int m_nTop = -1; // index of the top element
 
-    // Indices of the elements that were cut off.
+    // Indices of the first and last element that were cut off.
     int m_nCutFrom = INT_MAX;
     int m_nCutTo = -1;
 };

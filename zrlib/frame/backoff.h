@@ -1,12 +1,12 @@
-/// Backoff: waits for another thread that is about to be done. Not exported.
+/// Backoff: waits for another thread that will be ready soon. Not exported.
 #pragma once
 
 namespace zr {
 
-/// To be asked to wait in a loop, once for each look that finds the other thread still busy.
+/// For a loop: Wait is called once for each look that finds the other thread still busy.
 class Backoff {
 public:
-    /// Lets other threads run: at first for a turn, later for 50 microseconds. Leaves errno as it is.
+    /// Yields at first, later sleeps for 50 microseconds. Leaves errno unchanged.
     void Wait() noexcept;
 
 private:

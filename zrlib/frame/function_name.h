@@ -5,12 +5,12 @@
 
 namespace zr {
 
-/// A name taken out of what the compiler says of a function: "Map::Check" of "bool Map::Check(int) const [with T =
-/// int]". Without return type, parameters, arguments of templates, unnamed namespaces, and what lies inside the
-/// function, such as a lambda. Worked out at compile time.
+/// A function's name, taken from the compiler's signature at compile time: "Map::Check" from "bool Map::Check(int)
+/// const [with T = int]". Leaves out the return type, the parameters, template arguments, unnamed namespaces, and
+/// whatever is nested in the function, such as a lambda.
 template <std::size_t size> class FunctionName {
 public:
-    /// name: used where the signature is not understood.
+    /// name: used when the signature is not understood.
     constexpr FunctionName(const char (&signature)[size], const char* name)
         : m_signature(signature)
     {
@@ -30,7 +30,7 @@ public:
             depth -= isBracket && signature[place] == '>' ? 1 : 0;
             ++place;
         }
-        while (used != 0 && m_text[used - 1] == ':') { // before a lambda that no function has around it
+        while (used != 0 && m_text[used - 1] == ':') { // before a lambda outside any function
             m_text[--used] = '\0';
         }
         for (std::size_t place = 0; used == 0 && name[place] != 0 && place + 1 < size; ++place) {
@@ -44,10 +44,10 @@ public:
 private:
     static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
-    /// Start and end of the name, the arguments of templates in it included, and where "operator" begins in it.
+    /// Sets the start and end of the name, template arguments included, and the offset of "operator" in it.
     constexpr void Find()
     {
-        int depth = 0; // in the arguments of templates
+        int depth = 0; // of template arguments
         for (std::size_t place = 0; place < m_end;) {
             const char sign = m_signature[place];
             const std::size_t unnamed = LengthOfUnnamed(place);
@@ -86,7 +86,7 @@ private:
             || (sign >= 'A' && sign <= 'Z');
     }
 
-    /// Whether a word of eight letters, and not just a part of one, is at a place.
+    /// Whether a whole word of eight letters begins at an offset.
     constexpr bool IsWord(std::size_t place, const char* word) const
     {
         constexpr std::size_t kLength = 8;
@@ -94,14 +94,14 @@ private:
             && !IsOfIdentifier(m_signature[place + kLength]);
     }
 
-    /// How g++ and clang write the unnamed namespace and what follows it.
+    /// The length of the unnamed namespace and its "::" at an offset, as g++ and clang write them; 0 for anything else.
     constexpr std::size_t LengthOfUnnamed(std::size_t place) const
     {
         return IsAt(place, "{anonymous}::") ? 13 : IsAt(place, "(anonymous namespace)::") ? 23 : 0;
     }
 
-    /// What is before the name where the result is a pointer or reference to a function, an array or a member: "(*",
-    /// "(&" or "(Map::*". 0 where it is something else.
+    /// The length of what precedes the name when the function returns a pointer or reference to a function, an array or
+    /// a member: "(*", "(&" or "(Map::*". 0 for anything else.
     constexpr std::size_t LengthOfDeclarator(std::size_t place) const
     {
         if (m_signature[place] != '(') {
@@ -127,7 +127,7 @@ private:
         return place;
     }
 
-    /// The bracket that opens the parameters of an operator.
+    /// The offset of the bracket that opens an operator's parameters.
     constexpr std::size_t EndOfOperator(std::size_t place) const
     {
         constexpr std::size_t kLength = 8;
@@ -148,5 +148,5 @@ private:
 
 } // namespace zr
 
-/// The name of the function in which it stands, as a constant expression with Text().
+/// The name of the enclosing function, as a constant expression with Text().
 #define ZR_FUNCTION_NAME() ::zr::FunctionName(__PRETTY_FUNCTION__, __builtin_FUNCTION())

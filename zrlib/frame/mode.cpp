@@ -38,7 +38,7 @@ struct ZRMode::Switch {
     Rule rule;
 };
 
-// In the order in which they are read: the two that depend on threading come after it.
+// In the order of reading: the two that depend on threading come after it.
 constinit const ZRMode::Switch ZRMode::kSwitches[16] = {
     {m_bThreading, "/Libraries/zrlib/Threading", 0, Switch::Rule::kAlways},
     {m_bCacheQueueing, "/Libraries/zrlib/CacheQueueing", 1, Switch::Rule::kOnlyWithThreading},

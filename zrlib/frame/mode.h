@@ -1,4 +1,5 @@
 /// ZRMode: the process-wide switches that are read from the preferences.
+/// Folder frame: what all other folders use: switches, texts, reports, short locks, and whether the library is alive.
 #pragma once
 
 #include "zrlib/export.h"
@@ -7,9 +8,8 @@
 
 class ZRThreadSync;
 
-/// Sixteen switches, read while the library loads and again by each object of this class that a client builds. Each is
-/// the boolean under "/Libraries/zrlib/" and its name in the preference store; a key that is not there gives the
-/// default.
+/// Sixteen switches, read while the library loads and again whenever a client constructs an object of this class. Each
+/// is the boolean of its name under "/Libraries/zrlib/" in the preference store; a missing key yields the default.
 ///
 /// | Switch | Default | Effect |
 /// |---|---|---|
@@ -18,19 +18,19 @@ class ZRThreadSync;
 /// | Cache, ForceMainThreadToUseStreamBasedCache | 1 | for clients |
 /// | ForceRunInSingleThread, TTStreaming, ThreadingChannelLocking | 0 | for clients |
 /// | OutEnabled, WarnEnabled, ErrorEnabled, TraceEnabled | 0 | any turns messages on at load; each sets its bit |
-/// | SendToMsgView, SendToConsole, SendToDebugger, SendToFile | 0 | destinations of all types from load on |
+/// | SendToMsgView, SendToConsole, SendToDebugger, SendToFile | 0 | destinations of all types, if any of those is set |
 ///
-/// The setters store what they are given and change nothing else: neither another switch nor the state of the messages,
-/// for which there are functions of their own (message_functions.h).
+/// The setters store their argument and change nothing else: neither another switch nor the state of the messages,
+/// which has functions of its own (message_functions.h).
 ///
-/// Threads: the static operations from any thread.
+/// Threads: the static operations may be called from any thread.
 class ZR_API ZRMode {
 public:
-    /// Reads the store and overwrites all sixteen switches. A fault of the store is told on standard error
-    /// (hcbase/preference_system.h), and the switches concerned get their defaults, as all do without memory.
+    /// Reads the store and overwrites all sixteen switches. A fault of the store is reported on standard error
+    /// (hcbase/preference_system.h), and the switches concerned get their defaults; without memory, all of them do.
     ZRMode();
 
-    /// Objects hold nothing, so copying does nothing.
+    /// Objects have no state, so copying is a no-op.
     ZRMode(const ZRMode& other);
     ZRMode& operator=(const ZRMode& other);
     virtual ~ZRMode();
@@ -60,8 +60,8 @@ public:
     static void SetThreadingChannelLocking(char threadingChannelLocking);
     static void SetForceMainThreadToUseStreamBasedCache(char forceMainThreadToUseStreamBasedCache);
 
-    // The switches by number, from 0 to GetSwitchCount() - 1, in the order in which they are read. An index out of
-    // range gives null and 0.
+    // The switches by index, from 0 to GetSwitchCount() - 1, in the order in which they are read. For an index out of
+    // range the key is null and the switch 0.
     [[nodiscard]] static int GetSwitchCount() noexcept;
 
     /// The key in the preference store: "/Libraries/zrlib/Threading".
@@ -75,7 +75,7 @@ public:
     [[nodiscard]] static char IsWorkerThread();
 
 protected:
-    /// Do nothing and give 0: the switches need no lock.
+    /// No-ops that return 0: the switches need no lock.
     static char Lock(const char* location);
     static char Unlock(const char* location);
 

@@ -1,4 +1,4 @@
-/// Whether the library's own objects are there, and stay. Not exported.
+/// ModuleLease: keeps the library's own objects alive while it is held. Not exported.
 #pragma once
 
 #include "zrlib/frame/seats.h"
@@ -9,24 +9,23 @@
 
 namespace zr {
 
-/// Set while the module (startup/module.h) is alive: from the time when its handlers are there until they are
-/// destroyed.
+/// True while the module (startup/module.h) is alive: from the construction of its handlers to their destruction.
 extern std::atomic<bool> g_moduleIsAlive;
 
-/// Whether the module is alive as far as this thread has heard.
+/// Whether the module is alive as far as this thread can see without synchronising.
 inline bool ModuleSeemsAlive() noexcept { return g_moduleIsAlive.load(std::memory_order_relaxed); }
 
-/// What runs while a lease is held. A thread that is alone and runs code of the library only cannot be surprised.
+/// What runs while a lease is held. The only thread of a process needs no protection while it runs the library's code.
 enum class Runs { kClientCode, kOwnCodeOnly };
 
-/// While one exists and IsAlive, the handlers of the module and the objects in a ModuleObject are not destroyed. Code
-/// that may run during or after static destruction, on another thread or in a static object, creates one first. The
-/// module does not wait for anybody when it goes: an object that is leased then stays where it is for good.
+/// RAII: while one exists and IsAlive, the handlers of the module and the objects in a ModuleObject are not destroyed.
+/// Code that may run during or after static destruction, on another thread or in a static object, creates one first.
+/// The module's destruction waits for nobody: an object that is leased then is never destroyed.
 ///
 /// fork: a child does not inherit the leases of its parent's other threads.
 class ModuleLease {
 public:
-    /// Throws std::bad_alloc when very many threads are inside the library and there is no memory for one more.
+    /// Throws std::bad_alloc when very many threads are inside the library and there is no memory for another seat.
     explicit ModuleLease(Runs runs = Runs::kClientCode)
         : m_seat(runs == Runs::kClientCode || !IsSingleThreaded() ? &Seats::Take() : nullptr)
         , m_isAlive(g_moduleIsAlive.load())
@@ -43,7 +42,7 @@ public:
 
     bool IsAlive() const noexcept { return m_isAlive; }
 
-    /// The seat of the thread; for code that runs client code.
+    /// The seat of the thread. Only for a lease with Runs::kClientCode.
     Seat& GetSeat() const noexcept { return *m_seat; }
 
 private:
@@ -51,7 +50,7 @@ private:
     bool m_isAlive;
 };
 
-/// An object in static storage that is left where it is when it should go while somebody holds a lease.
+/// An object in static storage that is not destroyed when its destruction is due while somebody holds a lease.
 template <typename Object> class ModuleObject {
 public:
     ModuleObject()
@@ -73,15 +72,15 @@ public:
     ModuleObject(const ModuleObject&) = delete;
     ModuleObject& operator=(const ModuleObject&) = delete;
 
-    /// Whether the object is there. To be asked within a lease, and holds until its end.
+    /// Whether the object is alive. Ask within a lease; the answer holds until its end.
     bool IsAlive() const
     {
         State state = m_state;
-        while (state == State::kGoing && m_going == ForkGeneration()) { // which is decided at once
+        while (state == State::kGoing && m_going == ForkGeneration()) { // decided in a moment
             std::this_thread::yield();
             state = m_state;
         }
-        return state != State::kAbsent; // in a child that was forked meanwhile it stays
+        return state != State::kAbsent; // a child forked meanwhile keeps it
     }
 
     union {
@@ -92,7 +91,7 @@ private:
     enum class State : char { kAbsent, kGoing, kAlive };
 
     std::atomic<State> m_state{State::kAbsent};
-    std::atomic<std::uint32_t> m_going{0}; // fork generation of the process that takes it away
+    std::atomic<std::uint32_t> m_going{0}; // fork generation of the process that destroys it
 };
 
 } // namespace zr

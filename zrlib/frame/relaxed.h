@@ -1,12 +1,12 @@
-/// Values that one thread may write while another reads them. For the members of the library's classes only.
+/// Relaxed: a value that one thread may write while another reads it. For members of the library's classes only.
 #pragma once
 
 #include <atomic>
 
 namespace zr {
 
-/// A value that threads may read and write at any time, in no order with anything else. Unlike std::atomic it can be
-/// copied, and has no operation that reads and writes at once.
+/// A value that any thread may read and write at any time, in relaxed order. Unlike std::atomic it can be copied, and
+/// it has no read-modify-write operations.
 template <typename T> class Relaxed {
 public:
     constexpr Relaxed(T value = T()) noexcept

@@ -1,4 +1,4 @@
-/// Reports for code that stands below messaging, which defines these. Not exported.
+/// Reports for the folders below messaging, which defines these functions. Not exported.
 #pragma once
 
 #include "hcbase/string.h"
@@ -12,10 +12,10 @@ void ReportWarn(const HCString& text);
 void ReportError(const HCString& text);
 void ReportTrace(const HCString& text);
 
-/// As ZRErrorSet, with level 1 and without a chain.
+/// As ZRErrorSet, with level 1 and not chained.
 void ReportErrorSet(int code, const char* text, const char* location);
 
-/// Whether messages are on, so that somebody may receive a report.
+/// Whether messages are on, so that a report may reach somebody.
 bool ReportsAreOn();
 
 } // namespace zr

@@ -48,7 +48,7 @@ bool Seats::IsAnyTaken()
 
 void Seats::FreeThoseOfOthers()
 {
-    s_walkers = 0; // whoever walks does not fork meanwhile
+    s_walkers = 0; // no thread forks while it walks
     const std::uintptr_t self = ThreadMark();
     ForEach([self](Seat& seat) {
         if (seat.owner.load(std::memory_order_relaxed) != self) {
@@ -63,7 +63,7 @@ void Seats::Release()
 {
     Block* block = s_blocks.exchange(nullptr);
     if (s_walkers != 0) {
-        return; // the process ends, and the memory goes with it
+        return; // the process ends, and its memory with it
     }
     while (block != nullptr) {
         delete std::exchange(block, block->next);

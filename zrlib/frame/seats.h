@@ -1,4 +1,4 @@
-/// Seats: which threads are inside the library, and what they are doing there. Not exported.
+/// Seats: which threads are inside the library, and what they do there. Not exported.
 #pragma once
 
 #include "zrlib/platform/single_threaded.h"
@@ -11,8 +11,8 @@
 
 namespace zr {
 
-/// What others may know of a thread that is inside. It has a cache line of its own, so that threads which come and go
-/// at the same time do not disturb each other.
+/// What others may know of a thread that is inside. It has a cache line of its own, so that threads that enter and
+/// leave at the same time do not slow each other down.
 struct alignas(64) Seat {
     std::atomic<std::uintptr_t> owner{0}; // mark of the thread; 0 while the seat is free
 
@@ -25,8 +25,8 @@ struct alignas(64) Seat {
 
 class Seats {
 public:
-    /// A free seat, which is the calling thread's until it leaves it. Throws std::bad_alloc when all are taken and
-    /// there is no memory for more.
+    /// Returns a free seat, which belongs to the calling thread until Leave. Throws std::bad_alloc when all are taken
+    /// and there is no memory for more.
     static Seat& Take()
     {
         const std::uintptr_t self = ThreadMark();
@@ -50,14 +50,14 @@ public:
         }
     }
 
-    /// Whether any thread is inside, the calling one too; or may have been when the system ended it, in the middle of
-    /// an allocation perhaps, so that nothing can be given back any more.
+    /// Whether any thread is inside, the calling one included. Also true when the system has ended the other threads:
+    /// one may have been inside, or in the middle of an allocation, so that nothing can be freed any more.
     static bool IsAnyTaken();
 
     /// For a forked child: frees the seats of all threads but the calling one.
     static void FreeThoseOfOthers();
 
-    /// Gives back what was added. For unloading, when nobody is inside.
+    /// Frees the added blocks. For unloading, when no thread is inside.
     static void Release();
 
 private:
@@ -68,7 +68,7 @@ private:
         Block* next = nullptr;
     };
 
-    /// A thread that walks the blocks, which may not be released meanwhile.
+    /// Exists while a thread walks the blocks, which must not be released meanwhile.
     struct Walker {
         Walker() { s_walkers.fetch_add(1); }
         ~Walker() { s_walkers.fetch_sub(1); }
@@ -77,7 +77,7 @@ private:
     };
 
     /// Where a thread looks first. Multiplicative hashing (Knuth, The Art of Computer Programming, volume 3, section
-    /// 6.4) spreads marks, which are addresses.
+    /// 6.4) spreads the marks, which are addresses.
     static std::size_t IndexOf(std::uintptr_t mark)
     {
         return static_cast<std::size_t>((mark * std::uint64_t{0x9E3779B97F4A7C15U}) >> 57U);
@@ -92,8 +92,8 @@ private:
             seat.owner.store(self, std::memory_order_relaxed);
             return true;
         }
-        // Sequentially consistent: whoever takes a seat and then asks whether the module is alive, and whoever ends the
-        // module and then looks for taken seats, must not both miss what the other did.
+        // Sequentially consistent: a thread that takes a seat and then asks whether the module is alive, and one that
+        // ends the module and then looks for taken seats, must not both miss what the other did.
         std::uintptr_t nobody = 0;
         return seat.owner.compare_exchange_strong(nobody, self);
     }
@@ -101,7 +101,7 @@ private:
     static Seat& TakeAnother(std::uintptr_t self);
 
     static std::array<Seat, kCount> s_seats;
-    static std::atomic<Block*> s_blocks; // further ones
+    static std::atomic<Block*> s_blocks; // added when s_seats is full
     static std::atomic<int> s_walkers;
 };
 

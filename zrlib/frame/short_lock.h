@@ -6,11 +6,11 @@
 
 namespace zr {
 
-/// Not re-entrant. Constant-initialised and trivially destroyed, so that it works before and after every static object,
-/// and small enough to lie in the cache line of what it guards. Client code does not run while it is held, but for a
-/// replaced operator new. A process with one thread pays nothing for it. A copy is a free lock of its own.
+/// Not re-entrant. Constant-initialised and trivially destroyed, so it works before and after every static object, and
+/// small enough to share the cache line of what it guards. No client code runs while it is held, except a replaced
+/// operator new. It costs a process with one thread nothing. A copy is a separate lock, and free.
 ///
-/// fork: in the child a lock that another thread of the parent held is free.
+/// fork: a lock that another thread of the parent held is free in the child.
 class ShortLock {
 public:
     constexpr ShortLock() noexcept = default;

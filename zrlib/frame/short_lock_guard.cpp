@@ -37,14 +37,14 @@ void zr::ShortLockGuard::Wait(ShortLock& lock) noexcept
     int turn = 0;
     while (true) {
         std::uint32_t seen = lock.m_word.load(std::memory_order_relaxed);
-        // Free, or held by a thread that will not give it back: one of the parent process, or one that is gone.
+        // Free, or held by a thread that will never release it: one of the parent process, or one that has ended.
         const bool mayBeTaken = seen != Held() || OtherThreadsAreGone();
         if (mayBeTaken && lock.m_word.compare_exchange_weak(seen, Held(), std::memory_order_acquire)) {
             return;
         }
         if (turn < kSpins) {
             ++turn;
-        } else { // its holder does not run
+        } else { // its holder is not running
             backoff.Wait();
         }
     }

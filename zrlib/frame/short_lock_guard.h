@@ -38,15 +38,15 @@ public:
         }
     }
 
-    // Between these two the calling thread, which forks, holds the locks of the process. Handlers of fork that are
-    // older than the library run in between, and may call it.
+    // Between these two the calling thread, which forks, holds the locks of the process. Fork handlers installed before
+    // the library's run in between and may call the library.
     static void LockForFork() noexcept;
     static void UnlockAfterFork() noexcept;
 
 private:
     static constexpr std::uint32_t kFree = 0;
 
-    /// What the word is while a thread of this process holds the lock, and not one of its parent.
+    /// The value of the word while a thread of this process, not of its parent, holds the lock.
     static std::uint32_t Held() noexcept { return ForkGeneration() + 1; }
 
     static void Wait(ShortLock& lock) noexcept;
@@ -63,12 +63,12 @@ private:
 };
 
 /// Guards what changes seldom and is read or changed in short steps: lists of observers, names of subjects and
-/// observers, the texts of progress, the list of lock trails, the libraries and objects of registries. One for the
-/// process, so that it can be held across fork, and the child finds nothing half changed. Comes before the lock of a
-/// subject's list, and before those of the foundation.
+/// observers, the texts of progress, the list of lock trails, the libraries and objects of registries. There is one for
+/// the process, so that it can be held across fork and the child finds nothing half changed. It is taken before the
+/// lock of a subject's list and before those of the foundation.
 extern ShortLock g_dataLock;
 
-/// Guards the stacks of running timers, and the states that they feed. Held across fork too. No other lock is taken
+/// Guards the stacks of running timers and the states that they feed. Also held across fork. No other lock is taken
 /// while it is held.
 extern ShortLock g_timersLock;
 

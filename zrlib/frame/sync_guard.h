@@ -1,4 +1,4 @@
-/// Holds a lock for the length of a scope.
+/// ZRSyncGuard: holds a lock for the length of a scope. Not exported.
 #pragma once
 
 #include "hcbase/thread_sync.h"

@@ -1,8 +1,8 @@
 /// Numbers of the library's fixed texts and its error codes.
 ///
-/// The texts stand in one table that is registered with the foundation: HFTextGet(HFTextFind("ZRLib"), code, &text)
-/// gives the text of each number and of each error code, while this library is loaded: a linker that drops libraries of
-/// which only constants are used (--as-needed) leaves it out.
+/// The texts are in one table that is registered with the foundation: HFTextGet(HFTextFind("ZRLib"), code, &text)
+/// returns the text of each number and error code while this library is loaded. A linker that drops libraries of which
+/// only constants are used (--as-needed) leaves it out.
 #pragma once
 
 #include <cstdint>
@@ -42,7 +42,7 @@ inline constexpr std::int32_t ZR_TEXT_PLATFORM_SGI64 = 207;
 inline constexpr std::int32_t ZR_TEXT_PLATFORM_LINUX = 208;
 inline constexpr std::int32_t ZR_TEXT_PLATFORM_UNIDENTIFIED = 209;
 
-// Text numbers: mathematics. Number 300 + k goes with error -65736 - k.
+// Text numbers: mathematics. Number 300 + k belongs to error -65736 - k.
 inline constexpr std::int32_t ZR_TEXT_MATH_LOG_OF_ZERO = 300;
 inline constexpr std::int32_t ZR_TEXT_MATH_LOG_OF_NEGATIVE = 301;
 inline constexpr std::int32_t ZR_TEXT_MATH_EXPONENT_TOO_GREAT = 302;
@@ -57,7 +57,7 @@ inline constexpr std::int32_t ZR_TEXT_MATH_TAN_90 = 310;
 inline constexpr std::int32_t ZR_TEXT_MATH_TAN_270_RADIANS = 311;
 inline constexpr std::int32_t ZR_TEXT_MATH_TAN_270 = 312;
 
-// Error codes: shared memory. None of them is raised by this library; they are for its clients.
+// Error codes: shared memory. For clients; this library raises none of them.
 inline constexpr std::int32_t ZR_ERROR_SHARED_MEMORY_ASSIGNMENT = -65636;
 inline constexpr std::int32_t ZR_ERROR_SHARED_MEMORY_NOT_OPEN = -65637;
 inline constexpr std::int32_t ZR_ERROR_SHARED_MEMORY_FIELD_OUT_OF_RANGE = -65638;

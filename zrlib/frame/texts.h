@@ -3,7 +3,7 @@
 
 namespace zr {
 
-/// A text of the library's table (text_codes.h); null when there is no such text and while there is no table.
+/// A text of the library's table (text_codes.h); null when there is no such text or no table.
 const char* FindText(int code) noexcept;
 
 } // namespace zr

@@ -29,8 +29,8 @@ void SendAtLevel(short type, const HCString& text, const HCString* textEx, const
     }
 }
 
-/// Records an error with the foundation when it goes: after the message, and also when the message failed with an
-/// exception. Does nothing when the module has gone.
+/// Its destructor records an error with the foundation: after the message, and also when sending that throws. A no-op
+/// once the module is destroyed.
 template <typename Text> class ErrorRecord {
 public:
     ErrorRecord(int code, const Text& text, const char* location, char chain)
@@ -144,7 +144,7 @@ void ZRSetMessagesEnabled(char enabled)
 
 char ZRGetMessagesEnabled() { return ZRMessageHandler::GetSwitch(); }
 
-// What code below this folder reports.
+// The reports of the folders below.
 
 void zr::ReportOut(const HCString& text) { ZROut(text, nullptr, 1); }
 void zr::ReportWarn(const HCString& text) { ZRWarn(text, nullptr, 1); }

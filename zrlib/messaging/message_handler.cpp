@@ -27,8 +27,7 @@ constexpr auto kRelaxed = std::memory_order_relaxed;
 
 constexpr short kAllTypes = ZR_MSG_OUT | ZR_MSG_WARN | ZR_MSG_ERROR | ZR_MSG_TRACE;
 
-/// Copied rather than formatted, which takes a tenth of the time. The text ends at its first zero byte, as on the
-/// console.
+/// Copies, which takes a tenth of the time of formatting. The text ends at its first zero byte, as on the console.
 HCString Joined(const char* prefix, const char* text, const char* ending)
 {
     HCString joined;
@@ -155,9 +154,9 @@ void ZRMessageRoute::Send(
     ZRMessageHandler* handler, short type, const HCString& text, const HCString* textEx, const MessageFields& fields)
 {
     if (!ZRMessageHandler::AreMessagesOn() || handler == nullptr) {
-        return; // before anything is copied, counted or locked: messages that nobody wants cost next to nothing
+        return; // before anything is copied, counted or locked: unwanted messages cost next to nothing
     }
-    // The handler of the process lies in static storage, so its observers can be counted in any case.
+    // The handler of the process is in static storage, so its observers can be counted in any case.
     const bool isObserved = handler->IsObserved();
     if (!isObserved && !ZRMessageHandler::HasLine(type)) {
         return;
@@ -208,7 +207,7 @@ bool ZRMessageHandler::IsWanted(short type) noexcept
     if (!AreMessagesOn()) {
         return false;
     }
-    // The handler lies in static storage, so its observers can be counted at any time.
+    // The handler is in static storage, so its observers can be counted at any time.
     const ZRMessageHandler* const handler = ZRGetMessageHandler();
     if (m_ofProcess.load(kRelaxed) == nullptr) {
         m_ofProcess.store(handler, std::memory_order_release);
@@ -226,7 +225,7 @@ bool ZRMessageHandler::HasLine(short type)
     return row != nullptr && (row->flags->load(kRelaxed) & kLineDestinations) != 0;
 }
 
-/// The part of the way that one message takes at a time: the lines, and what is to be done `then`.
+/// Delivers one message at a time: writes the lines, then calls `then`.
 template <typename Then> void ZRMessageHandler::Pass(const HCString& text, short type, Then then)
 {
     const ZRSyncGuard guard(m_sync);
@@ -241,7 +240,7 @@ template <typename Then> void ZRMessageHandler::Pass(const HCString& text, short
 
 void ZRMessageHandler::Deliver(const HCString& text, const MessageType& type)
 {
-    const int callersErrno = errno; // who reports an error may look at it afterwards
+    const int callersErrno = errno; // a caller that reports an error may read it afterwards
     const auto goesTo = [&type](short destination) { return (type.flags->load(kRelaxed) & destination) != 0; };
     if (goesTo(ZR_DEST_CONSOLE)) {
         std::printf("%s%s\n", type.prefix, static_cast<const char*>(text));

@@ -1,4 +1,5 @@
-/// ZRMessageHandler: the route of every message.
+/// ZRMessageHandler: delivers every message.
+/// Folder messaging: messages, from the functions and macros that send them to console, debugger, log and observers.
 #pragma once
 
 #include "hcbase/string.h"
@@ -14,41 +15,42 @@ class ZRMsg;
 /// Sends each message to the console, the debugger's output, the log file and its observers, in that order.
 ///
 /// Three kinds of switch, independent of each other:
-/// - the master switch (SetEnabled): while it is 0 nothing is sent at all;
+/// - the master switch (SetEnabled): while it is 0, nothing is sent at all;
 /// - a flag word for each message type, the sum of the ZR_DEST_ values to which messages of that type go;
-/// - an enabled bit for each type, which stops nothing: it is kept for those who ask (IsTypeEnabled, GetFlagFromType).
+/// - an enabled bit for each type, which stops nothing: it is kept for clients that ask (IsTypeEnabled,
+///   GetFlagFromType).
 ///
-/// Each line is the word of the type and the text: "OUT - ", "WARNING - ", "ERROR - " or "TRACE - ". The console is not
+/// Each line is the type's prefix and the text: "OUT - ", "WARNING - ", "ERROR - " or "TRACE - ". The console is not
 /// flushed. The log is the file zr_messages.txt in the directory of the logical name "home" (hcbase/filename.h); it is
 /// opened, written and closed for each message, grows without limit and is never truncated, and others may move or
-/// delete it at any time. A message that cannot be written to it is lost for the file only: when its folder is missing,
-/// the disk is full, no home is known (which is told on standard error once), or it is a folder or a pipe without a
-/// reader. A pipe that is read slowly holds up every sender. Errors: std::bad_alloc when there is no memory for a
-/// message; when there is none for a line, the debugger or the file loses it.
+/// delete it at any time. A message that cannot be written to the log is lost for the log only: when its folder is
+/// missing, the disk is full, no home is known (reported on standard error once), or the log is a folder or a pipe
+/// without a reader. A pipe that is read slowly delays every sender. Errors: std::bad_alloc when there is no memory for
+/// a message; when there is none for a line, the debugger or the file loses it.
 ///
-/// A text goes out as it is, line breaks and escape codes included, up to its first zero byte. errno stays as it was.
+/// A text is written unchanged, line breaks and escape codes included, up to its first zero byte. errno is preserved.
 ///
-/// Observers (ZRGetMessageHandler()->AttachObserver) get every message that passes the master switch, as
+/// Observers (ZRGetMessageHandler()->AttachObserver) receive every message that passes the master switch, as
 /// ZR_EVENT_MESSAGE, whatever the flag words and the level are, and changes of the master switch, as
 /// ZR_EVENT_MESSAGES_ENABLED.
 ///
-/// There is one handler for the process (ZRGetMessageHandler), and all switches belong to the process.
-/// Truth values: anything but 0 is true; results are 0 or 1 unless told otherwise.
-/// Threads: any, at any time. A lock is held while a message goes its way, its observers included, so messages do not
-/// mix and all destinations see them in one order. The switches take effect at the next test of them, which may be in
-/// the middle of another thread's message. Observers come and go as at every subject (ZRObservedObject), without that
-/// lock. Copying, assigning and destroying a handler of one's own is the client's to serialise.
+/// The process has one handler (ZRGetMessageHandler), and all switches are process-wide.
+/// Truth values: anything but 0 is true; results are 0 or 1 unless stated otherwise.
+/// Threads: any, at any time. A lock is held while a message is delivered, to observers too, so messages do not mix and
+/// all destinations see them in one order. A switch takes effect when it is next tested, which may be in the middle of
+/// another thread's message. Observers attach and detach as at every subject (ZRObservedObject), without that lock. The
+/// client serialises copying, assigning and destroying a handler of its own.
 class ZR_API ZRMessageHandler : public ZRObservedObject {
 public:
     ZRMessageHandler();
 
-    /// Copies share one lock, and have the same observers.
+    /// Copies share one lock and have the same observers.
     ZRMessageHandler(const ZRMessageHandler& other);
     ZRMessageHandler& operator=(const ZRMessageHandler& other);
     ~ZRMessageHandler() override;
 
     // Each builds a message and sends it. text: for all destinations; textEx: carried, not printed. location: where the
-    // message is raised, may be null. level: carried as it is. code, chainToPrevious: carried.
+    // message is raised; may be null. level, code, chainToPrevious: carried unchecked.
     void Out(const HCString& text, const char* location, short level);
     void Warn(const HCString& text, const char* location, short level);
     void Error(const HCString& text, const char* location, int code, char chainToPrevious, short level);
@@ -59,12 +61,12 @@ public:
         short level);
     void TraceEx(const HCString& text, const HCString& textEx, const char* location, short level);
 
-    /// Sends a message that the caller has built, and writes the ID of the calling thread into it. While messages are
-    /// off nothing happens. A message of an unknown type goes to the observers only.
+    /// Sends a message that the caller has built, and writes the calling thread's ID into it. A no-op while messages
+    /// are off. A message of an unknown type goes to the observers only.
     void BroadcastMessage(ZRMsg& message);
 
-    /// The master switch, as it was set. Observers are told of a change, by the thread that makes it and without the
-    /// lock.
+    /// The master switch, as it was set. Observers are notified of a change, on the thread that makes it and without
+    /// the lock.
     [[nodiscard]] char GetEnabled() const;
     void SetEnabled(char enabled);
 
@@ -74,10 +76,10 @@ public:
     /// Whether the master switch is on.
     [[nodiscard]] static bool AreMessagesOn() noexcept { return GetSwitch() != 0; }
 
-    /// Whether a message of a type, sent by the handler of the process, would reach anybody: a line or an observer.
+    /// Whether a message of a type, sent by the handler of the process, would reach a line of text or an observer.
     [[nodiscard]] static bool IsWanted(short type) noexcept;
 
-    /// The same without a call, for a type that is known to the compiler.
+    /// The same without a call, for a type known at compile time.
     template <short type> [[nodiscard]] static bool IsWanted() noexcept;
 
     // The enabled bits.
@@ -134,11 +136,11 @@ public:
     [[nodiscard]] static char GetFlagFromType(short type, short destination);
 
 protected:
-    /// Take and give back the lock of the handler; `location` is not used. 1 on success.
+    /// Take and release the handler's lock; `location` is not used. 1 on success.
     char Lock(const char* location);
     char Unlock(const char* location);
 
-    /// Appends one line to the log. 1 when the file was opened and closed without a failure, otherwise 0.
+    /// Appends one line to the log. 1 when the file was opened and closed without failure, otherwise 0.
     char AppendToFile(const HCString& text);
 
     static std::atomic<char> m_bEnabled;
@@ -165,7 +167,7 @@ private:
 
     static std::atomic<const ZRMessageHandler*> m_ofProcess; // null until IsWanted has asked for it
 
-    ZRThreadSync m_sync; // taken as an HCThreadSync, so that no switch has any influence on it
+    ZRThreadSync m_sync; // locked as an HCThreadSync, so that no switch affects it
 };
 
 template <short type> bool ZRMessageHandler::IsWanted() noexcept

@@ -9,14 +9,14 @@
 // ZR_OUT("read %d files", count);
 //
 // Each is a statement that formats a text as printf does and sends it as the function of its type does
-// (message_functions.h), with the name of the function around it as place ("Map::Check") and level 1; ZR_OUT_AT and its
-// kin take another level, ZR_LEVEL_FIRST to ZR_LEVEL_LAST, first.
+// (message_functions.h). The location is the name of the enclosing function ("Map::Check"), and the level is 1;
+// ZR_OUT_AT and its kin take a level first, ZR_LEVEL_FIRST to ZR_LEVEL_LAST.
 //
-// The format is a literal, so that no text from outside can be taken for one, and the compiler checks the arguments
-// against it (-Wformat, which -Wall includes). The arguments are numbers and pointers; a text is given as const char*.
-// While nobody can receive the message they are not evaluated: a call costs a load and a branch then if the master
-// switch is off, and four of each if it is on, whatever the arguments would cost. ZR_ERROR and ZR_ERROR_SET always
-// evaluate and format, because the error is recorded.
+// The format is a literal, so that no text from outside can be used as one, and the compiler checks the arguments
+// against it (-Wformat, which -Wall includes). The arguments are numbers and pointers; pass a text as const char*.
+// While nobody can receive the message they are not evaluated, whatever they would cost: the call then costs a load and
+// a branch if the master switch is off, and four of each if it is on. ZR_ERROR and ZR_ERROR_SET always evaluate and
+// format, because the error is recorded.
 //
 // Threads: any. Errors: those of HCString::Format and of the function.
 
@@ -39,11 +39,11 @@
 
 namespace zr {
 
-/// Accepts a literal. What else an empty literal can stand before, such as "a" + 1, is no array.
+/// Accepts a literal. Whatever else an empty literal can precede, such as "a" + 1, is no array.
 template <std::size_t size> constexpr bool IsLiteral(const char (&/*literal*/)[size]) { return true; }
 
-/// Accepts what may follow a format. Takes values rather than references, so that arrays are pointers and constants
-/// need no address.
+/// Accepts what may follow a format. Takes values, not references, so that arrays are pointers and constants need no
+/// address.
 template <typename... Arguments> constexpr void AcceptArguments(Arguments... /*arguments*/)
 {
     static_assert((std::is_scalar_v<Arguments> && ...), "give texts as const char*");

@@ -1,16 +1,16 @@
-/// The way of a message into its handler. Not exported.
+/// ZRMessageRoute: the way of a message into its handler. Not exported.
 #pragma once
 
 #include "hcbase/string.h"
 
 class ZRMessageHandler;
 
-/// A thread or a static object may send while, or after, the library's own objects go. So every way in first asks the
-/// master switch, which belongs to the process, then whether anybody can receive the message, and then holds a lease;
-/// only then is the handler used.
+/// A thread or a static object may send during or after the destruction of the library's own objects. So every way in
+/// first tests the master switch, which is process-wide, then whether anybody can receive the message, and then takes a
+/// lease; only then does it use the handler.
 class ZRMessageRoute {
 public:
-    /// What a message carries to observers beside its texts.
+    /// What a message carries to observers besides its texts.
     struct MessageFields {
         const char* location; // may be null
         short level;

@@ -1,16 +1,16 @@
-/// ZRMessageSettings: puts the settings of the messages back at the end of a scope.
+/// ZRMessageSettings: restores the settings of the messages at the end of a scope.
 #pragma once
 
 #include "zrlib/messaging/message_functions.h"
 
-/// Keeps the master switch, the flag words and the enabled bits as they are when it is built, and puts them back when
-/// it goes. What happens in between is the scope's own business:
+/// Saves the master switch, the flag words and the enabled bits when constructed and restores them when destroyed. In
+/// between, the scope may change them:
 ///
 ///     const ZRMessageSettings settings;
 ///     ZRSetMessagesEnabled(0); // quiet until the end of the scope
 ///
-/// The settings belong to the process, so what other threads change meanwhile is put back too. Observers are told when
-/// the master switch changes by that (ZR_EVENT_MESSAGES_ENABLED). Threads: any.
+/// The settings are process-wide, so changes by other threads are undone too. Observers are notified if that changes
+/// the master switch (ZR_EVENT_MESSAGES_ENABLED). Threads: any.
 class [[nodiscard]] ZRMessageSettings {
 public:
     [[nodiscard]] ZRMessageSettings() = default;

@@ -1,4 +1,4 @@
-/// ZRLongMask, ZRShortMask: looking at the bits of a number.
+/// ZRLongMask, ZRShortMask: inspect the bits of a number.
 #pragma once
 
 #include <bitset>
@@ -7,7 +7,7 @@
 
 namespace zr {
 
-/// The operations of both masks. Bits count from 0 at the least significant one. The weight of a bit is its value as a
+/// The operations of both masks. Bits count from 0 at the least significant one. A bit's weight is its value as a
 /// number: 1, 2, 4 and so on; that of the top bit is negative. The sign has no other meaning.
 ///
 /// Truth values are 1 and 0. Nothing fails. Threads: any.
@@ -16,10 +16,10 @@ public:
     /// Number of bits.
     static constexpr int NBITS = 8 * sizeof(T);
 
-    /// How many bits are set.
+    /// The number of bits that are set.
     static T BitSetCount(T value) { return Count(ToBits(value)); }
 
-    /// Position of the lowest bit that is set. 0 also when none is.
+    /// The position of the lowest bit that is set. 0 also when none is.
     [[nodiscard]] static T GetFirstNonZeroBitPosition(T value)
     {
         const Bits bits = ToBits(value);
@@ -27,7 +27,7 @@ public:
         return bits != 0 ? Count(below) : T{0};
     }
 
-    /// Whether the bit at a position is set. 0 for positions that there are not.
+    /// Whether the bit at a position is set. 0 for a position out of range.
     [[nodiscard]] static char IsBitPositionSet(T value, T position)
     {
         return ToBits(position) < NBITS ? static_cast<char>(ToBits(value) >> ToBits(position) & 1U) : char{0};
@@ -39,7 +39,7 @@ public:
         return static_cast<char>(IsSingleBit(ToBits(weight)) && (ToBits(value) & ToBits(weight)) != 0);
     }
 
-    /// Weight of the only bit that is set, which is the value itself. 0 when none or more than one is.
+    /// The weight of the only bit that is set, which is the value itself. 0 when none or more than one is.
     [[nodiscard]] static T GetBitWeight(T value) { return IsSingleBit(ToBits(value)) ? value : T{0}; }
 
     [[nodiscard]] static char IsEven(T value) { return IsOdd(value) == 0 ? 1 : 0; }

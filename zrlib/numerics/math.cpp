@@ -22,10 +22,10 @@ constexpr double kDegreesPerRadian = 57.29577951308;
 constexpr double kTurn = 360; // degrees
 constexpr double kGreatestExponent = 38; // decimal for powers, natural for exponentials
 
-/// The class from within: the constants, and everything that must not clear the last error on the way.
+/// Access to the constants, and the steps that must not clear the last error.
 class Checked : public ZRMath {
 public:
-    /// Gives what a comparison or a plain function has worked out.
+    /// Returns the result of a comparison or a plain function.
     template <typename Result> static Result Plain(Result result)
     {
         ResetError();
@@ -33,7 +33,7 @@ public:
     }
     static char Truth(bool isTrue) { return Plain(isTrue ? char{1} : char{0}); }
 
-    /// Reports an error and then keeps it, also when an observer of the report throws. Gives 0.0.
+    /// Reports an error and then keeps it, also when an observer of the report throws. Returns 0.0.
     static double Fail(int code)
     {
         struct KeepAfterwards {
@@ -60,7 +60,7 @@ public:
     static bool IsLess(double a, double b) { return a < b - Tolerance(b); }
     static bool IsNotLess(double a, double b) { return a >= b - Tolerance(b); }
 
-    /// An angle that was reduced to one turn; keeps its sign.
+    /// An angle reduced to one turn; keeps its sign.
     struct Angle {
         double inMode;
         double radians;
@@ -81,7 +81,7 @@ public:
         constexpr double kQuarter = 90;
         constexpr double kThreeQuarters = 270;
         const bool isInRadians = mode != MATH_DEGREES;
-        // In degrees: the angles themselves, and those that come to what radians are compared with.
+        // In degrees: the angles themselves, and those that convert to what radians are compared with.
         if (Equals(angle.radians, MATH_PI_OVER_2) || (!isInRadians && angle.inMode == kQuarter)) {
             return isInRadians ? ZR_ERROR_MATH_TAN_90_RADIANS : ZR_ERROR_MATH_TAN_90;
         }
@@ -109,8 +109,8 @@ public:
         return IsTooLarge(base, power) ? ZR_ERROR_MATH_OVERFLOW : 0;
     }
 
-    /// Whether a power is above 1e38. For ordinary numbers that is told without a logarithm, which costs as much as the
-    /// power itself.
+    /// Whether a power is above 1e38. Ordinary numbers need no logarithm for that, which costs as much as the power
+    /// itself.
     static bool IsTooLarge(double base, double power)
     {
         constexpr double kOrdinaryBase = 1e3;
@@ -127,7 +127,7 @@ public:
         return x == 0.0 ? ZR_ERROR_MATH_LOG_OF_ZERO : IsNegative(x) ? ZR_ERROR_MATH_LOG_OF_NEGATIVE : 0;
     }
 
-    /// Ends a guarded function: reports its error, or gives its result.
+    /// Ends a guarded function: reports its error, or returns its result.
     template <typename Result> static double Guarded(int error, Result result)
     {
         ResetError();
@@ -135,7 +135,7 @@ public:
     }
 };
 
-/// The low 32 bits of a number cut to an integer; 0 for NaN and the infinities.
+/// The low 32 bits of a number truncated to an integer; 0 for NaN and the infinities.
 std::uint32_t LowBits(double x)
 {
     constexpr double kAllBits = 4294967296.0; // 2^32

@@ -1,16 +1,17 @@
-/// ZRMath: mathematics that tests its arguments.
+/// ZRMath: mathematics that checks its arguments.
+/// Folder numerics: checked mathematics, bit masks and random numbers.
 #pragma once
 
 #include "zrlib/export.h"
 
 #include <atomic>
 
-/// Functions on doubles. A guarded one that is given a bad argument reports it with ZRErrorSet (the code below,
-/// location "ZRMath"), keeps the code as the last error and gives 0.0; otherwise it gives the standard library's
-/// result. What is not guarded passes through to the standard library, NaN included.
+/// Functions on doubles. A guarded function reports a bad argument with ZRErrorSet (the code below, location "ZRMath"),
+/// keeps the code as the last error and returns 0.0; otherwise it returns the standard library's result. Whatever is
+/// not guarded passes through to the standard library, NaN included.
 ///
-/// Every function clears the last error first, but GetLastError, NoError, IsError, SetError and RandSeed. So ask right
-/// after the call that matters: a comparison in between wipes it out.
+/// Every function but GetLastError, NoError, IsError, SetError and RandSeed first clears the last error. So ask right
+/// after the call that matters: even a comparison in between clears it.
 ///
 /// | Code (text_codes.h) | Error | Raised by |
 /// |---|---|---|
@@ -26,11 +27,11 @@
 /// | -65745, -65746 | tangent of 90 degrees, in radians mode and not | Tan, Cot |
 /// | -65747, -65748 | tangent of 270 degrees, in radians mode and not | Tan, Cot |
 ///
-/// Angles: mode is not 0 for radians, 0 for degrees. The constants of this class are not the nearest doubles to what
-/// they are named for; results are promised with just these.
+/// Angles: mode is not 0 for radians, 0 for degrees. The constants of this class are deliberately inexact; results
+/// depend on these exact values.
 ///
-/// Truth values are 1 and 0. errno is set as the standard library's functions set it. Threads: any; but there is one
-/// last error for the process, which threads clear for each other.
+/// Truth values are 1 and 0. errno is set as the standard library's functions set it. Threads: any; but the process has
+/// one last error, which threads clear for each other.
 class ZR_API ZRMath {
 public:
     ZRMath() = default;
@@ -38,16 +39,16 @@ public:
     /// The argument has no effect.
     ZRMath(char) {}
 
-    // The last error: one of the codes above, or 0. There is one for the process, so while other threads call functions
-    // of this class the answer may be about theirs, and an error of this thread's own may be wiped out before it is
-    // asked for. The record of the thread itself (HFErrorGet) is exact.
+    // The last error: one of the codes above, or 0. There is one per process: while other threads call functions of
+    // this class, the answer may be about theirs, and this thread's error may be cleared before it is read. The
+    // thread's own record (HFErrorGet) is exact.
 
     [[nodiscard]] static int GetLastError();
     static char NoError();
     [[nodiscard]] static char IsError();
     static void ResetError();
 
-    /// Reports one of the codes above and keeps it. Any other code does nothing.
+    /// Reports one of the codes above and keeps it. A no-op for any other code.
     static void SetError(int code);
 
     // Comparisons with zero, to within 2.2204460492503132e-17. False when x is NaN.
@@ -59,8 +60,8 @@ public:
     static char ParmLEZero(double x);
     static char ParmLTZero(double x);
 
-    // Comparisons of two numbers, to within 4.4408920985006264e-17 times b, which is less than doubles can tell apart
-    // but next to the smallest normal ones. False when one of them is NaN.
+    // Comparisons of two numbers, to within 4.4408920985006264e-17 times b: less than the spacing of doubles, except
+    // next to the smallest normal ones. False when one of them is NaN.
 
     static char ParmEQ(double a, double b);
     static char ParmNE(double a, double b);
@@ -75,7 +76,7 @@ public:
     static double RMin(double a, double b);
     static double RMax(double a, double b);
 
-    /// Makes *p 0.0 when ParmZero holds for it. p must not be null.
+    /// Sets *p to 0.0 when ParmZero holds for it. p must not be null.
     static void SetToZero(double* p);
 
     /// Degrees to radians and back.
@@ -90,10 +91,10 @@ public:
 
     // Guarded functions.
 
-    /// Natural logarithm. Zero is what ParmZero takes for it.
+    /// Natural logarithm. A number counts as zero when ParmZero holds for it.
     static double Log(double x);
 
-    /// Decimal logarithm, and twice that. Zero is only zero itself.
+    /// Decimal logarithm, and twice that. Only zero itself counts as zero.
     static double Log10(double x);
     static double Log20(double x);
 
@@ -101,30 +102,30 @@ public:
     static double Exp(double x);
     static double Exp10(double x);
 
-    /// The table above tells which arguments are bad. Zero is what ParmZero takes for it.
+    /// The table above lists the bad arguments. A number counts as zero when ParmZero holds for it.
     static double Pow(double base, double power);
 
-    /// Fails below zero, beyond what ParmZero takes for it; NaN from there to zero.
+    /// Fails for negative numbers, unless ParmZero holds for them; it returns NaN for those.
     static double Sqrt(double x);
 
-    /// a / b. Zero is what ParmZero takes for it.
+    /// a / b. b counts as zero when ParmZero holds for it.
     static double Divide(double a, double b);
 
-    /// Quotient of integers: a and b are cut to integers, of which the low 32 bits count, without a sign. NaN and the
+    /// Quotient of integers: a and b are truncated to integers, of which the low 32 bits count, unsigned. NaN and the
     /// infinities count as 0.
     static double Fdiv(double a, double b);
 
-    // Trigonometry. Tan and Cot are guarded. Angles, arguments and results, are in radians when mode is not 0,
+    // Trigonometry. Tan and Cot are guarded. Angles, as arguments and results, are in radians when mode is not 0,
     // otherwise in degrees.
 
     static double Sin(double x, char mode);
     static double Cos(double x, char mode);
 
-    /// The tangent. Fails for angles that are 90 or 270 degrees, or MATH_PI_OVER_2 or MATH_THREE_PI_OVER_2, after
-    /// reduction to one turn; negative ones do not fail.
+    /// The tangent. After reduction to one turn, fails for 90 and 270 degrees, and for MATH_PI_OVER_2 and
+    /// MATH_THREE_PI_OVER_2; negative angles do not fail.
     static double Tan(double x, char mode);
 
-    /// 1 divided by the tangent. Fails where that does and where it is 0.
+    /// 1 divided by the tangent. Fails where the tangent fails and where it is 0.
     static double Cot(double x, char mode);
 
     static double Asin(double x, char mode);
@@ -134,11 +135,11 @@ public:
     /// The angle of the point (x, y). Always 90 degrees when ParmZero holds for x, whatever y is.
     static double Atan2(double y, double x, char mode);
 
-    // Tics of a scale. A number that is on a tic stays, and all do when the step is 0 to ParmZero. To others a whole
-    // step is added, or taken away, and the result brought to the tic below it, or, when x is negative, to the tic
-    // above it. So on the way towards 0 that leads one tic too far: TicBelow(7, 5) is 0. With a negative step
-    // TicAbove leads down and TicBelow up, and it is away from 0 that they lead one tic too far: TicAbove(7, -5) is 5,
-    // TicBelow(7, -5) is 15.
+    // Tics of a scale: multiples of the step. A number that is on a tic is returned unchanged, and so is every number
+    // when ParmZero holds for the step. Otherwise a whole step is added or subtracted, and the number of steps in the
+    // result is rounded down, or up when x is negative. So rounding towards 0 goes one tic too far: TicBelow(7, 5) is
+    // 0. With a negative step TicAbove goes down and TicBelow up, and rounding away from 0 goes one tic too far:
+    // TicAbove(7, -5) is 5, TicBelow(7, -5) is 15.
 
     static double TicAbove(double x, double step);
     static double TicBelow(double x, double step);
@@ -149,20 +150,20 @@ public:
     /// 0.0 to 1.0, both included.
     static double Rand();
 
-    /// Seeds rand with the number of clock ticks since the last time. The first time that are only the few between two
-    /// readings of the clock, so that many runs of a program start with one of few series.
+    /// Seeds rand with the number of clock ticks since the last call. On the first call these are only the few between
+    /// two readings of the clock, so many runs of a program start with one of few series.
     static void RandSeed();
 
     /// A number from lo to hi, in either order; hi is likelier than others. An infinite end counts as the largest
-    /// double unless both are the same; NaN gives NaN. reseed: not 0 to call RandSeed first. When both are equal that
-    /// is the result, and nothing is drawn or seeded.
+    /// double unless both are the same; NaN yields NaN. reseed: not 0 to call RandSeed first. When lo equals hi, it is
+    /// returned without drawing or seeding.
     static double RandLim(double lo, double hi, char reseed);
 
     /// An integer from lo to hi, in either order; hi itself is one draw in 32,768. There are at most 32,768 different
     /// results, however far apart lo and hi are.
     static int RandLim(int lo, int hi, char reseed);
 
-    // Clipping. With NaN no comparison holds.
+    // Clipping. No comparison with NaN holds.
 
     /// lo if x is below it; else hi if x is above that; else x.
     static double ClipRange(double lo, double x, double hi);

@@ -4,7 +4,7 @@
 
 namespace {
 
-/// How many bits rand gives beyond the 15.
+/// The number of bits that rand returns beyond the 15.
 constexpr int ExtraBits()
 {
     int bits = 0;

@@ -5,7 +5,7 @@ namespace zr {
 
 constexpr int kMostRandom = 32767;
 
-/// From 0 to kMostRandom: the high bits of the standard library's rand, where that gives more than 15.
+/// From 0 to kMostRandom: the high bits of the standard library's rand, where that returns more than 15.
 int Random() noexcept;
 
 } // namespace zr

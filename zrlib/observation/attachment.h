@@ -1,4 +1,4 @@
-/// ZRAttachment: an observer's attachment for the length of a scope.
+/// ZRAttachment: attaches an observer for the length of a scope.
 #pragma once
 
 #include "zrlib/observation/object_observer.h"
@@ -7,14 +7,14 @@
 
 #include <utility>
 
-/// Attaches an observer to a subject when it is built and detaches it when it goes.
+/// Attaches an observer to a subject when constructed and detaches it when destroyed.
 ///
 ///     Window window;
 ///     const ZRAttachment attachment(*ZRGetMessageHandler(), window);
 ///
-/// Neither of the two is owned; both must outlive the attachment. An observer that was attached before is not attached
-/// a second time, and is detached all the same. As ZRObservedObject::DetachObserver, the destructor returns when the
-/// observer is not called any more.
+/// Owns neither of the two; both must outlive the attachment. An observer that was attached before is not attached a
+/// second time, and is detached all the same. As with ZRObservedObject::DetachObserver, the observer is not called any
+/// more when the destructor returns.
 ///
 /// Threads: one object is used by one thread at a time.
 class [[nodiscard]] ZRAttachment {
@@ -30,7 +30,7 @@ public:
         subject.AttachObserver(&observer, 1);
     }
 
-    /// To the subject of the process, which sends progress (ZRAttachObserver).
+    /// Attaches to the subject of the process, which sends progress (ZRAttachObserver).
     [[nodiscard]] explicit ZRAttachment(ZRObjectObserver& observer)
         : m_observer(&observer)
     {
@@ -51,7 +51,7 @@ public:
     }
     ~ZRAttachment() { Detach(); }
 
-    /// Ends the attachment before its scope ends.
+    /// Detaches before the scope ends.
     void Detach()
     {
         ZRObjectObserver* const observer = std::exchange(m_observer, nullptr);

@@ -1,10 +1,10 @@
-/// What events tell.
+/// The codes of events.
 #pragma once
 
 #include <cstdint>
 
-// The code of each event that the library sends (ZRObservedObjectEvent::GetCode), and behind it the fields that are
-// filled; all others keep their defaults. The *_ENABLED events are sent only when the value has really changed.
+// The code of each event that the library sends (ZRObservedObjectEvent::GetCode), followed by the fields that are set;
+// all others keep their defaults. The *_ENABLED events are sent only when the value has really changed.
 
 // From the subject of the process (ZRAttachObserver): progress (progress.h) and the threading switch.
 inline constexpr std::int32_t ZR_EVENT_PROGRESS_START = 0x8004; // text: title of the run

@@ -8,11 +8,11 @@ extern ZRObservedObject& g_GlobalSubject;
 
 namespace zr {
 
-/// Whether a subject is one of the library's own, and is not there any more. To be asked within a lease, until whose
-/// end it holds.
+/// Whether a subject is one of the library's own and has been destroyed. Ask within a lease; the answer holds until its
+/// end.
 bool HasGone(const ZRObservedObject& subject);
 
-/// The same of g_GlobalSubject.
+/// The same for g_GlobalSubject.
 bool GlobalSubjectHasGone();
 
 } // namespace zr

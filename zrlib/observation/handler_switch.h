@@ -1,4 +1,4 @@
-/// What the handlers that are subjects have in common. Not exported.
+/// StoreSwitch: what the handlers that are subjects have in common. Not exported.
 #pragma once
 
 #include <atomic>
@@ -8,7 +8,7 @@ class ZRObservedObject;
 
 namespace zr {
 
-/// Stores a handler's switch. When that changes it, tells the observers with an event of that code, without a lock.
+/// Stores a handler's switch. If that changes it, notifies the observers with an event of that code, without a lock.
 void StoreSwitch(ZRObservedObject& handler, std::atomic<char>& handlerSwitch, char enabled, std::int32_t eventCode);
 
 } // namespace zr

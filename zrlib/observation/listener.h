@@ -8,15 +8,15 @@
 #include <memory>
 #include <utility>
 
-/// Calls a function for each event of a subject until it goes.
+/// Calls a function for each event of a subject until it is destroyed.
 ///
 ///     const ZRListener errors(*ZRGetMessageHandler(), [&](const ZRObservedObjectEvent& event) {
 ///         count += event.GetMsg().IsError();
 ///     });
 ///
 /// The function runs as ZRObjectObserver::OnEvent does: on the sender's thread, one event at a time, under the same
-/// rules: it may end the listener with Detach, but not destroy it. The subject is not owned and must outlive the
-/// listener. When the destructor returns the function is not called any more. A listener may be moved, which does not
+/// rules: it may call Detach of the listener, but not destroy it. The subject is not owned and must outlive the
+/// listener. When the destructor returns, the function is not called any more. A listener may be moved, which does not
 /// disturb it.
 ///
 /// Threads: one object is used by one thread at a time.
@@ -27,14 +27,14 @@ public:
     /// Attached to nothing.
     ZRListener() noexcept = default;
 
-    /// Throws std::bad_alloc. An empty function does nothing.
+    /// Throws std::bad_alloc. An empty function is a no-op.
     [[nodiscard]] ZRListener(ZRObservedObject& subject, Function function)
         : m_observer(std::make_unique<Observer>(std::move(function)))
         , m_attachment(subject, *m_observer)
     {
     }
 
-    /// To the subject of the process, which sends progress (ZRAttachObserver).
+    /// Listens to the subject of the process, which sends progress (ZRAttachObserver).
     [[nodiscard]] explicit ZRListener(Function function)
         : m_observer(std::make_unique<Observer>(std::move(function)))
         , m_attachment(*m_observer)
@@ -52,7 +52,7 @@ public:
     }
     ~ZRListener() = default;
 
-    /// Ends it before its scope ends.
+    /// Detaches before the scope ends.
     void Detach() { m_attachment.Detach(); }
 
 private:
@@ -75,5 +75,5 @@ private:
     };
 
     std::unique_ptr<Observer> m_observer;
-    ZRAttachment m_attachment; // last, so that it goes first
+    ZRAttachment m_attachment; // last, so that it is destroyed first
 };

@@ -5,10 +5,10 @@
 
 namespace zr {
 
-/// The name of those that were given none: "Untitled", from the table of texts; empty while the table is not there.
+/// The default name of subjects and observers: "Untitled", from the table of texts; empty without the table.
 HCString DefaultName();
 
-// A name, or a text of progress, that other threads may read and write. Throw std::bad_alloc.
+// A name, or a text of progress, that other threads may read and write. Both throw std::bad_alloc.
 
 HCString ReadText(const HCString& name);
 void WriteText(HCString& name, const HCString& value);

@@ -14,20 +14,20 @@ class ObserverList;
 struct ObserverEntry;
 } // namespace zr
 
-/// Clients derive from this class, override OnEvent and attach an object of theirs to subjects
-/// (ZRObservedObject::AttachObserver, ZRAttachObserver, or for the length of a scope ZRAttachment). It must be detached
-/// before it is destroyed, and so must the subject outlive the attachment: neither destructor does that. A class that
-/// attaches itself in its constructor detaches itself in its own destructor, before its members go.
+/// Clients derive from this class, override OnEvent and attach an object to subjects (ZRObservedObject::AttachObserver,
+/// ZRAttachObserver, or for the length of a scope ZRAttachment). Detach it before it or the subject is destroyed:
+/// neither destructor does that. A class that attaches itself in its constructor detaches itself in its own destructor,
+/// before its members are destroyed.
 ///
-/// Threads: an observer handles one event at a time, whichever threads and subjects send. Name and subject may be asked
-/// for and set by any thread; copying and assigning are the client's to serialise.
+/// Threads: an observer handles one event at a time, whichever threads and subjects send. Any thread may read and set
+/// the name and the subject; the client serialises copying and assigning.
 class ZR_API ZRObjectObserver {
 public:
     /// Named "Untitled", attached to nothing.
     ZRObjectObserver();
 
-    /// The copy is attached nowhere, though GetZRSubject says what it says for `other`, and shares its lock. Assign to
-    /// an observer only while it is attached nowhere: an attachment keeps the lock that the observer had.
+    /// The copy is attached nowhere, though GetZRSubject returns what it returns for `other`, and shares its lock.
+    /// Assign to an observer only while it is attached nowhere: an attachment keeps the lock that the observer had.
     ZRObjectObserver(const ZRObjectObserver& other);
     ZRObjectObserver& operator=(const ZRObjectObserver& other);
     virtual ~ZRObjectObserver();
@@ -35,23 +35,23 @@ public:
     virtual void SetName(const HCString& name);
     [[nodiscard]] virtual HCString GetName() const;
 
-    /// Handles an event, which is the sender's and goes when the call returns. Does nothing here.
+    /// Handles an event, which belongs to the sender and is valid until the call returns. This one is a no-op.
     ///
-    /// It runs on the sender's thread and holds up the sender. It may attach and detach observers, itself included, and
+    /// It runs on the sender's thread and delays the sender. It may attach and detach observers, itself included, and
     /// send events and messages; one that answers a message with a message is called again before it has returned. It
     /// must not destroy itself or assign to itself. An observer that it detaches may still be running on another
     /// thread: destroy that one later.
     ///
-    /// The locks are taken in one order: that of the handler that sends, then the observer's. Three ways to break it,
-    /// so that two threads wait for each other for ever:
+    /// The locks are taken in one order: the sending handler's, then the observer's. Three ways to break it, which
+    /// deadlock two threads:
     /// - an observer of messages that observes something else too, and sends messages from here;
     /// - an observer of messages that ends a timer with a state here, beside an observer of the profiler that sends
     ///   messages;
     /// - an observer that takes a lock here under which other threads send.
     ///
-    /// An exception that it throws passes through to the sender, no lock stays held, and the observers behind it do not
-    /// get the event; where the event is sent by a destructor,
-    /// as those of progress, of the threading switch and of timers are, it ends the process.
+    /// An exception from it passes to the sender; no lock stays held, and the observers behind it do not get the event.
+    /// From an event sent by a destructor, as those of progress, of the threading switch and of timers are, it
+    /// terminates the process.
     virtual void OnEvent(ZRObservedObjectEvent* event);
 
     /// The subject to which this observer was attached last; null when it was detached since, from whichever subject.

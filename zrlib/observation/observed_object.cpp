@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Reports a null observer that was to be attached or detached. Gives 0.
+/// Reports a null observer. Returns 0.
 char RefuseNull(const ZRObservedObject& subject, const char* location)
 {
     HCString text;
@@ -17,8 +17,8 @@ char RefuseNull(const ZRObservedObject& subject, const char* location)
     return 0;
 }
 
-/// Whether a subject is there: one of the library's own may have gone at the end of the process. To be asked within a
-/// lease.
+/// Whether a subject is alive: one of the library's own may have been destroyed at the end of the process. Needs a
+/// lease, until whose end the answer holds.
 bool IsThere(const zr::ModuleLease& /*lease*/, const ZRObservedObject& subject) { return !zr::HasGone(subject); }
 
 } // namespace
@@ -45,7 +45,7 @@ ZRObservedObject& ZRObservedObject::operator=(const ZRObservedObject& other)
 
 ZRObservedObject::~ZRObservedObject()
 {
-    m_Observers.End(); // before the name goes, for which an observer may ask
+    m_Observers.End(); // before the name is destroyed, for which an observer may ask
 }
 
 void ZRObservedObject::Initialise()

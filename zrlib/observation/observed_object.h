@@ -1,4 +1,5 @@
-/// ZRObservedObject: sends events to its observers.
+/// ZRObservedObject: a subject, which sends events to its observers.
+/// Folder observation: subjects, observers, events and progress. Messages, timers and locks report through it.
 #pragma once
 
 #include "hcbase/string.h"
@@ -8,44 +9,45 @@
 class ZRObjectObserver;
 class ZRObservedObjectEvent;
 
-/// A subject: a list of observers, which get the events that are sent from it (observed_object_event.h), in the order
-/// in which they were attached. The observers are not owned, and are not told when the subject goes.
+/// A list of observers, which receive the events sent from the subject (observed_object_event.h), in the order in which
+/// they were attached. The observers are not owned, and are not notified when the subject is destroyed.
 ///
-/// A null observer is reported with ZRErrorSet, with code 0, and gives 0. Truth values are 1 and 0.
+/// A null observer is reported with ZRErrorSet, with code 0, and the call returns 0. Truth values are 1 and 0.
 ///
 /// Threads: any, at any time, also while others send from the subject. An observer that another thread attaches or
-/// detaches during a broadcast may or may not get that event; what the sending thread changes itself, from OnEvent, is
-/// told at ZRObservedObjectEvent::Broadcast. Assigning a subject and destroying it wait for the broadcasts of others
-/// that are under way, as DetachObserver does; nobody may begin one on a subject that is being destroyed. A
-/// derived class whose AdjustEvent uses its own members sees to it that no broadcast is under way when they go.
+/// detaches during a broadcast may or may not get that event; for changes by the sending thread itself, from OnEvent,
+/// see ZRObservedObjectEvent::Broadcast. Assigning to a subject and destroying it wait for other threads' broadcasts
+/// that are under way, as DetachObserver does; nobody may begin one on a subject that is being destroyed. A derived
+/// class whose AdjustEvent uses its own members ensures that no broadcast is under way when they are destroyed.
 class ZR_API ZRObservedObject {
 public:
     /// Named "Untitled", without observers.
     ZRObservedObject();
 
-    /// The copy has the same observers, which are not told.
+    /// The copy has the same observers, which are not notified.
     ZRObservedObject(const ZRObservedObject& other);
     ZRObservedObject& operator=(const ZRObservedObject& other);
     virtual ~ZRObservedObject();
 
-    /// Adds an observer behind the others. Mind the result: 0 when it has been attached now, 1 when it was before. The
-    /// flag has no effect.
+    /// Adds an observer behind the others. Mind the result: 0 when it has been attached now, 1 when it was attached
+    /// before. The flag has no effect.
     virtual char AttachObserver(ZRObjectObserver* observer, char flag);
 
-    /// Removes an observer, if it is there. Gives 1. The flag has no effect.
+    /// Removes an observer if it is attached. Returns 1. The flag has no effect.
     ///
     /// When it returns, no OnEvent of this observer for an event of this subject runs or will start on any thread, so
-    /// the observer may be destroyed. For that it waits for at most the one OnEvent that is running, and never for the
-    /// queue of a handler. So do not hold a lock that OnEvent takes, nor the observer's own (ZRObjectObserver::Lock),
-    /// while detaching. A call from within OnEvent, of whatever observer, does not wait, because two observers that
-    /// detach each other would wait for ever: then a call that runs already goes on, and no other starts.
+    /// the observer may be destroyed. For that it waits for at most the one OnEvent that is running, and never for
+    /// threads that wait to send. So do not hold a lock that OnEvent takes, nor the observer's own
+    /// (ZRObjectObserver::Lock), while detaching. A call from within OnEvent, of whatever observer, does not wait,
+    /// because two observers that detach each other would deadlock: a call that is already running then continues, and
+    /// no other starts.
     virtual char DetachObserver(ZRObjectObserver* observer, char flag);
 
-    /// For derived classes; does nothing, and the library never calls it.
+    /// For derived classes; a no-op that the library never calls.
     virtual void Update(int value);
 
-    /// Called at the start of each broadcast from this subject. A derived class may change the event, or give 0 to stop
-    /// it, which is reported. Gives 1 here.
+    /// Called at the start of each broadcast from this subject. A derived class may change the event, or return 0 to
+    /// stop it, which is reported. This one returns 1.
     virtual char AdjustEvent(ZRObservedObjectEvent* event);
 
     virtual void SetName(const HCString& name);
@@ -59,7 +61,7 @@ public:
     [[nodiscard]] char IsAttached(ZRObjectObserver* observer) const;
 
 protected:
-    /// Back to no observers and the name "Untitled". The observers are not told.
+    /// Removes all observers, without notifying them, and sets the name to "Untitled".
     void Initialise();
 
 private:

@@ -17,8 +17,8 @@ void Report(const char* format, const char* name = "")
     zr::ReportError(text);
 }
 
-// A report of a lock that failed is a message, and goes to the observers of messages. If it is one of them whose lock
-// fails, sending the report fails like the message before it, and would be reported again without end.
+// A report of a failed lock is a message to the observers of messages. If the lock is that of one of them, the report
+// fails as the message before it did, and would be reported again without end.
 constinit thread_local bool t_reportsLockFailure = false;
 
 [[gnu::noinline]] void ReportLockFailure()
@@ -111,7 +111,7 @@ int ZRObservedObjectEvent::Broadcast(ZRObservedObject* source, char /*flag*/)
     return BroadcastFrom(lease.GetSeat(), source);
 }
 
-/// The seat is the calling thread's and not used by another broadcast.
+/// The seat belongs to the calling thread and is not used by another broadcast.
 int ZRObservedObjectEvent::BroadcastFrom(zr::Seat& seat, ZRObservedObject* source)
 {
     constexpr int kNotStarted = -1;

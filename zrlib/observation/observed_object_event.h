@@ -18,10 +18,10 @@ struct Seat;
 }
 
 /// A code that says what has happened (event_codes.h) and fields with the details, most of which keep their defaults in
-/// any one event. Nothing that it points at is owned.
+/// any one event. It owns nothing that it points at.
 ///
-/// There are two ways to send one: to give the subject to the constructor and let the event go, which sends it; or to
-/// call Broadcast. A copy never sends itself.
+/// There are two ways to send one: pass the subject to the constructor, and the destructor sends it; or call Broadcast.
+/// A copy never sends itself.
 ///
 /// Threads: one object is used by one thread at a time.
 class ZR_API ZRObservedObjectEvent {
@@ -29,28 +29,27 @@ public:
     /// Empty texts, all numbers 0, null pointers, and records as their default constructors make them.
     ZRObservedObjectEvent(std::int32_t code);
 
-    /// The same with a source, to whose observers the destructor will send the event. With null, here or from
-    /// SetSource, nothing is sent unless SetSource gives another.
+    /// The same with a source, to whose observers the destructor sends the event. With a null source, given here or to
+    /// SetSource, nothing is sent unless SetSource sets another.
     ZRObservedObjectEvent(std::int32_t code, ZRObservedObject* source);
 
     // The copy has no source and does not send itself.
     ZRObservedObjectEvent(const ZRObservedObjectEvent& other);
     ZRObservedObjectEvent& operator=(const ZRObservedObjectEvent& other);
 
-    /// Sends the event if it was built with two arguments and has a source. An exception from the observers, from
-    /// AdjustEvent or for want of memory then ends the process.
+    /// Sends the event if it was constructed with two arguments and has a source. An exception from an observer or from
+    /// AdjustEvent, or for lack of memory, then terminates the process.
     virtual ~ZRObservedObjectEvent();
 
     /// Sends the event to the observers of `source`, one after the other in the order of their attachment, on this
-    /// thread; each is locked while it handles the event. The event's own source is not touched. The flag has no
-    /// effect.
+    /// thread; each is locked while it handles the event. The event's own source is unchanged. The flag has no effect.
     ///
-    /// Gives how many have handled it; -1 when the source is null or its AdjustEvent has given 0, and nobody has seen
-    /// it. Both are reported with ZRError, and so is an observer that cannot be locked and is passed over.
+    /// Returns how many have handled it; -1 when the source is null or its AdjustEvent has returned 0, and no observer
+    /// has seen it. Both are reported with ZRError, and so is an observer that cannot be locked, which is skipped.
     ///
-    /// Observers may attach and detach others meanwhile, themselves included: one that is attached gets the next event;
-    /// if one that was called already is detached, the one behind it is passed over. The same holds for what other
-    /// threads change.
+    /// Observers may attach and detach others meanwhile, themselves included. One that is attached gets the next event.
+    /// If an observer already called is detached during the broadcast, the one after it is skipped. The same holds for
+    /// changes by other threads.
     int Broadcast(ZRObservedObject* source, char flag);
 
     /// What has happened.
@@ -61,7 +60,7 @@ public:
     [[nodiscard]] ZRObservedObject* GetSource() const noexcept { return m_pSource; }
     void SetSource(ZRObservedObject* source) { m_pSource = source; }
 
-    // Texts and records are references to the event's own, valid until it is changed or goes.
+    // Texts and records are references to the event's own, valid until it is changed or destroyed.
 
     [[nodiscard]] const HCString& GetText() const { return m_bTextOfMsg != 0 ? m_Msg.GetText() : m_csText; }
     void SetText(const HCString& text)
@@ -119,7 +118,7 @@ private:
     friend class ZRMessageHandler; // sends the events of messages, built in one step
     friend class ZRMessageRoute; // builds them
 
-    /// The event of a message, whose texts are not copied into the event's own before somebody changes one of the two.
+    /// The event of a message, whose texts are copied into the event's own only when one of the two is changed.
     ZRObservedObjectEvent(ZRObservedObject* source, const ZRMsg& message);
     ZRObservedObjectEvent(
         ZRObservedObject* source, const HCString& text, short type, const char* location, short level);
@@ -147,7 +146,7 @@ private:
     std::int32_t m_nMin = 0;
     std::int32_t m_nMax = 0;
     void* m_pPtr = nullptr;
-    mutable std::optional<ZRLockTrail> m_LockTrail; // made when it is asked for, as mostly nobody does
+    mutable std::optional<ZRLockTrail> m_LockTrail; // constructed when asked for, as mostly nobody asks
     mutable std::optional<ZRProfilerState> m_ProfilerState; // likewise
     char m_bAutoBroadcast; // the destructor sends
     char m_bTextOfMsg = 0; // text and extended text are those of the message

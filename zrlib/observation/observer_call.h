@@ -17,20 +17,20 @@ struct ObserverEntry {
     ObserverEntry& operator=(const ObserverEntry&) = delete;
 
     ZRObjectObserver* observer; // not owned
-    HCThreadSync sync; // the observer's, also when the observer is gone and a call still waits for it
-    std::atomic<int> users{1}; // the list, and calls that were under way when it gave the entry up
+    HCThreadSync sync; // the observer's; a call may wait for it after the observer is destroyed
+    std::atomic<int> users{1}; // the list, and the calls that were under way when it gave the entry up
 };
 
-/// A broadcast says in a seat which observer it is about to call and which one it calls. Whoever detaches an observer
-/// first takes its entry out of the list, so that no call of it begins any more, and then finds those that have begun.
+/// A broadcast announces in a seat which observer it is about to call or is calling. Detaching an observer first
+/// removes its entry from the list, so that no further call begins, and then finds the calls that have begun.
 class ObserverCall {
 public:
-    /// The seat is the calling thread's and not used by another broadcast.
+    /// The seat belongs to the calling thread and is not used by another broadcast.
     ObserverCall(Seat& seat, const ObserverList& list) noexcept
         : m_seat(seat)
         , m_list(list)
     {
-        m_seat.subject.store(&list); // whoever destroys the list sees it, or the call sees an empty list
+        m_seat.subject.store(&list); // the list's destructor sees it, or the call sees an empty list
     }
     ~ObserverCall() { m_seat.subject.store(nullptr, std::memory_order_release); }
     ObserverCall(const ObserverCall&) = delete;
@@ -38,7 +38,7 @@ public:
 
     enum class Outcome { kHandled, kNotThere, kLockFailed };
 
-    /// Calls `handle(observer)` for the observer that is at an index now, with its lock held. kNotThere also when it
+    /// Calls `handle(observer)` for the observer that is now at an index, with its lock held. kNotThere also when it
     /// was detached while this thread waited for its lock.
     template <typename Handle> Outcome Do(int index, Handle handle)
     {
@@ -58,7 +58,7 @@ public:
         return Outcome::kHandled;
     }
 
-    // What the word `call` of a seat is while it is not 0: the address of the entry and these bits.
+    // The word `call` of a seat, while it is not 0, is the address of the entry and these bits.
     static constexpr std::uintptr_t kRuns = 1; // OnEvent was called
     static constexpr std::uintptr_t kIsGivenUp = 2; // the list has given the entry up; the call is one of its users
     static constexpr std::uintptr_t kBits = kRuns | kIsGivenUp;
@@ -66,15 +66,15 @@ public:
     /// Whether the calling thread is inside OnEvent of an observer.
     static bool IsInsideOnEvent();
 
-    /// Tells the calls of an entry that no list has any more that they shall not start. To be called before another
-    /// thread can see that the entry is not in the list, so that whoever finds it gone finds no call that may start.
+    /// Keeps the calls of an entry that is in no list any more from starting. To be called before another thread can
+    /// see that the entry is not in the list, so that whoever finds it gone finds no call that may start.
     static void GiveUp(ObserverEntry& entry);
 
-    /// Gives back the list's share of an entry.
+    /// Gives up one share of an entry: the list's, or that of a call.
     static void Release(ObserverEntry& entry);
 
-    /// Waits until the call of the observer, or of any with null, that another thread has begun for an event of the
-    /// list has ended.
+    /// Waits for the end of the call of the observer, or of any with null, that another thread has begun for an event
+    /// of the list.
     static void Await(const ObserverList& list, const ZRObjectObserver* observer);
 
     /// Waits until no other thread broadcasts to the list.

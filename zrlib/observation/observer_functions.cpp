@@ -13,7 +13,7 @@ char ZRAttachObserver(ZRObjectObserver* observer)
 char ZRDetachObserver(ZRObjectObserver* observer)
 {
     const zr::ModuleLease lease;
-    // At the end of the process too: a thread that was inside the library then may go on with a broadcast.
+    // At the end of the process too: a thread that was inside the library then may continue a broadcast.
     const char detached = zr::GlobalSubjectHasGone() ? char{0} : g_GlobalSubject.DetachObserver(observer, 1);
     return lease.IsAlive() ? detached : char{0};
 }

@@ -8,9 +8,9 @@ class ZRObjectObserver;
 extern "C" {
 
 // The subject of the process sends the events of progress (progress.h) and of the threading switch; the message handler
-// and the other handlers are subjects of their own. These are its AttachObserver and DetachObserver
-// (observed_object.h), which tell the results; mind that attaching gives 0 when all is well. Once the library's own
-// objects have gone, at the end of the process, they do nothing and give 0.
+// and the other handlers are subjects of their own. These functions are its AttachObserver and DetachObserver
+// (observed_object.h) and return their results; mind that attaching returns 0 on success. Once the library's own
+// objects are destroyed, at the end of the process, they are no-ops and return 0.
 //
 // Threads: any, at any time.
 

@@ -66,10 +66,10 @@ void ObserverCall::Await(const ObserverList& list, const ZRObjectObserver* obser
     }
     const std::uintptr_t self = ThreadMark();
     Seats::ForEach([&](const Seat& seat) {
-        // A thread may begin one call of the same entry after the other; this is about the one that runs now.
+        // A thread may make one call of the same entry after another; wait only for the one that runs now.
         const std::uint32_t endedCalls = seat.endedCalls.load(std::memory_order_acquire);
         const auto isUnderWay = [&] {
-            // A call that has not started was given up by whoever has removed the entry, or ends.
+            // A call that has not started was given up when the entry was removed, or ends.
             const std::uintptr_t call = seat.call.load(std::memory_order_acquire);
             return call != 0 && (call & kBits) != kIsGivenUp && seat.subject.load(std::memory_order_acquire) == &list
                 && (observer == nullptr || seat.observer.load(std::memory_order_acquire) == observer)
@@ -123,7 +123,7 @@ ObserverList& ObserverList::operator=(const ObserverList& other)
 
 ObserverList::~ObserverList()
 {
-    if (GetCount() > 0) { // else it has been ended
+    if (GetCount() > 0) { // otherwise End has been called
         End();
     }
 }

@@ -14,15 +14,15 @@ namespace zr {
 struct ObserverEntry;
 
 /// The observers in the order of their attachment, each once. Threads: any, also while others broadcast to the list
-/// (observer_call.h), unless told otherwise.
+/// (observer_call.h), unless stated otherwise.
 ///
-/// An entry belongs to its list while it is there. Afterwards it belongs to the calls that still use it, the last of
+/// An entry belongs to its list while it is in it. Afterwards it belongs to the calls that still use it, the last of
 /// which deletes it.
 class ObserverList {
 public:
     ObserverList() noexcept = default;
 
-    /// The same observers. They are not told.
+    /// The same observers. They are not notified.
     ObserverList(const ObserverList& other);
     ObserverList& operator=(const ObserverList& other);
 
@@ -36,22 +36,22 @@ public:
 
     bool Contains(const ZRObjectObserver* observer) const;
 
-    /// Adds an observer behind the others, and tells it its subject. False when it was there; then it is not told.
-    /// Throws std::bad_alloc; the list then is as it was.
+    /// Adds an observer behind the others and sets its subject. False when it is in the list already; its subject is
+    /// then unchanged. Throws std::bad_alloc; the list is then unchanged.
     bool Append(ZRObjectObserver& observer, ZRObservedObject& subject);
 
-    /// Removes an observer, if it is there, and tells it: calls of it that have not started will not.
+    /// Removes an observer, if it is in the list, and clears its subject: calls of it that have not started will not.
     void Remove(ZRObjectObserver& observer);
 
-    /// Waits until no OnEvent of this observer runs for an event that was sent to this list by another thread. Does not
-    /// wait when it is called from OnEvent, of whatever observer.
+    /// Waits until no OnEvent of this observer runs for an event that another thread sent to this list. Does not wait
+    /// when it is called from OnEvent, of whatever observer.
     void AwaitCalls(const ZRObjectObserver& observer) const;
 
     /// Removes all, and waits as AwaitCalls does for one.
     void Clear();
 
-    /// Removes all, and waits for the broadcasts that are under way on other threads, unless it is called from OnEvent.
-    /// For a list that is about to go.
+    /// Removes all, and waits for other threads' broadcasts that are under way, unless it is called from OnEvent. For a
+    /// list that is about to be destroyed.
     void End();
 
 private:
@@ -62,7 +62,7 @@ private:
     int Find(const ZRObjectObserver* observer) const;
     void Replace(Entries& entries);
 
-    mutable ShortLock m_lock; // for changes and calls. Who changes or only looks holds g_dataLock too
+    mutable ShortLock m_lock; // for changes and calls. Whoever changes or only reads holds g_dataLock too
     std::atomic<int> m_count{0};
     Entries m_entries;
 };

@@ -25,8 +25,8 @@ bool IsEnabled() { return g_bProgressEnabled.load(kRelaxed) != 0; }
 
 bool IsRunning() { return IsEnabled() && g_bProgressStarted.load(kRelaxed) != 0; }
 
-/// Prepares an event and changes the state with it, one command at a time, and sends it outside the lock. Does nothing
-/// unless `isAllowed()`. The event gets its source last, so that it is not sent half filled if memory runs out.
+/// Prepares an event and changes the state with it, one command at a time, and sends it outside the lock. A no-op
+/// unless `isAllowed()`. The source is set last, so that no half-filled event is sent if memory runs out.
 template <typename Change> void Command(std::int32_t code, bool (*isAllowed)(), Change change)
 {
     const zr::ModuleLease lease;
@@ -106,7 +106,7 @@ int ZRProgressGetPercent() { return g_nProgressPercent.load(kRelaxed); }
 
 char ZRProgressGetTextVisible() { return g_bProgressTextVisible.load(kRelaxed); }
 
-// The texts lie in storage that stays; when they have gone they are not asked.
+// The texts are in static storage; they are not read once they are destroyed.
 
 HCString ZRProgressGetTitle()
 {

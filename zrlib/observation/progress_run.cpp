@@ -28,7 +28,7 @@ void ZRProgressRun::Begin(const HCString& title, std::int32_t total)
     try {
         ZRProgressStart(title);
         ZRProgressSetRange(0, total);
-    } catch (...) { // there is no memory
+    } catch (...) { // out of memory
         End();
         throw;
     }

@@ -9,7 +9,7 @@
 #include <limits>
 #include <type_traits>
 
-/// Begins a run when it is built and ends it when it goes, also when an exception passes.
+/// Begins a run when constructed and ends it when destroyed, also when an exception passes.
 ///
 ///     ZRProgressRun run("Loading", files.size());
 ///     for (const File& file : files) {
@@ -17,16 +17,16 @@
 ///         run.Step();
 ///     }
 ///
-/// There is one run for the process. An object does nothing if progress is off when it is built (ZRProgressEnable), or
-/// another object has a run then. At the end the range is put back to what it was, so that it does not leak into the
-/// next run, and then the run ends, even if progress was turned off meanwhile. A run that was begun with
-/// ZRProgressStart before is ended with it. An observer that throws ends the process, as at every event that is sent by
-/// its destructor.
+/// There is one run for the process. An object is a no-op if progress is off when it is constructed (ZRProgressEnable),
+/// or another object has a run then. At the end the former range is restored, so that it does not leak into the next
+/// run, and then the run ends, even if progress was turned off meanwhile. That also ends a run begun earlier with
+/// ZRProgressStart. An observer that throws terminates the process, as at every event sent by its destructor.
 ///
 /// Threads: any; steps may come from several.
 class ZR_API ZRProgressRun {
 public:
-    /// total: number of steps, the end of the range that begins at 0; any integer, at most 2,147,483,647 counts.
+    /// total: the number of steps, at which the range that begins at 0 ends; any integer, clamped to 0 to
+    /// 2,147,483,647.
     template <typename Total = std::int32_t, typename = std::enable_if_t<std::is_integral_v<Total>>>
     [[nodiscard]] explicit ZRProgressRun(const HCString& title, Total total = 100)
     {
@@ -36,7 +36,7 @@ public:
     ZRProgressRun(const ZRProgressRun&) = delete;
     ZRProgressRun& operator=(const ZRProgressRun&) = delete;
 
-    /// One more step is done.
+    /// Reports that one more step is done.
     void Step()
     {
         if (m_isOwn) {

@@ -25,5 +25,5 @@ void OnFork()
 void zr::InstallForkHooks(void (*before)(), void (*inParent)(), void (*inChild)()) noexcept
 {
     g_inChild = inChild;
-    pthread_atfork(before, inParent, OnFork); // the C library takes them out when it unloads this library
+    pthread_atfork(before, inParent, OnFork); // the C library removes them when it unloads this library
 }

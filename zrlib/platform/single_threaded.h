@@ -1,4 +1,4 @@
-/// Whether other threads have to be reckoned with.
+/// Whether the process may have other threads. Not exported.
 #pragma once
 
 #if !defined(_WIN32)
@@ -7,7 +7,7 @@
 
 namespace zr {
 
-/// True when the process has certainly no other thread, so that steps which no other thread may divide need not be
+/// True when the process certainly has no other thread, so that steps that no other thread may interrupt need not be
 /// atomic. Costs one load.
 inline bool IsSingleThreaded() noexcept
 {

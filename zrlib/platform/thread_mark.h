@@ -1,4 +1,4 @@
-/// Telling threads apart at little cost. Not exported.
+/// A mark that tells threads apart at little cost. Not exported.
 #pragma once
 
 #include "hcbase/thread.h"
@@ -7,8 +7,8 @@
 
 namespace zr {
 
-/// Tells the calling thread from all others that run: never 0. A thread that starts later may get the mark of one that
-/// has ended.
+/// Differs from the marks of all other running threads; never 0. A thread that starts later may get the mark of one
+/// that has ended.
 inline std::uintptr_t ThreadMark() noexcept
 {
 #if defined(_WIN32)

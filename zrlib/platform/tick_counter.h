@@ -11,10 +11,10 @@ namespace zr {
 
 #if defined(_WIN32)
 
-/// Counts that grow steadily, whatever is done to the system's date and time.
+/// Counts that grow steadily, whatever happens to the system's date and time.
 std::int64_t ReadTicks() noexcept;
 
-/// Counts in a second; not 0, and the same for as long as the process lives.
+/// Counts in a second; not 0, and constant for the life of the process.
 std::int64_t TickFrequency() noexcept;
 
 #else

@@ -20,8 +20,8 @@ constinit thread_local const ZRProfilerRun* t_ending = nullptr;
 
 constinit std::atomic<char> ZRProfiler::m_bEnabled{1};
 
-/// What timers do with a state or a text. Apart from constructor and destructor, so that these stay short where the
-/// handler is off.
+/// What timers do with a state or a text. Separate, so that constructor and destructor stay short where the handler is
+/// off.
 struct ZRProfiler::Steps {
     [[gnu::noinline]] static void PushState(const ZRProfiler& timer)
     {
@@ -33,7 +33,7 @@ struct ZRProfiler::Steps {
 
     [[gnu::noinline]] static void FeedState(const ZRProfiler& timer, std::int64_t length, double elapsed)
     {
-        // The handler lies in static storage, so that one that goes meanwhile can still be asked.
+        // The handler is in static storage, so it can be asked even while it is being destroyed.
         const bool isObserved = zr::ModuleSeemsAlive() && timer.m_pHandler->GetObserverCount() > 0;
         const zr::ModuleLease lease(isObserved ? zr::Runs::kClientCode : zr::Runs::kOwnCodeOnly);
         const unsigned int thread = HCThread::GetCurrentThreadId();
@@ -120,7 +120,7 @@ ZRProfiler::~ZRProfiler()
     if (m_pState == nullptr) {
         Steps::Report(*this, elapsed);
     } else if (m_pHandler != nullptr && ZRProfilerStateHandler::m_bEnabled.load(kRelaxed) == 0) {
-        m_pState->Update(elapsed); // all that is left to do when the handler does nothing
+        m_pState->Update(elapsed); // all that is left to do while the handler is off
     } else if (m_pHandler != nullptr) {
         Steps::FeedState(*this, length, elapsed);
     }

@@ -7,26 +7,26 @@
 
 #include <new>
 
-// Each makes a static state, which all threads and all runs of the place share, and a timer that feeds it until the end
-// of the scope (ZRProfiler, ZRProfilerState). The state is never destroyed, so that destructors and threads that run at
-// the end of the process may be timed. Threads: any. In a scope each stands on a line of its own.
+// Each defines a static state, which all threads and all runs of the place share, and a timer that feeds it until the
+// end of the scope (ZRProfiler, ZRProfilerState). The state is never destroyed, so destructors and threads that run at
+// the end of the process may be timed. Threads: any. In one scope, write each on a line of its own.
 //
 // g++ keeps a plug-in mapped that has a static variable in an inline function or a template, and so one that has a
-// timer there; -fno-gnu-unique lets it go.
+// timer there; -fno-gnu-unique lets it be unmapped.
 
-/// ZR_TIME_FUNCTION(); a state named like the function, "Map::Check".
+/// ZR_TIME_FUNCTION(); a state named after the function, "Map::Check".
 #define ZR_TIME_FUNCTION()                                                                                             \
     constexpr auto ZR_TIMER_NAME_(zrName, __LINE__) = ZR_FUNCTION_NAME();                                              \
     ZR_TIME_AS_(ZR_TIMER_NAME_(zrName, __LINE__).Text())
 
-/// ZR_TIME_SCOPE("parse"); a state of that name, which is a literal, as the state keeps the first that it gets.
+/// ZR_TIME_SCOPE("parse"); a state of that name, which is a literal, as the state keeps the first name that it gets.
 #define ZR_TIME_SCOPE(name) ZR_TIME_AS_("" name)
 
 // Not for clients.
 
 namespace zr {
 
-/// A state in storage of its own, without a destructor.
+/// A state in its own storage, without a destructor.
 class LastingState {
 public:
     explicit LastingState(const char* name) { ::new (static_cast<void*>(m_storage)) ZRProfilerState(HCString(name)); }

@@ -6,8 +6,8 @@
 #include "zrlib/observation/observed_object_event.h"
 #include "zrlib/sync/lock_guard.h"
 
-/// A scope in which the handler is locked, does not go, and is on if this says so. The operations ask the switch before
-/// they make one, so that timers cost little while nobody wants to see them.
+/// A scope in which the handler is locked and stays alive; true if the handler is on. The operations test the switch
+/// before they construct one, so that timers cost little while nobody observes them.
 class ZRProfilerStateHandler::LockedWhileEnabled {
 public:
     LockedWhileEnabled(ZRProfilerStateHandler& handler, const char* location)

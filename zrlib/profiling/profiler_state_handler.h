@@ -1,4 +1,4 @@
-/// ZRProfilerStateHandler: knows which timers run, and tells observers of those that have ended.
+/// ZRProfilerStateHandler: knows the running timers and notifies observers of those that have ended.
 #pragma once
 
 #include "zrlib/export.h"
@@ -13,27 +13,27 @@
 
 class ZRProfilerStateHandler;
 
-/// The one profiler state handler of the process. The library owns it and takes it away when it is unloaded or the
-/// process ends. Never null once the library is loaded.
+/// The profiler state handler of the process. The library owns it and destroys it when it is unloaded or the process
+/// ends. Never null once the library is loaded.
 [[nodiscard]] ZR_API ZRProfilerStateHandler* ZRGetProfilerStateHandler();
 
 /// A stack of the states whose timers run, by which a timer that ends finds its parent, and the subject of
 /// ZR_EVENT_PROFILER_STATE, which carries a copy of the state, and ZR_EVENT_PROFILER_ENABLED.
 ///
-/// It is off at first. While it is off, the stack is left alone and no state is sent; timers feed their states all the
-/// same, but no parent is charged. A timer that ends while it is off, or while timers are (ZRProfiler::SetEnabled),
-/// leaves its state on the stack for good. When the handler is on again no timer charges what was there before, so that
-/// the state may go; but Pop and PeekTop still give its address. The states are never owned.
+/// Initially off. While it is off, the stack is unchanged and no state is sent; timers still feed their states, but no
+/// parent is charged. A timer that ends while it is off, or while timers are (ZRProfiler::SetEnabled), leaves its state
+/// on the stack for good. Once the handler is on again, no timer charges what was there before, so that the state may
+/// be destroyed; but Pop and PeekTop still return its address. The states are never owned.
 ///
-/// There is one stack for all threads, and Push, Pop and PeekTop act on its top, whoever has put it there. A timer
-/// itself takes the topmost entry of its own thread off and charges the one of its thread that is then topmost, so
-/// timers of several threads do not meet. In a child of fork the entries of threads that did not come along are gone.
+/// There is one stack for all threads. Push, Pop and PeekTop act on its top, whoever has pushed it. A timer itself pops
+/// the topmost entry of its own thread and charges the one of its thread that is then topmost, so timers of different
+/// threads do not affect each other. In a child of fork, the entries of threads that it does not have are dropped.
 ///
-/// Truth values are 1 and 0 unless told otherwise. Threads: any, at any time. While a state is sent a lock is held,
-/// which Push, Pop, PeekTop and Update take too, and every timer that ends and has something to send: an observer must
-/// not wait for one. Observers come and go as at every subject, without that lock. Copying, assigning and destroying a
-/// handler of one's own is the client's to serialise. Once the library's own objects have gone, at the end of the
-/// process, the operations do nothing and give 0.
+/// Truth values are 1 and 0 unless stated otherwise. Threads: any, at any time. While a state is sent a lock is held,
+/// which Push, Pop, PeekTop and Update take too, and so does every timer that ends and has something to send: an
+/// observer must not wait for one. Observers attach and detach as at every subject, without that lock. The client
+/// serialises copying, assigning and destroying a handler of its own. Once the library's own objects are destroyed, at
+/// the end of the process, the operations are no-ops and return 0.
 class ZR_API ZRProfilerStateHandler : public ZRObservedObject {
 public:
     ZRProfilerStateHandler();
@@ -43,27 +43,28 @@ public:
     ZRProfilerStateHandler& operator=(const ZRProfilerStateHandler& other);
     ~ZRProfilerStateHandler() override;
 
-    /// The switch, which belongs to the process, as it was set. Observers of this handler are told of a change.
+    /// The switch, which is process-wide, as it was set. Observers of this handler are notified of a change.
     void SetEnabled(char enabled);
     [[nodiscard]] char GetEnabled() const;
 
-    /// Puts a state on the stack. 0 when the handler is off and for null. Throws std::bad_alloc or std::length_error
-    /// when the stack cannot grow.
+    /// Pushes a state. Returns 0 when the handler is off and for null. Throws std::bad_alloc or std::length_error when
+    /// the stack cannot grow.
     char Push(ZRProfilerState* state);
 
-    /// Takes the top state off the stack, whichever it is. 1 when it was this one. When the handler is off and for null
-    /// nothing is taken, and the result is 0, as on an empty stack.
+    /// Pops the top state, whichever it is. Returns 1 if it was this one. When the handler is off and for null, nothing
+    /// is popped and the result is 0, as on an empty stack.
     char Pop(ZRProfilerState* state);
 
-    /// The top state. 0 when the handler is off or the stack is empty; `state` is left alone then.
+    /// Stores the top state in `state`. Returns 0 when the handler is off or the stack is empty, and leaves `state`
+    /// unchanged.
     char PeekTop(ZRProfilerState*& state);
 
     using ZRObservedObject::Update;
 
-    /// Sends a copy of a state to the observers. Nothing happens when the handler is off, and for null.
+    /// Sends a copy of a state to the observers. A no-op when the handler is off, and for null.
     void Update(ZRProfilerState* state);
 
-    /// Lets Update(NULL) compile, since NULL is a number to the compiler that is neither an int nor a pointer.
+    /// Lets Update(NULL) compile: to the compiler NULL is a number that is neither an int nor a pointer.
     template <typename Number, typename = std::enable_if_t<std::is_same_v<Number, decltype(NULL)>>>
     void Update(Number number)
     {
@@ -75,7 +76,7 @@ public:
     }
 
 protected:
-    /// Sends a state.
+    /// Sends a state. A no-op when the handler is off.
     void Broadcast(ZRProfilerState& state);
 
     // The handler's lock, with the results of ZRThreadSync.
@@ -86,7 +87,7 @@ protected:
 
 private:
     class LockedWhileEnabled;
-    friend class ZRProfiler; // its steps on the stack are for its own thread
+    friend class ZRProfiler; // its steps act on the entries of its own thread
 
     zr::TimerStack m_stack;
     ZRThreadSync m_sync;

@@ -25,7 +25,7 @@ TimerStack::~TimerStack()
     std::vector<Entry>().swap(m_entries); // a late timer finds an empty stack
 }
 
-/// A thread ID names one thread of the process and its children, so those that came along are the one that forked.
+/// Thread IDs are unique across a process and its forked children, so only the entries of the forking thread stay.
 void TimerStack::DropThreadsOfParent() const
 {
     if (m_forkGeneration == ForkGeneration()) [[likely]] {

@@ -8,8 +8,8 @@ class ZRProfilerState;
 
 namespace zr {
 
-/// One stack for all threads, whose entries remember their thread. In a forked child the entries of threads that did
-/// not come along are dropped. It never owns the states. Threads: any.
+/// One stack for all threads, whose entries remember their thread. In a forked child, the entries of threads that it
+/// does not have are dropped. The states are never owned. Threads: any.
 class TimerStack {
 public:
     TimerStack() noexcept = default;
@@ -17,30 +17,30 @@ public:
     TimerStack& operator=(const TimerStack& other);
     ~TimerStack();
 
-    /// Puts a state on top. Makes room for 64 at a time. Throws std::bad_alloc or std::length_error.
+    /// Pushes a state. Makes room for 64 at a time. Throws std::bad_alloc or std::length_error.
     void Push(ZRProfilerState* state, unsigned int thread);
 
-    /// Takes the top state off, whichever thread's it is. Null when there is none.
+    /// Pops the top state, whichever thread's it is. Null when there is none.
     ZRProfilerState* Pop();
 
     /// The top state, whichever thread's it is. Null when there is none.
     ZRProfilerState* Top() const;
 
-    /// Begins a new turn: what was put there before is not charged any more, as its timers may end without saying so.
+    /// Begins a new turn: entries pushed before are not charged any more, as their timers may end without popping them.
     void BeginTurn();
 
-    /// Stores the states of this turn of a thread, the topmost first and at most `capacity` of them. Gives how many
+    /// Stores the states of a thread in this turn, the topmost first and at most `capacity` of them. Returns how many
     /// there are.
     int OfThread(unsigned int thread, ZRProfilerState** states, int capacity) const;
 
-    /// Ends a timer: takes the topmost state of its thread off, takes the time out of the self time of the one that is
-    /// then the topmost of that thread, if it is of this turn, and records the run in `state`.
+    /// Ends a timer: pops the topmost state of its thread, subtracts the time from the self time of the one that is
+    /// then topmost of that thread, if it is of this turn, and records the run in `state`.
     void End(ZRProfilerState& state, unsigned int thread, double elapsed);
 
 private:
     struct Entry {
         ZRProfilerState* state; // not owned
-        unsigned int thread; // ID of the thread that has put it there
+        unsigned int thread; // ID of the thread that has pushed it
         std::uint32_t turn;
     };
 
@@ -48,7 +48,7 @@ private:
 
     mutable std::vector<Entry> m_entries;
     std::uint32_t m_turn = 0;
-    mutable std::uint32_t m_forkGeneration = 0; // of the process that has looked last
+    mutable std::uint32_t m_forkGeneration = 0; // of the process that has used the stack last
 };
 
 } // namespace zr

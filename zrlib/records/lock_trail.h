@@ -1,4 +1,4 @@
-/// ZRLockTrail: the record of a lock.
+/// ZRLockTrail: the record of one lock.
 #pragma once
 
 #include "hcbase/string.h"
@@ -6,20 +6,20 @@
 
 #include <atomic>
 
-/// Tells who a lock is, where it stands and what it is doing. Every new record has an identity of its own, which its
-/// copies share.
+/// Identifies a lock, its location and what it is doing. Every new record has an identity of its own, which its copies
+/// share.
 ///
 /// Threads: one object may be read by several threads at once or used by one.
 class ZR_API ZRLockTrail {
 public:
-    /// A new identity, empty texts, all numbers 0.
+    /// Creates a new identity, with empty texts and all numbers 0.
     ZRLockTrail();
 
     ZRLockTrail(const ZRLockTrail& other);
     ZRLockTrail& operator=(const ZRLockTrail& other);
     virtual ~ZRLockTrail();
 
-    /// 1 when everything is equal, texts by case, the identity too; otherwise 0.
+    /// 1 when everything is equal, the identity included, with texts compared case-sensitively; otherwise 0.
     char operator==(const ZRLockTrail& other) const;
 
     /// Whether the record was stamped as a lock or as an unlock. 1 or 0; a new record is neither.
@@ -33,11 +33,11 @@ public:
     [[nodiscard]] const HCString& GetText() const noexcept { return m_csText; }
     void SetText(const HCString& text) { m_csText = text; }
 
-    /// 0: not stamped yet, 1: lock, 2: unlock.
+    /// 0: not stamped, 1: lock, 2: unlock.
     [[nodiscard]] short GetType() const noexcept { return m_nType; }
     void SetType(short type) { m_nType = type; }
 
-    /// ID of the thread that locked or unlocked; 0 when the record was not stamped yet.
+    /// ID of the thread that locked or unlocked; 0 while the record is not stamped.
     unsigned int GetThreadID() const { return m_nThreadID; }
     void SetThreadID(unsigned int threadID) { m_nThreadID = threadID; }
 

@@ -1,12 +1,13 @@
 /// ZRMsg: one message.
+/// Folder records: the values that events carry: messages, lock records and the times of places in a program.
 #pragma once
 
 #include "hcbase/string.h"
 #include "zrlib/export.h"
 #include "zrlib/records/message_types.h"
 
-/// A value that carries one message from its sender to its destinations. Its texts are read by reference, which is
-/// valid until the message is changed or goes. Threads: one object is used by one thread at a time.
+/// A value that carries one message from its sender to its destinations. Its texts are returned by reference, which is
+/// valid until the message is changed or destroyed. Threads: one object is used by one thread at a time.
 class ZR_API ZRMsg {
 public:
     /// An Out message with empty texts and all numbers 0.
@@ -29,7 +30,7 @@ public:
     ZRMsg& operator=(const ZRMsg& other) = default;
     virtual ~ZRMsg() = default;
 
-    /// 1 when all nine fields are equal, the texts by case; otherwise 0.
+    /// 1 when all nine fields are equal, with texts compared case-sensitively; otherwise 0.
     char operator==(const ZRMsg& other) const;
     char operator!=(const ZRMsg& other) const;
 
@@ -41,15 +42,15 @@ public:
     [[nodiscard]] const HCString& GetTextEx() const noexcept { return m_csTextEx; }
     void SetTextEx(const HCString& textEx) { m_csTextEx = textEx; }
 
-    /// One of the ZR_MSG_ values. A message of any other type is shown nowhere.
+    /// One of the ZR_MSG_ values. A message of any other type is printed nowhere.
     [[nodiscard]] short GetType() const noexcept { return m_nType; }
     void SetType(short type) { m_nType = type; }
 
-    /// 1 to 7 in what the exported functions send; 0 when it was not set. Carried, never compared.
+    /// 1 to 7 in what the exported functions send; 0 when not set. Carried, never compared.
     [[nodiscard]] short GetLevel() const noexcept { return m_nLevel; }
     void SetLevel(short level) { m_nLevel = level; }
 
-    /// ID of the sending thread; 0 before the message was sent.
+    /// ID of the sending thread; 0 before the message is sent.
     unsigned int GetThreadID() const { return m_nThreadID; }
     void SetThreadID(unsigned int threadID) { m_nThreadID = threadID; }
 

@@ -13,18 +13,18 @@ class TimerStack;
 }
 
 /// How often a named place in a program ran, how long it took in all and by itself, and its shortest and longest run.
-/// All times are in seconds; any value is taken as it is, negative ones and NaN too. Self time is the total less the
-/// times of dependants, which are the places that ran directly inside this one.
+/// All times are in seconds; any value is accepted, negative ones and NaN too. Self time is the total less the times of
+/// dependants, which are the places that ran directly inside this one.
 ///
-/// A state starts and stops nothing; timers feed it. To count anew, assign a new state. It must outlive every timer
-/// that feeds it, and every timer that runs inside one of those.
+/// A state starts and stops nothing; timers feed it. To start from zero, assign a new state. It must outlive every
+/// timer that feeds it, and every timer that runs inside one of those.
 ///
-/// Threads: any, at any time: one state may be fed, read, copied and assigned to by several threads. Each run counts
-/// once, the sums and extremes are those of all runs, and a copy, as observers get it, is consistent. Two getters
-/// called one after the other may tell of different moments: take a copy.
+/// Threads: any, at any time: several threads may feed, read, copy and assign one state. Each run counts once, the sums
+/// and extremes are those of all runs, and a copy, as observers get it, is consistent. Two getters called one after the
+/// other may return values of different moments: take a copy.
 class ZR_API ZRProfilerState {
 public:
-    /// No run yet; the place is called "Unknown".
+    /// No run yet; the place is named "Unknown".
     ZRProfilerState()
         : m_csLocation("Unknown")
     {
@@ -38,13 +38,13 @@ public:
     ZRProfilerState& operator=(const ZRProfilerState& other);
     virtual ~ZRProfilerState();
 
-    /// 1 when everything is equal, the name by case; otherwise 0, as always when a time is NaN.
+    /// 1 when everything is equal, with names compared case-sensitively; otherwise 0, always when a time is NaN.
     char operator==(const ZRProfilerState& other) const;
 
-    /// Records a run of so many seconds that has ended on this thread.
+    /// Records a run of `elapsed` seconds that has ended on this thread.
     void Update(double elapsed);
 
-    /// Takes the time of a dependant that has ended out of the self time, which stands too low, below 0 perhaps, until
+    /// Subtracts the time of a dependant that has ended from the self time, which is too low, perhaps below 0, until
     /// the run of this state itself ends.
     void RemoveDependantTime(double elapsed);
 
@@ -60,7 +60,7 @@ public:
     [[nodiscard]] double GetTotal() const noexcept { return m_dTotal; }
     [[nodiscard]] double GetSelf() const noexcept { return m_dSelf; }
 
-    /// Number of runs, and of dependants' runs.
+    /// The number of runs, and of dependants' runs.
     [[nodiscard]] std::int64_t GetCalls() const noexcept { return m_nCalls; }
     [[nodiscard]] std::int64_t GetDependantCalls() const noexcept { return m_nDependantCalls; }
 
@@ -68,7 +68,7 @@ public:
     unsigned int GetThreadID() const { return m_nThreadID; }
 
 protected:
-    // Each is one step; a class that changes several at once is its own to serialise.
+    // Each is one step; a derived class serialises changes of several values itself.
 
     void SetMin(double min) { m_dMin = min; }
     void SetMax(double max) { m_dMax = max; }
@@ -81,7 +81,7 @@ protected:
 private:
     friend class zr::TimerStack; // feeds states under the lock of the timers
 
-    // Under the lock of the timers, which guards all states: it is held across fork.
+    // Under the lock of the timers, which guards all states because it is held across fork.
 
     void Record(double elapsed, unsigned int threadID);
     void Charge(double elapsed);

@@ -49,7 +49,7 @@ int CodeOf(const char* id)
         return 0;
     }
     const int callersErrno = errno;
-    // A long has 64 bits on some systems; every system shall read the same number.
+    // A long has 64 bits on some systems; every system must read the same number.
     const long long number = std::strtol(id + kPlace, nullptr, kHexadecimal);
     errno = callersErrno;
     return static_cast<int>(std::clamp<long long>(number, INT32_MIN, INT32_MAX)) | ZRObjectEntry::OBJECTBASE;
@@ -66,7 +66,7 @@ char ZRClassID::IsFormat(const char* id)
     }
     for (int place = 0; place < Size; ++place) {
         if (Null[place] == '-' ? id[place] != '-' : !IsHexadecimalDigit(id[place])) {
-            return 0; // the end of a short text too
+            return 0; // also at the end of a short text
         }
     }
     return 1;

@@ -14,7 +14,7 @@ constexpr std::size_t kLeastSize = 16;
 std::uint32_t HashOf(const char* text)
 {
     // Multiplicative hashing (Knuth, The Art of Computer Programming, volume 3, 6.4), eight characters at a time. The
-    // bit that tells small letters from capitals is set in every character.
+    // bit that distinguishes lower from upper case is set in every character.
     constexpr std::uint64_t kGoldenRatio = 0x9E3779B97F4A7C15; // of 2 to the power 64
     constexpr std::uint64_t kCaseBits = 0x2020202020202020;
     std::uint64_t hash = 0;
@@ -97,7 +97,7 @@ void ClassIDIndex::Erase(const char* classID, int code) noexcept
         }
         gap = Following(gap);
     }
-    // Entries behind move up, unless that would put them before their home.
+    // Entries after the gap move up, unless that would put one before its home.
     const std::size_t mask = m_slots.size() - 1;
     for (std::size_t place = Following(gap); m_slots[place].code != 0; place = Following(place)) {
         const std::size_t distanceFromHome = (place - HomeOf(m_slots[place].hash)) & mask;

@@ -10,7 +10,7 @@
 
 namespace zr {
 
-/// A hash table with open addressing from class IDs to object codes. Class IDs that differ in case only are the same.
+/// A hash table with open addressing from class IDs to object codes, case-insensitive.
 class ClassIDIndex {
 public:
     /// Throws std::bad_alloc.
@@ -19,13 +19,13 @@ public:
     /// The entry with a class ID among `objects`; null when there is none.
     const ZRObjectEntry* Find(const char* classID, const CodeIndex& objects) const;
 
-    /// Makes room for one more. Throws std::bad_alloc; the index is then as it was.
+    /// Makes room for one more. Throws std::bad_alloc; the index is then unchanged.
     void ReserveOne();
 
     /// Adds the code of an object that has a class ID, and so is not 0. Needs room.
     void Insert(const char* classID, int code) noexcept;
 
-    /// Does nothing when it is not there.
+    /// A no-op when the code is not there.
     void Erase(const char* classID, int code) noexcept;
 
     /// Removes all.
@@ -43,7 +43,7 @@ private:
     std::size_t Following(std::size_t place) const { return (place + 1) & (m_slots.size() - 1); }
     void Insert(const Slot& slot) noexcept;
 
-    std::vector<Slot> m_slots; // a power of two; half of them at least are free, so that few places are tried
+    std::vector<Slot> m_slots; // a power of two; at least half are free, so that few are probed
     std::size_t m_count = 0;
 };
 

@@ -38,7 +38,7 @@ CodeIndex::Place CodeIndex::Next(int code, Place otherwise) const
         if (slot.entry != nullptr) {
             return slot.place;
         }
-        unsigned int emptyLevel = 0; // of the largest thing here that is empty
+        unsigned int emptyLevel = 0; // of the largest empty part here
         if (Level2At(position)->count == 0) {
             emptyLevel = 3;
         } else if (Level1At(position)->count == 0) {
@@ -65,7 +65,7 @@ ZRObjectEntry* CodeIndex::At(int index) const
     return std::find_if(leaf->slots.begin(), leaf->slots.end(), isTaken)->entry;
 }
 
-/// What hangs on a pointer of a table; makes it first if there is nothing yet.
+/// What a pointer of a table points at; creates it first if there is nothing yet.
 template <typename Below> Below& CodeIndex::Grow(Below*& below, const Below& none)
 {
     if (below == &none) {

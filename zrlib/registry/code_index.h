@@ -12,9 +12,9 @@ namespace zr {
 
 /// A radix tree over the codes that a registry accepts: full object codes and short codes, in the order of the codes.
 ///
-/// A code leads through three tables of pointers to its slot. Where there is nothing, shared empty tables take the
-/// place of the missing ones, so that a lookup has no branches, and a registry with few objects stays small. Tables
-/// that were made stay until the index goes, some 2.5 MB at most.
+/// A code leads through three tables of pointers to its slot. Shared empty tables stand in for missing ones, so that a
+/// lookup has no branches and a registry with few objects stays small. Tables are kept until the index is destroyed,
+/// some 2.5 MB at most.
 ///
 /// Threads: Find and FindInRange from any thread, also while one other thread uses the other operations.
 class CodeIndex {
@@ -45,16 +45,16 @@ public:
         return Load(leaf->slots[DigitOf(position, 0)].entry);
     }
 
-    /// The place of the least code above `code`, which is in the range; `otherwise` when there is none.
+    /// The iterator of the least code above `code`, which is in the range; `otherwise` when there is none.
     Place Next(int code, Place otherwise) const;
 
-    /// The place of a code that is in the index.
+    /// The iterator of a code that is in the index.
     Place PlaceOf(int code) const { return LeafAt(PositionOf(code))->slots[DigitOf(PositionOf(code), 0)].place; }
 
-    /// The entry that comes after `index` others; null when there are not so many.
+    /// The entry at an index in the order of the codes; null when there is none.
     ZRObjectEntry* At(int index) const;
 
-    /// Adds a code that is in the range and not in the index. Throws std::bad_alloc; the code is not added then.
+    /// Adds a code that is in the range and not in the index. Throws std::bad_alloc; the code is then not added.
     void Insert(int code, const Slot& slot);
 
     /// Removes a code that is in the index.
@@ -79,7 +79,7 @@ private:
     using Level1 = Table<Leaf>;
     using Level2 = Table<Level1>;
 
-    // What lookups read while another thread writes it.
+    // For what lookups read while another thread writes it.
     template <typename T> static T* Load(T* const& pointer)
     {
         return std::atomic_ref<T*>(const_cast<T*&>(pointer)).load(std::memory_order_acquire);
@@ -99,7 +99,7 @@ private:
     {
         return (static_cast<unsigned int>(code) % kPositions) ^ (kPositions / 2U);
     }
-    /// Place of the pointer or slot for a position at a level: 0 for the leaves.
+    /// Index of the pointer or slot for a position at a level: 0 for the leaves.
     static std::size_t DigitOf(unsigned int position, unsigned int level)
     {
         return position >> (level * kBits) & (kSize - 1);
@@ -111,12 +111,12 @@ private:
 
     template <typename Below> static Below& Grow(Below*& below, const Below& none);
 
-    // Delete what hangs on a pointer, with all below it.
+    // Delete what a pointer points at, with all below it.
     static void Free(Leaf* leaf) noexcept;
     static void Free(Level1* level1) noexcept;
     static void Free(Level2* level2) noexcept;
 
-    // Stand for what is missing. Never written to, though the pointers that lead to them could.
+    // Stand in for what is missing. Never written to, though the pointers to them would allow it.
     static Leaf s_noSlots;
     static Level1 s_noLeaves;
     static Level2 s_noTables;

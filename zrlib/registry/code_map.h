@@ -5,14 +5,14 @@
 
 #include <utility>
 
-/// Pairs of a key and a value in rising order of the keys; a key occurs once.
+/// Pairs of a key and a value in ascending order of the keys, which are unique.
 ///
-/// The pairs hang on a ring, so they stay where they are while others come and go: a reference to a value and an
-/// iterator hold until their own pair is erased. A key is sought from the first pair on, in linear time; who knows a
-/// place inserts and erases there in constant time, and a key behind the last one is inserted in constant time too.
+/// The pairs hang on a ring: a reference to a value and an iterator stay valid until their own pair is erased, whatever
+/// else is inserted and erased. A key is searched for from the first pair, in linear time. Inserting and erasing at an
+/// iterator takes constant time, and so does inserting a key behind the last one.
 ///
-/// Errors: std::bad_alloc; the map then is as it was. Threads: one object may be read by several
-/// threads at once or used by one.
+/// Errors: std::bad_alloc; the map is then unchanged. Threads: one object may be read by several threads at once or
+/// used by one.
 template <typename T> class ZRCodeMap {
 public:
     /// `first` is the key, `second` the value.
@@ -39,11 +39,11 @@ public:
     [[nodiscard]] Iterator Find(int key) { return FindIn(*this, key); }
     [[nodiscard]] ConstIterator Find(int key) const { return FindIn(*this, key); }
 
-    /// Adds a pair and gives its place and true. When the key is there already nothing changes: End() and false.
+    /// Adds a pair and returns its iterator and true. If the key is there already, nothing changes: End() and false.
     std::pair<Iterator, bool> Insert(int key, const T& value) { return Insert(FirstFrom(*this, key), key, value); }
 
-    /// The same for a caller that knows the first pair whose key is not less than `key`, End() when there is none. At
-    /// any other place the order is lost.
+    /// The same for a caller that knows the first pair whose key is not less than `key`, End() when there is none. Any
+    /// other iterator breaks the order.
     std::pair<Iterator, bool> Insert(Iterator next, int key, const T& value)
     {
         if (next != End() && next->first == key) {
@@ -52,14 +52,14 @@ public:
         return {m_ring.InsertBefore(next, Pair(key, value)), true};
     }
 
-    /// The value of the key, which is inserted with the value T() when it is not there.
+    /// The value of the key, which is first inserted with the value T() if it is not there.
     T& operator[](int key)
     {
         const Iterator place = FirstFrom(*this, key);
         return place != End() && place->first == key ? place->second : Insert(place, key, T()).first->second;
     }
 
-    /// Removes a pair. 1, or 0 when the key is not there.
+    /// Removes a pair. Returns 1, or 0 if the key is not there.
     char Erase(int key)
     {
         const Iterator place = Find(key);
@@ -70,7 +70,7 @@ public:
         return 1;
     }
 
-    /// Removes the pair at a place; End() is not removed.
+    /// Removes the pair at an iterator; End() is not removed.
     void Erase(Iterator place) { m_ring.Erase(place); }
 
     void Clear() { m_ring.Clear(); }

@@ -1,4 +1,4 @@
-/// ZRObjectEntry: what a registry knows about one object, and the layout of object codes.
+/// ZRObjectEntry: a registry's record of one object, and the layout of object codes.
 #pragma once
 
 #include "hcbase/string.h"
@@ -9,16 +9,16 @@ namespace zr {
 class ClassIDIndex;
 }
 
-/// One object: its code, name, class ID and mirror ID. The entry tests nothing of what it is given; the registry does
-/// before it makes one.
+/// One object: its code, name, class ID and mirror ID. The entry checks no argument; the registry does before it
+/// constructs one.
 ///
 /// A full object code is 0xA04FLnnn: the high word of all object codes, the nibble L of the library (1 to 15) and the
-/// number of the object within its library. A short code has the high word 0. Codes are compared as signed numbers, so
-/// full codes come before short ones.
+/// number of the object within its library. A short code has the high word 0. Codes compare as signed numbers, so full
+/// codes come before short ones.
 ///
 /// An entry that belongs to a registry must not be assigned to: the registry finds it by what it was registered with.
 ///
-/// Threads: one object is used by one thread at a time, but for the mirror ID, which any may read and set.
+/// Threads: one object is used by one thread at a time, except for the mirror ID, which any thread may read and set.
 class ZRObjectEntry {
 public:
     static constexpr int OBJECTBASE = -0x5FB10000; // 0xA04F0000, the high word of full object codes
@@ -52,7 +52,7 @@ public:
     ZRObjectEntry& operator=(const ZRObjectEntry& other) = default;
     ~ZRObjectEntry() = default;
 
-    /// 1 when everything is equal, texts by case; otherwise 0.
+    /// 1 when everything is equal, with texts compared case-sensitively; otherwise 0.
     char operator==(const ZRObjectEntry& other) const
     {
         return m_nID == other.m_nID && m_csName.Compare(other.m_csName) == 0 && m_bHasClassID == other.m_bHasClassID
@@ -68,7 +68,7 @@ public:
     /// The library nibble and the object number together.
     [[nodiscard]] int GetShortID() const { return m_nID & SHORTMASK; }
 
-    /// The library code: the nibble in its place, 0x1000 to 0xF000 for a full object code.
+    /// The library code: the nibble at its position, 0x1000 to 0xF000 for a full object code.
     [[nodiscard]] int GetLibrary() const { return m_nID & LIBRARYMASK; }
 
     [[nodiscard]] HCString GetName() const { return m_csName; }
@@ -79,12 +79,12 @@ public:
     /// The class ID; ZRClassID::Null when there is none.
     [[nodiscard]] HCString GetClassID() const { return m_bHasClassID != 0 ? m_csClassID : HCString(ZRClassID::Null); }
 
-    /// A number for clients, the object code until it is set.
+    /// A number for clients; the object code until it is set.
     [[nodiscard]] int GetMirrorID() const noexcept { return m_nMirrorID; }
     void SetMirrorID(int mirror) { m_nMirrorID = mirror; }
 
 protected:
-    /// Back to what the default constructor makes.
+    /// Restores the state of a default-constructed entry.
     void Initialise()
     {
         m_nID = 0;

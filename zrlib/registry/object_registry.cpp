@@ -19,7 +19,7 @@ constexpr int ZRObjectRegistry::ALL_PASS;
 
 namespace {
 
-/// What a report may show: an object or library code, a class ID, and the name of what is in the way.
+/// What a report may show: an object or library code, a class ID, and the name of the conflicting object or library.
 struct Details {
     int number = 0;
     const char* classID = "";
@@ -32,7 +32,7 @@ enum class Shows { kNumberAndHolder, kClassIDAndHolder, kClassIDAndNumber };
 struct Refusal {
     int error;
     const char* format;
-    Shows shows = Shows::kNumberAndHolder; // the format may leave out the last
+    Shows shows = Shows::kNumberAndHolder; // the format may omit the last
 };
 
 // clang-format off
@@ -71,7 +71,7 @@ void Report(const Refusal& refusal, const char* location, const Details& details
     zr::ReportErrorSet(refusal.error, text, location);
 }
 
-/// Reports a refusal, if there is memory for it. Gives false.
+/// Reports a refusal, if there is memory for it. Returns false.
 bool Refuse(const Refusal& refusal, const char* location, const Details& details)
 {
     try {
@@ -81,14 +81,14 @@ bool Refuse(const Refusal& refusal, const char* location, const Details& details
     return false;
 }
 
-/// Whether a condition holds that does not depend on what is registered; reports when it does not.
+/// Whether a condition holds that does not depend on what is registered; reports it if not.
 bool Require(bool holds, const Refusal& refusal, const char* location, const Details& details)
 {
     return holds || Refuse(refusal, location, details);
 }
 
-/// Holds either text for an unknown object. Storage that needs no code to come and go, so that a text is valid for as
-/// long as the library is loaded, also for objects that are older than the first call.
+/// Holds either text for an unknown object. Needs no constructor or destructor, so that a text is valid for as long as
+/// the library is loaded, also for static objects that were constructed before the first call.
 using NameBuffer = std::array<char, 128>;
 
 char Truth(bool value) { return value ? 1 : 0; }
@@ -102,7 +102,7 @@ void SetFlag(char* flag, bool value)
 
 } // namespace
 
-/// Beside the ring of objects: the ways to an entry that need not walk it.
+/// Finds entries without walking the ring of objects.
 struct ZRObjectRegistry::Index {
     zr::CodeIndex byCode;
     zr::ClassIDIndex byClassID;
@@ -115,7 +115,7 @@ struct ZRObjectRegistry::Request {
     const char* classID = "";
 };
 
-/// What must hold before something is added or removed, as far as it depends on what is there.
+/// What must hold before something is added or removed, where that depends on what is registered.
 enum class ZRObjectRegistry::Rule {
     kLibraryIsNew,
     kLibraryIsKnown,
@@ -125,11 +125,11 @@ enum class ZRObjectRegistry::Rule {
     kClassIDIsNew,
 };
 
-/// A rule that does not hold: found under the lock, and reported behind it.
+/// A rule that does not hold: found under the lock, and reported after it is released.
 struct ZRObjectRegistry::Violation {
     const Refusal* refusal = nullptr; // null when all rules hold
     int number = 0;
-    HCString holder; // name of what is in the way
+    HCString holder; // name of the conflicting object or library
 };
 
 ZRObjectRegistry::ZRObjectRegistry() noexcept = default;
@@ -160,8 +160,8 @@ ZRObjectRegistry::~ZRObjectRegistry()
     delete m_pIndex.exchange(nullptr);
 }
 
-/// Tests the rules and makes the change in one step, or reports what does not hold. When memory runs out nothing is
-/// changed.
+/// Tests the rules and makes the change in one step, or reports the rule that does not hold. Changes nothing when
+/// memory runs out.
 template <typename Change>
 char ZRObjectRegistry::ChangeIf(std::initializer_list<Rule> rules, const Request& request, Change change)
 {
@@ -293,7 +293,7 @@ void ZRObjectRegistry::Release()
 {
     const zr::ShortLockGuard guard(zr::g_dataLock);
     m_Libraries.Clear();
-    if (Index* const index = m_pIndex) { // stays, because another thread may be looking up in it
+    if (Index* const index = m_pIndex) { // kept, because another thread may be reading it
         index->byCode.Clear();
         index->byClassID.Clear();
     }
@@ -303,14 +303,14 @@ void ZRObjectRegistry::Release()
     m_Objects.Clear();
 }
 
-/// The entry with just this code; null when there is none.
+/// The entry with exactly this code; null when there is none.
 ZRObjectEntry* ZRObjectRegistry::Find(int code) const
 {
     const Index* const index = m_pIndex.load(std::memory_order_acquire);
     return index != nullptr ? index->byCode.Find(code) : nullptr;
 }
 
-/// Adds an entry that the rules allow. To be called under the lock. Throws std::bad_alloc; nothing is added then.
+/// Adds an entry that the rules allow. To be called under the lock. Throws std::bad_alloc; nothing is then added.
 void ZRObjectRegistry::Add(std::unique_ptr<ZRObjectEntry> entry)
 {
     if (m_pIndex == nullptr) {
@@ -373,7 +373,7 @@ ZRObjectEntry* ZRObjectRegistry::GetObjectEntry(int code, char report) const
     return index != nullptr ? index->byCode.FindInRange(code) : nullptr;
 }
 
-/// What `read` makes of the entry at a position, or of null.
+/// The result of `read` for the entry at an index, or for null.
 template <typename Read> auto ZRObjectRegistry::ReadAt(int position, Read read) const
 {
     const zr::ShortLockGuard guard(zr::g_dataLock);
@@ -456,7 +456,7 @@ char ZRObjectRegistry::SetObjectMirror(int code, int mirror)
     if (GetObjectEntry(code, 1) == nullptr) { // which is reported
         return 0;
     }
-    const zr::ShortLockGuard guard(zr::g_dataLock); // somebody may take the object out
+    const zr::ShortLockGuard guard(zr::g_dataLock); // another thread may unregister the object
     ZRObjectEntry* const entry = Find(code);
     if (entry == nullptr) {
         return 0;
@@ -482,7 +482,7 @@ int ZRObjectRegistry::GetLibraryCount() const
 [[gnu::cold]] void ZRObjectRegistry::DumpOut() const
 {
     if (!zr::ReportsAreOn()) {
-        return; // before thousands of lines are made for nobody
+        return; // before thousands of lines are built for nobody
     }
     struct Row {
         int code;
@@ -504,7 +504,7 @@ int ZRObjectRegistry::GetLibraryCount() const
             for (const auto& [code, value] : map) {
                 rows.push_back({code, nameOf(value)});
             }
-        } catch (const std::bad_alloc&) { // those that were copied are shown
+        } catch (const std::bad_alloc&) { // print those that were copied
         }
         return rows;
     };

@@ -5,17 +5,17 @@
 #include "zrlib/registry/object_entry.h"
 #include "zrlib/registry/registry_functions.h"
 
-/// Registers a library when it is built, and takes its objects and the library back when it goes, for example when a
+/// Registers a library when constructed, and unregisters its objects and the library when destroyed, for example when a
 /// plug-in is unloaded.
 ///
 ///     ZRRegistration roads(0x3000, "Roads");
 ///     roads.Add(kBridge, "Bridge");
 ///     if (!roads.IsComplete()) { ... } // what was refused was reported
 ///
-/// Only what this object has registered itself is taken back. Give full codes: short ones, whose high word is 0, are
+/// Only what this object has registered itself is unregistered. Pass full codes: short ones, whose high word is 0, are
 /// refused without a report, because their objects cannot be unregistered.
 ///
-/// Threads: one object is used by one thread at a time. Errors: std::bad_alloc from Add, which then has added nothing.
+/// Threads: one object is used by one thread at a time. Errors: std::bad_alloc from Add, which has then added nothing.
 class [[nodiscard]] ZRRegistration {
 public:
     /// The arguments of ZRRegisterLibrary.
@@ -37,7 +37,8 @@ public:
     ZRRegistration(const ZRRegistration&) = delete;
     ZRRegistration& operator=(const ZRRegistration&) = delete;
 
-    /// Registers an object (ZRRegisterObject, and with a class ID ZRRegisterFactoryObject). Whether it was accepted.
+    /// Registers an object (ZRRegisterObject, and with a class ID ZRRegisterFactoryObject). Returns whether it was
+    /// accepted.
     bool Add(int code, const HCString& name)
     {
         return Keep(code, [&] { return ZRRegisterObject(code, name); });
@@ -57,7 +58,7 @@ private:
         bool isRegistered = false;
         try {
             isRegistered = CanBeTakenBack(code) && registerObject() != 0;
-        } catch (...) { // of an observer of the refusal
+        } catch (...) { // from an observer of the refusal
             Refused();
             throw;
         }
@@ -67,7 +68,7 @@ private:
         return isRegistered;
     }
 
-    /// Not a short code. The registry refuses other wrong ones.
+    /// Whether the code is not a short one. The registry refuses other wrong codes.
     static bool CanBeTakenBack(int code) { return (code & ZRObjectEntry::BASEMASK) != 0; }
 
     void Refused()

@@ -6,8 +6,8 @@
 
 namespace {
 
-/// The result of an operation on the registry; `whenGone` when a thread or a static object asks that outlives the
-/// library's own objects. The operation does not touch the registry any more once it has sent a report.
+/// The result of an operation on the registry; `whenGone` for a caller that outlives the library's own objects. An
+/// operation does not touch the registry any more once it has sent a report.
 template <typename Result, typename Operation, typename... Arguments>
 Result Ask(Result whenGone, Operation operation, const Arguments&... arguments)
 {
@@ -16,7 +16,7 @@ Result Ask(Result whenGone, Operation operation, const Arguments&... arguments)
                                                          : whenGone;
 }
 
-/// The same for a question with a flag, which is 0 then.
+/// The same for an operation with a flag, which is set to 0 then.
 template <typename Operation> const char* AskWithFlag(const char* whenGone, Operation operation, int code, char* flag)
 {
     const zr::ModuleLease lease(zr::Runs::kOwnCodeOnly);
@@ -87,7 +87,7 @@ const char* ZRGetRegisteredObjectClassID(int index)
 
 void ZRDumpRegistry()
 {
-    const zr::ModuleLease lease; // observers of the lines run between looks at the registry
+    const zr::ModuleLease lease; // observers of the lines run between accesses to the registry
     if (lease.IsAlive() && g_ObjectRegistry.IsAlive()) {
         g_ObjectRegistry.object.DumpOut();
     }

@@ -1,15 +1,16 @@
-/// The functions that reach the registry of the process.
+/// The functions that access the registry of the process.
 #pragma once
 
 #include "hcbase/string.h"
 #include "zrlib/export.h"
 
-// There is one registry for the process. It is empty when the library is loaded; only clients fill it. It goes, with
-// what is left in it, when the library is unloaded or the process ends; from then on the functions do nothing and find
-// nothing: names are "?", class IDs ZRClassID::Null, and flags are set to 0.
+// There is one registry for the process. It is empty when the library is loaded; only clients fill it. It is destroyed,
+// with what is left in it, when the library is unloaded or the process ends. From then on the functions are no-ops and
+// find nothing: names for a code are "?", class IDs ZRClassID::Null, flags are set to 0, and the others return their
+// documented "not found" value.
 //
-// Each function is the operation of ZRObjectRegistry (object_registry.h) in its comment, which tells what is accepted,
-// reported and given back.
+// Each function is the operation of ZRObjectRegistry (object_registry.h) in its comment, whose documentation says what
+// is accepted, reported and returned.
 //
 // Threads: any, at any time.
 
@@ -19,8 +20,8 @@ ZR_API char ZRRegisterLibrary(int code, const HCString& name); // RegisterLibrar
 ZR_API char ZRUnregisterLibrary(int code); // UnregisterLibrary
 ZR_API char ZRRegisterObject(int code, const HCString& name); // RegisterObject without a class ID
 
-/// RegisterObject with a class ID. By convention the class ID is for whoever makes such objects; the registry keeps no
-/// function for it.
+/// RegisterObject with a class ID. By convention the class ID is for whoever creates such objects; the registry stores
+/// no function for that.
 ZR_API char ZRRegisterFactoryObject(int code, const HCString& name, const HCString& classID);
 
 ZR_API char ZRUnregisterObject(int code); // UnregisterObject

@@ -4,7 +4,7 @@
 
 namespace {
 
-/// Says what is wrong when the numbers differ.
+/// Reports both numbers if they differ.
 bool Require(int required, int found)
 {
     if (found == required) {

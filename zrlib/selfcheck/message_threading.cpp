@@ -10,9 +10,9 @@
 namespace {
 
 constexpr int kThreads = 4;
-constexpr int kIterations = 96; // of each thread, one message of each type in each
+constexpr int kIterations = 96; // of each thread, each with one message of each type
 
-/// The code with which a thread ends that has sent all its messages.
+/// The exit code of a thread that has sent all its messages.
 constexpr int ExitCode(int thread)
 {
     constexpr int kStep = 111;
@@ -39,14 +39,14 @@ template <int thread> unsigned int TestThread(void* /*argument*/)
 {
     try {
         SendAll<thread>();
-    } catch (...) { // of a client's observer, or for want of memory; would end the process
+    } catch (...) { // from a client's observer, or out of memory; would end the process
         return 0;
     }
     return ExitCode(
         thread); // ExitThread would wait for the loader of the system, which may be at work around the check
 }
 
-/// Starts the threads, waits for those that were started, and tells whether all have ended well.
+/// Starts the threads, waits for those that were started, and returns whether all have ended well.
 bool RunThreads(HCThread (&threads)[kThreads])
 {
     static constexpr unsigned int (*kFunctions[kThreads])(void*) = {
@@ -63,7 +63,7 @@ bool RunThreads(HCThread (&threads)[kThreads])
     return allEndedWell;
 }
 
-/// Says what was counted, while the observer still counts.
+/// Reports what was counted, while the observer still counts.
 bool CountsAreRight()
 {
     constexpr int kExpected = kIterations * kThreads; // of each type
@@ -106,7 +106,7 @@ bool AllMessagesArrive(HCThread (&threads)[kThreads])
         return false;
     }
     ZRMessageHandler* handler = ZRGetMessageHandler();
-    if (handler == nullptr) { // for want of memory
+    if (handler == nullptr) { // out of memory
         return false;
     }
     const Attachment attachment(*handler);

@@ -54,7 +54,7 @@ private:
     char m_before = ZRIsErrorEnabled();
 };
 
-/// What the registry answers does not matter here: the counts in the end show what it made of the whole script.
+/// The results do not matter here: the counts at the end show what the registry made of the whole script.
 void Do(const Step& step, ZRObjectRegistry& registry)
 {
     const int code = static_cast<int>(step.code);

@@ -5,7 +5,7 @@
 #include "zrlib/frame/relaxed.h"
 #include "zrlib/observation/object_observer.h"
 
-/// There is one, which counts from the load of the library on, whenever it is attached.
+/// There is one, which counts whenever it is attached and is never reset.
 class TestObserver : public ZRObjectObserver {
 public:
     void OnEvent(ZRObservedObjectEvent* event) override;

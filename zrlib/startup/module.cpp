@@ -20,11 +20,11 @@ constinit std::atomic<bool> zr::g_moduleIsAlive{false};
 
 namespace {
 
-// Memory for the two handlers, which are built and destroyed by hand.
+// Memory for the two handlers, which are constructed and destroyed by hand.
 alignas(ZRMessageHandler) constinit std::byte g_messageHandler[sizeof(ZRMessageHandler)]{};
 alignas(ZRProfilerStateHandler) constinit std::byte g_profilerStateHandler[sizeof(ZRProfilerStateHandler)]{};
 
-// What has become of them. Whoever was inside the library when the module went may use them for ever.
+// Their fate. A thread that was inside the library when the module was destroyed may use them for ever.
 enum class Handlers : char { kNotYetDecided, kStay, kGone };
 constinit std::atomic<Handlers> g_handlers{Handlers::kNotYetDecided};
 constinit std::atomic<std::uint32_t> g_endsIn{UINT32_MAX}; // fork generation of the process in which the module ends
@@ -34,7 +34,7 @@ bool HandlersHaveGone()
     if (zr::g_moduleIsAlive) {
         return false;
     }
-    // In a child that is forked before it is decided they stay.
+    // In a child forked before the decision they stay.
     while (g_handlers == Handlers::kNotYetDecided && g_endsIn == zr::ForkGeneration()) {
         std::this_thread::yield();
     }

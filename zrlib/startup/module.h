@@ -1,4 +1,5 @@
 /// ZRModule: the object that ties the library together. Not exported, and known to this folder only.
+/// Folder startup: constructs all objects of the process, in order.
 #pragma once
 
 #include "hcbase/text_table.h"
@@ -7,8 +8,8 @@ class ZRMessageHandler;
 class ZRMode;
 class ZRProfilerStateHandler;
 
-/// There is one, in static storage (startup.cpp). Its fields are zero before it is built, do not change while the
-/// library is loaded, and keep their values when it is gone.
+/// There is one, in static storage (startup.cpp). Its fields are zero before it is constructed, do not change while the
+/// library is loaded, and keep their values after it is destroyed.
 class ZRModule {
 public:
     ZRModule();
@@ -19,7 +20,7 @@ public:
     HCTextHandle m_hText; // of ZRTextTable
     ZRMode* m_pMode; // owned
 
-    // The handlers of the process. They lie in static storage, so whoever comes late still finds their memory.
+    // The handlers of the process. They are in static storage, so late callers still find their memory.
 
     ZRMessageHandler* m_pMessageHandler;
     ZRProfilerStateHandler* m_pProfilerStateHandler;
@@ -30,5 +31,5 @@ private:
 
 extern ZRModule g_Module;
 
-/// Never null, and valid before the module is built.
+/// Never null, and valid before the module is constructed.
 inline ZRModule* ZRGetModule() { return &g_Module; }

@@ -1,7 +1,6 @@
-// Every object of the library that needs code to be built, in the order in which they are built while the library
-// loads, on the loading thread. They go in the reverse order when it is unloaded. No other file has such an object:
-// flags and counters elsewhere are constant-initialised, so that they are in place before the first line here runs and
-// after the last one has gone.
+// Every static object of the library with a dynamic initialiser, in the order of construction, on the loading thread.
+// They are destroyed in reverse order at unload. No other file has one: flags and counters elsewhere are
+// constant-initialised, so they are valid before the first line here runs and after the last object is destroyed.
 
 #include "hcbase/string.h"
 #include "hcbase/thread.h"
@@ -24,7 +23,7 @@
 
 namespace {
 
-// First, so that it is there for all others: what fork finds and leaves.
+// First, so that it outlives all others: what fork finds and leaves.
 class ForkHooks {
 public:
     ForkHooks() noexcept { zr::InstallForkHooks(Lock, Unlock, UnlockInChild); }
@@ -49,7 +48,7 @@ private:
 
 const ForkHooks forkHooks;
 
-// The subject of progress and of the threading switch. Its name stays empty, because the texts are not there yet.
+// The subject of progress and of the threading switch. Its name stays empty, because the texts are not loaded yet.
 zr::ModuleObject<ZRObservedObject> globalSubject;
 
 zr::ModuleObject<HCString> progressTitle;
@@ -66,25 +65,25 @@ constinit HCString& g_csProgressUpdateText = progressUpdateText.object;
 
 zr::ModuleObject<HCThreadSync> g_GlobalSync;
 
-// Sends no message while it is built, so that it does not matter that the log file has no name yet.
+// Sends no message while it is constructed, so it does not matter that the log file has no name yet.
 ZRModule g_Module;
 
 zr::ModuleObject<ZRLockTrailHandler> g_LockTrailHandler;
 
-// It goes before the module does, and a thread in the middle of a message may still read it after that: the text is
-// short enough to lie inside the string, whose storage stays.
+// Destroyed before the module, and a thread in the middle of a message may still read it after that: the text is short
+// enough to lie inside the string, whose storage stays.
 const HCString ZRMessageHandler::m_csFileName("zr_messages");
 
 namespace {
 
-// Reads the switches a second time. What the module has made of them stays.
+// Reads the switches a second time. The settings that the module derived from them stay.
 const ZRMode g_Mode;
 
 } // namespace
 
 unsigned int ZRMode::m_main_thread = HCThread::GetCurrentThreadId();
 
-// Empty. When it goes it releases what clients left registered.
+// Empty. Its destructor releases what clients left registered.
 zr::ModuleObject<ZRObjectRegistry> g_ObjectRegistry;
 
 zr::ModuleObject<TestObserver> g_TestObserver;

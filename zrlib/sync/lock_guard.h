@@ -4,15 +4,15 @@
 #include "zrlib/sync/global_thread_sync.h"
 #include "zrlib/sync/thread_sync.h"
 
-/// Locks when it is built and unlocks when it goes, with the reports, the count and the switches of ZRThreadSync.
+/// Locks when constructed and unlocks when destroyed, with the reports, the count and the switches of ZRThreadSync.
 ///
 ///     const ZRLockGuard guard(m_sync, "Map::Load");
 ///
-/// Nothing is owned: lock, location and trail must outlive the guard. An exception from an observer of the reports
-/// leaves the lock free when it comes from the constructor, and ends the process when it comes from the destructor,
-/// where only a trail is told.
+/// Owns nothing: lock, location and trail must outlive the guard. If an observer of the reports throws in the
+/// constructor, the lock is free afterwards; in the destructor, where only a trail is reported, that terminates the
+/// process.
 ///
-/// Threads: a guard belongs to the thread that built it.
+/// Threads: a guard belongs to the thread that constructed it.
 class ZRLockGuard {
 public:
     /// location: names the place in reports; may be null. trail: as for ZRThreadSync::Lock; may be null.
@@ -32,7 +32,7 @@ public:
     ZRLockGuard(const ZRLockGuard&) = delete;
     ZRLockGuard& operator=(const ZRLockGuard&) = delete;
 
-    /// Whether the lock could be taken. True also while it is switched off.
+    /// Whether the lock was taken. True also while it is switched off.
     [[nodiscard]] bool IsHeld() const noexcept { return m_isHeld; }
 
 private:
@@ -43,7 +43,7 @@ private:
 };
 
 /// Holds the lock that all libraries of the process share (ZRGlobalThreadSync). Threads: a guard belongs to the thread
-/// that built it.
+/// that constructed it.
 class ZRGlobalLockGuard {
 public:
     [[nodiscard]] explicit ZRGlobalLockGuard(const char* location = nullptr)
@@ -60,7 +60,7 @@ public:
     ZRGlobalLockGuard(const ZRGlobalLockGuard&) = delete;
     ZRGlobalLockGuard& operator=(const ZRGlobalLockGuard&) = delete;
 
-    /// False once the library's own objects have gone.
+    /// False once the library's own objects are destroyed.
     [[nodiscard]] bool IsHeld() const noexcept { return m_isHeld; }
 
 private:

@@ -4,7 +4,7 @@
 
 ZRLockTrailHandler* ZRGetLockTrailHandler() { return &g_LockTrailHandler.object; }
 
-// The operations themselves see to it that nothing happens when the handler has gone.
+// The operations themselves are no-ops when the handler is destroyed.
 
 ZRLockTrail* ZRAppendLockTrail() { return ZRGetLockTrailHandler()->Append(); }
 

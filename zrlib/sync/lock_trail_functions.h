@@ -11,8 +11,8 @@ class ZRLockTrailHandler;
 
 extern "C" {
 
-// The operations of that handler (lock_trail_handler.h). Once it has gone, at the end of the process, they and
-// those operations do nothing and give 0 or null.
+// The operations of that handler (lock_trail_handler.h). Once it is destroyed, at the end of the process, they and
+// those operations are no-ops that return 0 or null.
 //
 // Threads: any.
 

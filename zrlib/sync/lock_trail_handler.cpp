@@ -29,7 +29,7 @@ ZRLockTrailHandler::ZRLockTrailHandler(const ZRLockTrailHandler& other)
 ZRLockTrailHandler& ZRLockTrailHandler::operator=(const ZRLockTrailHandler& other)
 {
     if (this != &other) {
-        ZRLockTrailHandler copy(other); // takes what this one has listed with it, and the lock that guards it
+        ZRLockTrailHandler copy(other); // takes what this handler lists with it, and the lock that guards it
         ZRObservedObject::operator=(other);
         m_bEnabled = copy.m_bEnabled;
         HCThreadSync former(m_sync);
@@ -40,7 +40,7 @@ ZRLockTrailHandler& ZRLockTrailHandler::operator=(const ZRLockTrailHandler& othe
     return *this;
 }
 
-/// Takes no lock, since it must not wait for a thread that holds it.
+/// Takes no lock: it must not wait for a thread that holds it.
 ZRLockTrailHandler::~ZRLockTrailHandler() { AddListings(-1); }
 
 void ZRLockTrailHandler::AddListings(int count)
@@ -50,7 +50,7 @@ void ZRLockTrailHandler::AddListings(int count)
     }
 }
 
-/// Whether this is not the handler of the process after it has gone. To be asked within a lease.
+/// False for the handler of the process after it is destroyed. Needs a lease.
 bool ZRLockTrailHandler::IsAlive() const { return this != ZRGetLockTrailHandler() || g_LockTrailHandler.IsAlive(); }
 
 ZRLockTrail* ZRLockTrailHandler::Append()

@@ -1,4 +1,4 @@
-/// ZRLockTrailHandler: keeps the records of locks and sends their events.
+/// ZRLockTrailHandler: holds the records of locks and sends their events.
 #pragma once
 
 #include "hcbase/thread_sync.h"
@@ -14,8 +14,8 @@ class ZRLockTrail;
 ///
 /// Lock trails are dormant: nothing enables the handler, so no event is sent. The list works all the same.
 ///
-/// Truth values are 1 and 0. Threads: any, for records and events. A lock is held while an event goes its way. What
-/// concerns observers, the name and copies is as for every subject.
+/// Truth values are 1 and 0. Threads: any, for records and events. A lock is held while an event is sent. For
+/// observers, the name and copies the rules of every subject apply.
 class ZR_API ZRLockTrailHandler : public ZRObservedObject {
 public:
     ZRLockTrailHandler();
@@ -25,25 +25,25 @@ public:
     ZRLockTrailHandler(const ZRLockTrailHandler& other);
     ZRLockTrailHandler& operator=(const ZRLockTrailHandler& other);
 
-    /// Leaves the records where they are; those that nobody else lists are never destroyed.
+    /// Leaves the records alive; those that no other handler lists are never destroyed.
     ~ZRLockTrailHandler() override;
 
-    /// A new record. The handler owns it until Remove. Null when there is no memory for it.
+    /// Creates a record. The handler owns it until Remove. Null when there is no memory for it.
     ZRLockTrail* Append();
 
-    /// Destroys the record with the identity of `trail`, which may be the record itself or a copy. 0 when there is none
-    /// and for null.
+    /// Destroys the record with the identity of `trail`, which may be the record itself or a copy. Returns 0 when there
+    /// is none and for null.
     char Remove(ZRLockTrail* trail);
 
-    // Tell observers that a lock is being taken, or was given up. What is sent is a copy. Null does nothing.
+    // Notify observers that a lock is being taken, or was released. What is sent is a copy. Null is a no-op.
 
     void Lock(ZRLockTrail* trail);
     void Unlock(ZRLockTrail* trail);
 
-    /// Writes the ID of the calling thread into a record and sends it. Does nothing unless the handler is enabled.
+    /// Writes the ID of the calling thread into a record and sends it. A no-op unless the handler is enabled.
     void BroadcastLock(ZRLockTrail& trail);
 
-    /// Reports with ZRError that lock trails are not to be had; changes nothing.
+    /// Not supported: reports an error with ZRError and changes nothing.
     void SetEnabled(char enable);
     [[nodiscard]] char GetEnabled() const noexcept { return m_bEnabled; }
 

@@ -22,9 +22,9 @@ ZRThreadSync& ZRThreadSync::operator=(const ZRThreadSync& other) = default;
 
 ZRThreadSync::~ZRThreadSync() = default;
 
-/// The two steps with their count, which is changed only while the lock is held, so that it need not be an atomic
-/// addition, which would cost as much as the lock. So it is counted down before the lock is given up, and only by a
-/// thread that Lock has given it. Compiled in where they are called, as a call is a good part of what they cost.
+/// The two steps with their count, which changes only while the lock is held, as an atomic addition would cost as much
+/// as the lock. So it is decremented before the release, and only by a thread to which Lock gave the lock. Inlined, as
+/// a call would be a good part of the cost.
 struct ZRThreadSync::Counted {
     [[gnu::always_inline]] static char Lock(ZRThreadSync& sync)
     {
@@ -51,7 +51,7 @@ struct ZRThreadSync::Counted {
         if (count == 1) {
             sync.m_nHolder = 0;
         }
-        if (sync.unlock() == 0) { // was given up with `unlock`
+        if (sync.unlock() == 0) { // was released with `unlock`
             sync.m_nLockCount = count;
             sync.m_nHolder = self;
             return 0;

@@ -5,7 +5,7 @@
 
 namespace zr {
 
-/// As printf with "%.*f" in the C locale: the decimal point is a point whatever the locale is.
+/// As printf with "%.*f" in the C locale: the decimal point is a point in every locale.
 HCString FixedText(double value, int decimals);
 
 } // namespace zr

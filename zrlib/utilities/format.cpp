@@ -28,7 +28,7 @@ struct Scale {
     char letter;
 };
 
-// All divisors but the last are powers of two, so that it makes no difference whether one divides or multiplies.
+// All divisors but the last are powers of two, so dividing by them equals multiplying by their inverses.
 constexpr Scale kScales[] = {
     {kMega, kKilo, 'K'}, {kGiga, kMega, 'M'}, {kTera, kGiga, 'G'}, {kPeta, static_cast<double>(kTera), 'T'}};
 constexpr Scale kBeyond{0, 1e15, '?'};

@@ -16,7 +16,7 @@ HCString Digits(std::int64_t value)
     return HFFormat64(value, kDecimal, 0);
 }
 
-/// Says what was done with a ticket, if that is wanted. Gives the ticket.
+/// Reports what was done with a ticket, if that is wanted. Returns the ticket.
 std::int64_t Announce(const char* what, std::int64_t ticket)
 {
     if (ZRKey::GetVerbose() != 0) {

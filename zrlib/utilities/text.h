@@ -4,7 +4,7 @@
 #include "hcbase/string.h"
 #include "zrlib/export.h"
 
-/// Texts for clients; the library itself does not use them. They are there from load to unload.
+/// Texts for clients; the library itself does not use them. They are valid from load to unload.
 class ZR_API ZRText {
 public:
     static const HCString ICON_FILENAME; // "IconFileName"
