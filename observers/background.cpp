@@ -48,7 +48,7 @@ private:
         m_buffer.Push(event);
     }
 
-    /// The parent's thread did not come along. Without a thread events are dropped once the queue is full.
+    /// The parent's thread is not in the child. Without a thread, events are dropped once the queue is full.
     void StartInChild()
     {
         m_thread = nullptr;
@@ -84,7 +84,7 @@ private:
     void Send(const ZRObservedObjectEvent& event)
     {
         try {
-            auto& own = const_cast<ZRObservedObjectEvent&>(event); // nobody else has it, and observers may change it
+            auto& own = const_cast<ZRObservedObjectEvent&>(event); // not shared, and observers may change it
             own.SetSource(&m_owner);
             own.Broadcast(&m_owner, 0);
         } catch (const std::exception&) {
@@ -94,7 +94,7 @@ private:
     ZRBackground& m_owner;
     const ZRFilter m_filter;
     zrobservers::EventBuffer m_buffer;
-    std::thread* m_thread = nullptr; // owned, unless it is that of a forked parent
+    std::thread* m_thread = nullptr; // owned, unless it belongs to a forked parent
     std::atomic<unsigned int> m_forkGeneration{zrobservers::ForkGeneration()};
     ZRListener m_events;
 };

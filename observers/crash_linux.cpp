@@ -74,7 +74,7 @@ void HandleCrash(int signal, siginfo_t* info, void* context)
         return;
     }
     sigaction(signal, &former, nullptr);
-    if (info->si_code <= 0) { // somebody has sent it; a fault comes again by itself
+    if (info->si_code <= 0) { // it was sent; a fault recurs by itself
         raise(signal);
     }
     errno = error;
@@ -141,7 +141,7 @@ void RemoveCrashStack(void* stack)
         const stack_t none{nullptr, SS_DISABLE, 0};
         sigaltstack(&none, nullptr);
         munmap(stack, kStackSize);
-    } // else another thread has it
+    } // otherwise another thread has it
 }
 
 struct CrashFile::Path {

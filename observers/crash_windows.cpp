@@ -85,7 +85,7 @@ void RemoveCrashAction()
 
 void* AddCrashStack()
 {
-    ULONG size = 64 * 1024; // kept free for handlers when the rest of the stack is used up
+    ULONG size = 64 * 1024; // reserved for handlers when the rest of the stack is used up
     SetThreadStackGuarantee(&size);
     return nullptr;
 }

@@ -45,7 +45,7 @@ void EventBuffer::Entry::Call(const ZREventQueue::Handler& handle) const
 
 void EventBuffer::Entries::Append(const ZRObservedObjectEvent& event)
 {
-    if (count == ring.size()) { // so the first is at the start
+    if (count == ring.size()) { // then the first is at the start
         ring.emplace_back();
     }
     At(count).Set(event);
@@ -58,7 +58,7 @@ void EventBuffer::Entries::DropFirst()
     --count;
 }
 
-/// While one exists its thread is the reader, if no other is.
+/// While one exists, its thread is the reader, if no other is.
 class EventBuffer::Reading {
 public:
     explicit Reading(State& state)
@@ -80,7 +80,7 @@ public:
         }
         t_draining = nullptr;
         if (!IsOfThisProcess()) {
-            m_guard.release(); // which the parent has
+            m_guard.release(); // the parent holds it
             return;
         }
         if (!m_guard.owns_lock()) {
@@ -93,7 +93,7 @@ public:
 
     bool IsReader() const { return m_isReader; }
 
-    /// Not so when `handle` has forked and this is the child.
+    /// False when `handle` has forked and this is the child.
     bool IsOfThisProcess() const { return m_forkGeneration == ForkGeneration(); }
 
     void Unlock() { m_guard.unlock(); }
@@ -136,7 +136,7 @@ EventBuffer::State& EventBuffer::Current()
         if (m_forkGeneration != ForkGeneration()) {
             auto state = std::make_unique<State>();
             state->isReadHere = false;
-            m_state = state.release(); // that of the parent stays
+            m_state = state.release(); // that of the parent is left
             m_forkGeneration.store(ForkGeneration(), std::memory_order_release);
         }
     }
@@ -165,7 +165,7 @@ void EventBuffer::Push(const ZRObservedObjectEvent& event)
     }
 }
 
-/// False when the event is to be dropped.
+/// False when the event must be dropped.
 bool EventBuffer::MakeRoom(State& state, std::unique_lock<std::mutex>& guard) const
 {
     switch (m_whenFull) {
@@ -181,7 +181,7 @@ bool EventBuffer::MakeRoom(State& state, std::unique_lock<std::mutex>& guard) co
     if (!state.isReadHere) {
         return false;
     }
-    if (state.lastReader != std::this_thread::get_id()) { // which would wait for itself
+    if (state.lastReader != std::this_thread::get_id()) { // otherwise it would wait for itself
         state.room.wait(
             guard, [this, &state] { return state.waiting.count < m_capacity || state.openings > 0 || state.isOver; });
     }
@@ -197,7 +197,7 @@ int EventBuffer::Drain(const ZREventQueue::Handler& handle, int most)
 {
     State& state = Current();
     Reading reading(state);
-    bool mayTake = reading.IsReader(); // once, so that it ends
+    bool mayTake = reading.IsReader(); // once, so that the call ends
     int done = 0;
     while (reading.IsReader() && done < most) {
         if (state.next == state.taken.count && !(std::exchange(mayTake, false) && Take(state))) {
@@ -216,7 +216,7 @@ int EventBuffer::Drain(const ZREventQueue::Handler& handle, int most)
     return done;
 }
 
-/// Takes what waits, if there is something.
+/// Takes what waits, if anything does.
 bool EventBuffer::Take(State& state)
 {
     if (state.waiting.count == 0) {
@@ -233,7 +233,7 @@ bool EventBuffer::Take(State& state)
 
 void EventBuffer::HandleNext(State& state, const ZREventQueue::Handler& handle)
 {
-    constexpr int kLong = 1000; // bytes of texts that are not kept until others come
+    constexpr int kLong = 1000; // bytes of texts that are freed at once
     Entry& entry = state.taken.At(state.next++);
     struct Handling {
         Entry& entry;

@@ -1,4 +1,4 @@
-/// EventBuffer: events on their way to another thread.
+/// EventBuffer: events on their way to another thread. Not exported.
 #pragma once
 
 #include "system.h"
@@ -14,11 +14,11 @@
 
 namespace zrobservers {
 
-/// A bounded queue of copies of events with many writers and one reader at a time. The reader takes all that waits at
-/// once, so that it holds the lock for a few instructions only.
+/// A bounded queue of copies of events with many writers and one reader at a time. The reader takes everything that
+/// waits at once, so that it holds the lock for a few instructions only.
 ///
-/// A forked child leaves what its parent had where it is, as another thread may have been in the middle of changing it,
-/// and begins anew.
+/// A forked child leaves its parent's state untouched, as another thread may have been in the middle of changing it,
+/// and starts with a new one.
 class EventBuffer {
 public:
     explicit EventBuffer(const ZREventQueue::Options& options);
@@ -31,17 +31,16 @@ public:
     bool WaitFor(int milliseconds);
     std::int64_t GetDroppedCount();
 
-    /// For a reader that gathers: waits for an event, and then for others to come. False when it is over and nothing
-    /// waits.
+    /// For a reader that gathers: waits for an event, and then for others to come. False after End, when nothing waits.
     bool WaitForBatch();
 
     /// Waits until the reader has handled what has been pushed.
     void WaitUntilHandled();
 
-    /// There is a thread that reads. Otherwise that is known when it drains.
+    /// Says that there is a thread that reads. Otherwise that is known when it first drains.
     void AnnounceReader();
 
-    /// Nobody waits for room any more, and a reader that gathers shall drain what there is and end.
+    /// Ends all waiting for room, and makes a reader that gathers drain what there is and end.
     void End();
 
     static const ZREventOrigin* GetOrigin() noexcept;
@@ -57,7 +56,7 @@ public:
     };
 
 private:
-    /// A message without what its event has beside it; any other event whole.
+    /// A message without the other fields of its event; any other event whole.
     struct Entry {
         ZREventOrigin origin;
         ZRMsg message;
@@ -82,7 +81,7 @@ private:
         std::mutex lock;
         std::condition_variable more; // for the reader
         std::condition_variable room; // for writers
-        std::condition_variable handled; // for whoever waits until all is handled
+        std::condition_variable handled; // for those who wait until all is handled
         Entries waiting;
         std::int64_t pushed = 0;
         std::int64_t handledUpTo = 0; // counts as `pushed` does
@@ -90,7 +89,7 @@ private:
         Entries taken; // the reader's, as is `next`
         std::size_t next = 0; // index of the first that is not handled
         std::int64_t takenUpTo = 0;
-        std::thread::id lastReader; // that has drained last; before, the thread that has built the buffer
+        std::thread::id lastReader; // the thread that drained last; before, the one that constructed the buffer
         bool isDraining = false;
         int openings = 0; // the reader sends something itself
         int waitingForAll = 0;
@@ -115,10 +114,10 @@ private:
     const std::function<void()> m_notify;
     std::atomic<State*> m_state; // owned
     std::atomic<unsigned int> m_forkGeneration{ForkGeneration()};
-    HCThreadSync m_forkLock; // one that works in a forked child
+    HCThreadSync m_forkLock; // works in a forked child
 };
 
-/// Reports what has failed in an observer, which may run on a thread that drains.
+/// Reports what failed in an observer, which may run on a thread that drains.
 void Tell(const HCString& text, const char* place);
 
 } // namespace zrobservers

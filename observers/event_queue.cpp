@@ -20,7 +20,7 @@ public:
     {
         m_listeners[0] = ZRListener(subject, zrobservers::Quietly(*this, &Queue::Keep));
     }
-    ~Queue() { m_buffer.End(); } // a sender that waits would be waited for by its listener
+    ~Queue() { m_buffer.End(); } // otherwise the listeners would wait for a sender that waits for room
     Queue(const Queue&) = delete;
     Queue& operator=(const Queue&) = delete;
 
@@ -36,7 +36,7 @@ private:
 
     const ZRFilter m_filter;
     zrobservers::EventBuffer m_buffer;
-    ZRListener m_listeners[3]; // last, so that they go first
+    ZRListener m_listeners[3]; // last, so that they are destroyed first
 };
 
 ZREventQueue::ZREventQueue()

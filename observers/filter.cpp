@@ -8,11 +8,11 @@
 
 namespace {
 
-/// Whether a text fits a pattern with "*" and "?". Goes back to the last "*" only, so it takes at most the product of
-/// the two lengths.
+/// Whether a text matches a pattern with "*" and "?". Goes back to the last "*" only, so it takes at most the product
+/// of the two lengths.
 bool Fits(const char* text, const char* pattern) noexcept
 {
-    const char* star = nullptr; // the last one, and what it stands for ends here
+    const char* star = nullptr; // the last one; what it matches ends at `end`
     const char* end = nullptr;
     while (*text != '\0') {
         if (*pattern == '*') {
@@ -34,7 +34,7 @@ bool Fits(const char* text, const char* pattern) noexcept
     return *pattern == '\0';
 }
 
-/// The rest of a word that begins so; null when it does not.
+/// The rest of a word after `start`; null when the word does not begin so.
 const char* After(const HCString& word, std::string_view start)
 {
     return word.View().substr(0, start.size()) == start ? word.begin() + start.size() : nullptr;

@@ -20,7 +20,7 @@
 
 namespace {
 
-/// One message that is kept. Written by one thread at a time, and read at any moment by a thread that crashes.
+/// One kept message. Written by one thread at a time, and read at any moment by a thread that crashes.
 struct Entry {
     std::atomic<std::uint64_t> version{0}; // twice the number of the message from 1 on; one less while it is written
     std::chrono::system_clock::time_point time;
@@ -32,7 +32,7 @@ struct Entry {
     std::uint16_t textLength;
     char bytes[ZRFlightRecorder::kMostBytes]; // place, text
 
-    /// Appends the beginning of a text, at most so many bytes, and no half of a character.
+    /// Copies the beginning of a text, at most `most` bytes, without splitting a character.
     static std::uint16_t Copy(std::string_view text, char* to, std::size_t most) noexcept
     {
         std::size_t length = std::min(text.size(), most);
@@ -172,14 +172,14 @@ private:
         m_count.store(number, std::memory_order_release);
     }
 
-    /// The numbers of the messages that are still there and have not been written begin behind this one.
+    /// The number before the first message that is still kept and not written yet.
     std::uint64_t FirstNew(std::uint64_t count) const noexcept
     {
         const std::uint64_t lost = count > m_entries.size() ? count - m_entries.size() : 0;
         return std::max(lost, m_written.load(std::memory_order_relaxed));
     }
 
-    /// What a signal handler may do, and nothing else. False with errno set.
+    /// Does only what a signal handler may. False with errno set.
     bool WriteNew(const char* reason) noexcept
     {
         const std::uint64_t count = m_count.load(std::memory_order_acquire);
@@ -209,7 +209,7 @@ private:
         return isWritten;
     }
 
-    /// Not one of a forked parent, nor one that is being overwritten.
+    /// False for a message of a forked parent, and for one that is being overwritten.
     bool IsOwn(std::uint64_t number) const noexcept
     {
         const Entry& entry = m_entries[number % m_entries.size()];
@@ -251,16 +251,16 @@ private:
 
     const std::string m_path;
     const Options m_options;
-    HCThreadSync m_lock; // one that works in a forked child
-    std::vector<Entry> m_entries; // a ring; the message with the number n lies at n modulo its size
-    std::atomic<std::uint64_t> m_count{0}; // messages that were kept so far
-    std::atomic<std::uint64_t> m_written{0}; // number of the last that was written
+    HCThreadSync m_lock; // works in a forked child
+    std::vector<Entry> m_entries; // a ring; message number n is at n modulo its size
+    std::atomic<std::uint64_t> m_count{0}; // messages kept so far
+    std::atomic<std::uint64_t> m_written{0}; // number of the last one written
     zrobservers::CrashFile m_file;
     std::atomic<bool> m_isSound{true};
     std::atomic<bool> m_isTold{false};
     std::optional<ThreadGuard> m_guard;
     const zrobservers::MessagesOn m_messagesOn;
-    ZRListener m_listener; // last, so that it goes first
+    ZRListener m_listener; // last, so that it is destroyed first
 };
 
 ZRFlightRecorder::ZRFlightRecorder(const HCString& path)

@@ -1,5 +1,5 @@
-// Observers for a program that knows nothing of them: what the environment variable ZROBSERVERS asks for is attached
-// when this library is loaded, and written when it is unloaded or the program ends.
+// Observers for a program that knows nothing of them: those that the environment variable ZROBSERVERS requests are
+// attached when this library is loaded, and write their results when it is unloaded or the program ends.
 
 #include "switch_guards.h"
 #include "system.h"
@@ -25,7 +25,7 @@
 
 namespace {
 
-/// Counts what this process sends.
+/// Counts the events that this process sends.
 class Counter {
 public:
     Counter()
@@ -37,7 +37,7 @@ public:
         m_listeners[2] = ZRListener([this](const ZRObservedObjectEvent& event) { Count(event); });
     }
 
-    /// What a forked child's parent has sent does not count.
+    /// The events of a forked child's parent do not count.
     long long Get() const { return m_forkGeneration == zrobservers::ForkGeneration() ? m_count.load() : 0; }
 
 private:
@@ -54,10 +54,10 @@ private:
 
     std::atomic<unsigned int> m_forkGeneration{zrobservers::ForkGeneration()};
     std::atomic<long long> m_count{0};
-    std::array<ZRListener, 3> m_listeners; // last, so that they go first
+    std::array<ZRListener, 3> m_listeners; // last, so that they are destroyed first
 };
 
-/// Appends a text to a file, in one piece among those of other processes. What is empty leaves the file alone.
+/// Appends a text to a file, in one piece among those of other processes. An empty text leaves the file alone.
 void AppendTo(const std::string& path, std::string_view text, int flags = O_CREAT)
 {
     if (text.empty()) {
@@ -81,20 +81,20 @@ bool EndsWith(std::string_view text, std::string_view end)
 
 } // namespace
 
-/// What is asked for, as words between semicolons:
+/// The requests, as words between semicolons:
 ///
-/// - trace=FILE: a ZRTraceFile, once the process sends something. Where FILE is there already, its name gets the ID of
-///   the process before the extension.
+/// - trace=FILE: a ZRTraceFile, once the process sends something. If FILE exists already, its name gets the process ID
+///   before the extension.
 /// - json=FILE: ZRJsonLines of messages.
-/// - filter=TEXT: a ZRFilter for trace and json behind it.
+/// - filter=TEXT: a ZRFilter for the trace and json that follow it.
 /// - profile, profile=FILE: a ZRProfileTable, at the end on standard error or appended to FILE; as CSV when the name
 ///   ends with ".csv".
 /// - stacks=FILE: the stacks of a ZRProfileTable, appended.
 /// - progress: progress is on, with a ZRProgressBar on standard error.
-/// - summary=FILE: for zrtrace, what was written and where most of the time went. Where there is no such file there is
-///   nobody who waits for it.
+/// - summary=FILE: for zrtrace, what was written and where most of the time went. Without such a file nobody waits for
+///   it.
 ///
-/// Of words with the same key, but for filters, the first counts.
+/// Of words with the same key, except filters, the first counts.
 struct ZRObserversOfEnvironment {
     explicit ZRObserversOfEnvironment(std::string_view words)
     {
@@ -116,7 +116,7 @@ struct ZRObserversOfEnvironment {
         if (m_trace) {
             try {
                 m_trace->Flush();
-            } catch (const std::exception&) { // of an observer that is told of a failure
+            } catch (const std::exception&) { // from an observer that is notified of a failure
             }
         }
         if (m_showsProfile) {
@@ -160,7 +160,7 @@ private:
             m_stacksPath = value;
             NeedProfile();
         } else if (key == "progress" && value.empty()) {
-            m_progressOn.emplace(); // for the others too, where there is no terminal
+            m_progressOn.emplace(); // also for the others, where there is no terminal
             m_bar.emplace(stderr);
         } else if (key == "summary" && !value.empty()) {
             m_summaryPath = value;
@@ -179,7 +179,7 @@ private:
         }
     }
 
-    /// Of a process that has measured something.
+    /// Writes nothing for a process that has measured nothing.
     void WriteProfile() const
     {
         const std::string table = m_profile->ToText().ToString();
@@ -236,7 +236,7 @@ private:
 
 namespace {
 
-/// Whoever starts a program with more rights than his own does not choose what it writes.
+/// A user who starts a program with more rights than his own must not choose what it writes.
 const char* Words()
 {
     const char* const words = secure_getenv("ZROBSERVERS");

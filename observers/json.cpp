@@ -6,8 +6,8 @@ namespace zrobservers {
 
 namespace {
 
-/// Number of bytes of the character of UTF-8 at the start of a text that is not empty; 0 when there is none (The
-/// Unicode Standard, version 15, table 3-7).
+/// Number of bytes of the UTF-8 character at the start of a text that is not empty; 0 when there is none (The Unicode
+/// Standard, version 15, table 3-7).
 std::size_t LengthOfCharacter(std::string_view text) noexcept
 {
     const auto byte = [text](std::size_t index) { return static_cast<unsigned char>(text[index]); };

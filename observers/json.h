@@ -1,4 +1,4 @@
-/// Writing JSON.
+/// JsonObject: writes JSON. Not exported.
 #pragma once
 
 #include "hcbase/string.h"
@@ -15,11 +15,11 @@
 
 namespace zrobservers {
 
-/// The text with each byte that is no part of a character of UTF-8 replaced by U+FFFD.
+/// The text with each byte that is not part of a UTF-8 character replaced by U+FFFD.
 std::string ToValidUtf8(std::string_view text);
 bool IsValidUtf8(std::string_view text) noexcept;
 
-/// What RapidJSON takes memory from. It knows no way to tell that there is none.
+/// RapidJSON's source of memory. RapidJSON itself has no way to report a lack of it.
 class ThrowingAllocator : public rapidjson::CrtAllocator {
 public:
     void* Malloc(std::size_t size) { return Checked(rapidjson::CrtAllocator::Malloc(size), size); }
@@ -36,8 +36,8 @@ private:
 };
 using JsonBuffer = rapidjson::GenericStringBuffer<rapidjson::UTF8<>, ThrowingAllocator>;
 
-/// One object. The names of its members are literals of plain characters; so nothing of them is looked at again, which
-/// is a good part of what a short object costs. When memory runs out nothing of the object stays in the buffer.
+/// One object. The names of its members are literals of plain characters, so they are not scanned for escapes, which is
+/// a good part of what a short object costs. When memory runs out, nothing of the object stays in the buffer.
 class JsonObject {
 public:
     using Writer = rapidjson::Writer<JsonBuffer, rapidjson::UTF8<>, rapidjson::UTF8<>, ThrowingAllocator>;
@@ -117,7 +117,7 @@ public:
         return *this;
     }
 
-    /// Thousandths of a unit, which are not negative.
+    /// Thousandths of a unit, not negative.
     template <std::size_t length> JsonObject& AddThousandths(const char (&name)[length], std::int64_t thousandths)
     {
         Key(name);
@@ -131,7 +131,7 @@ public:
         return *this;
     }
 
-    /// What is added next are members of an object of its own, until EndObject; at least one.
+    /// Adds an object of its own: members added next belong to it, until EndObject; at least one.
     template <std::size_t length> JsonObject& StartObject(const char (&name)[length])
     {
         Key(name);
@@ -143,7 +143,7 @@ public:
 private:
     void Put(const char* text, std::size_t length)
     {
-        if (length != 0) { // a buffer that has held nothing yet has no place to copy to
+        if (length != 0) { // an unused buffer has no memory to copy to
             std::memcpy(m_buffer.Push(length), text, length);
         }
     }
@@ -167,9 +167,9 @@ private:
         m_isFirst = false;
     }
 
-    Writer& m_writer; // not owned; of strings and fractions
+    Writer& m_writer; // not owned; for strings and fractions
     JsonBuffer& m_buffer; // not owned
-    std::size_t m_start; // where the object begins
+    std::size_t m_start; // offset at which the object begins
     int m_exceptions = std::uncaught_exceptions();
     bool m_isFirst = true;
 };

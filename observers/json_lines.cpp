@@ -18,7 +18,7 @@ namespace {
 
 using Clock = std::chrono::system_clock;
 
-/// Where and when an event was sent, whichever thread handles it.
+/// When and on which thread an event was sent, whichever thread handles it.
 ZREventOrigin OriginOf()
 {
     if (const ZREventOrigin* const origin = ZREventQueue::GetOrigin(); origin != nullptr) {
@@ -151,7 +151,7 @@ private:
 
     static std::int64_t Number(std::int64_t number) { return number; }
 
-    /// Appends one line: what all have, what `fill` adds, the IDs, what `fillLast` adds.
+    /// Appends one line: the common fields, what `fill` adds, the IDs, what `fillLast` adds.
     template <typename Fill, typename FillLast> void Write(const char* event, Fill fill, FillLast fillLast)
     {
         bool isWritten = false;
@@ -170,7 +170,7 @@ private:
             }
             HCTextIo file(m_path);
             isWritten = Open(file) && file.WriteString(buffer.GetString()) != 0;
-            if (buffer.GetSize() > kLargest) { // one huge message need not stay for ever
+            if (buffer.GetSize() > kLargest) { // one huge message must not keep its memory for ever
                 buffer.Clear();
                 buffer.ShrinkToFit();
             }
@@ -182,7 +182,7 @@ private:
         }
     }
 
-    /// Opens the file for appending, and makes one when there is none. It may be moved at any time.
+    /// Opens the file for appending, and creates it when there is none. It may be moved at any time.
     static bool Open(HCTextIo& file)
     {
         constexpr int kTurns = 3;
@@ -194,7 +194,7 @@ private:
         return false;
     }
 
-    /// Tells the first failure, without a lock, as a message calls observers.
+    /// Reports the first failure, without a lock, as a message calls observers.
     void Fail()
     {
         m_isSound = false;
@@ -212,12 +212,12 @@ private:
     std::atomic<bool> m_isSound{true};
     std::atomic<bool> m_isTold{false};
 
-    HCThreadSync m_lock; // one that works in a forked child
+    HCThreadSync m_lock; // works in a forked child
     zrobservers::DataOfProcess<Buffers> m_buffers;
 
     std::optional<zrobservers::ProfilerOn> m_profilerOn;
-    // Last, so that they go first. One observer for each subject, so that none of their locks is held while a message
-    // of another is under way.
+    // Last, so that they are destroyed first. One observer for each subject, so that none of their locks is held while
+    // a message of another is sent.
     ZRListener m_messages;
     ZRListener m_timers;
     ZRListener m_progress;

@@ -1,4 +1,4 @@
-/// How messages are shown.
+/// How messages are shown. Not exported.
 #pragma once
 
 #include "hcbase/string.h"

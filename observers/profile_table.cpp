@@ -29,7 +29,7 @@ struct Row {
     double longest = 0;
 };
 
-/// A number with so many decimals, after blanks up to a width. The same in every locale.
+/// A number with `decimals` decimals, right-aligned to a width. The same in every locale.
 std::string Fixed(double number, int decimals, std::size_t width = 0)
 {
     char digits[400]; // enough for the largest double
@@ -75,7 +75,7 @@ public:
     Table(const Table&) = delete;
     Table& operator=(const Table&) = delete;
 
-    /// The locations, that with most time of its own first.
+    /// The locations, that with the largest self time first.
     ::Rows GetRows() const
     {
         const Data data = Copy();
@@ -110,13 +110,13 @@ public:
 private:
     static constexpr char kSeparator = ';';
 
-    /// All that a forked child leaves where it is, as another thread may have been in the middle of it.
+    /// A forked child leaves all of it untouched, as another thread may have been in the middle of changing it.
     struct Data {
         std::unordered_map<std::string, Row> nodes; // by stack; self stays 0
-        std::unordered_map<std::string, double> inner; // seconds of the timers right inside a stack
+        std::unordered_map<std::string, double> inner; // seconds of the timers directly inside a stack
 
-        /// What is left of the time of a location when that of the timers right inside it is taken away. A timer that
-        /// still runs has none yet.
+        /// The time of a location less that of the timers directly inside it. A timer that is still running has none
+        /// yet.
         double SelfOf(const std::string& stack, const Row& node) const
         {
             const auto found = inner.find(stack);
@@ -124,7 +124,7 @@ private:
         }
     };
 
-    /// Where the runs that end in this location are counted: by the locations of all timers around it.
+    /// The key for runs that end in this location: the locations of all enclosing timers, and its own.
     static std::string StackOf(const HCString& location)
     {
         constexpr int kMostly = 32;
@@ -153,7 +153,7 @@ private:
         return text;
     }
 
-    /// The key itself, or that of all others when there are very many.
+    /// The entry of the key, or that of all others when there are very many.
     template <typename Map> static auto& EntryOf(Map& map, const std::string& key)
     {
         constexpr std::size_t kMost = 100'000;
@@ -184,18 +184,18 @@ private:
         }
     }
 
-    /// What there is; nothing in a forked child that has measured nothing. What is made of it needs no lock.
+    /// A copy of the data; empty in a forked child that has measured nothing. Evaluating it needs no lock.
     Data Copy() const
     {
         const std::lock_guard guard(m_lock);
         return m_forkGeneration == zrobservers::ForkGeneration() ? *m_data : Data();
     }
 
-    mutable HCThreadSync m_lock; // one that works in a forked child
+    mutable HCThreadSync m_lock; // works in a forked child
     Data* m_data = new Data; // owned
     unsigned int m_forkGeneration = zrobservers::ForkGeneration(); // of the process that has measured
     zrobservers::ProfilerOn m_profilerOn;
-    ZRListener m_timers; // last, so that it goes first
+    ZRListener m_timers; // last, so that it is destroyed first
 };
 
 ZRProfileTable::ZRProfileTable()

@@ -14,10 +14,10 @@
 namespace {
 
 constexpr int kMostWidth = 50; // of the bar itself
-constexpr int kRest = 25; // columns of what is beside the bar, at most
+constexpr int kRest = 25; // most columns beside the bar
 constexpr auto kLeastPause = std::chrono::milliseconds(100);
 
-/// How many columns a text of UTF-8 takes, if each character takes one.
+/// The number of columns of a UTF-8 text, if each character takes one.
 int ColumnsOf(const HCString& text)
 {
     const auto isFirst = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; };
@@ -99,7 +99,7 @@ private:
             line += " " + ToText(std::chrono::duration_cast<std::chrono::seconds>(left)) + " left";
         }
         line.resize(std::min(line.size(), static_cast<std::size_t>(std::max(columns - 1, 0))));
-        std::fprintf(m_stream, "%s\x1b[K\r", line.c_str()); // erases what is behind; the next line is written over it
+        std::fprintf(m_stream, "%s\x1b[K\r", line.c_str()); // erases the rest; the next line overwrites it
         std::fflush(m_stream);
         m_drawn = Clock::now();
         m_width = static_cast<int>(line.size());
@@ -114,7 +114,7 @@ private:
         }
     }
 
-    /// A message on the console has just been written over the bar; takes away what shows behind it.
+    /// A message on the console has just been written over the bar; erases what is left of the bar behind it.
     void OnMessage(const ZRObservedObjectEvent& event)
     {
         const std::lock_guard guard(m_lock);
@@ -124,7 +124,7 @@ private:
             || ZRMessageHandler::IsConsoleEnabled(message.GetType()) == 0) {
             return;
         }
-        std::fflush(stdout); // the message, when the bar is on another stream
+        std::fflush(stdout); // the message, if the bar is on another stream
         const auto word = static_cast<int>(std::strlen(zrobservers::NameOfType(message.GetType())));
         const int length = word + 3 + ColumnsOf(message.GetText());
         if (length < m_width) {
@@ -139,10 +139,10 @@ private:
     const unsigned int m_forkGeneration = zrobservers::ForkGeneration();
     HCThreadSync m_lock; // no message is sent while it is held
     Clock::time_point m_started = Clock::now();
-    Clock::time_point m_drawn; // when
-    int m_width = 0; // columns that the bar takes; 0 while there is none
+    Clock::time_point m_drawn; // when the bar was drawn last
+    int m_width = 0; // columns of the bar; 0 while there is none
     zrobservers::ProgressOn m_progressOn;
-    // Two observers, so that a message is not held up by progress.
+    // Two observers, so that progress does not delay a message.
     ZRListener m_progress;
     ZRListener m_messages;
 };

@@ -1,4 +1,4 @@
-/// Observers that never let an exception pass to the sender.
+/// Quietly: keeps exceptions of observers from the sender. Not exported.
 #pragma once
 
 #include "zrlib/zrlib.h"
@@ -9,7 +9,7 @@
 namespace zrobservers {
 
 /// A function for a ZRListener that calls a member of an observer. An event for which there is no memory is lost, and
-/// errno stays as the sender has it.
+/// the sender's errno is preserved.
 template <typename Observer> auto Quietly(Observer& observer, void (Observer::*handle)(const ZRObservedObjectEvent&))
 {
     return [&observer, handle](const ZRObservedObjectEvent& event) {

@@ -19,7 +19,7 @@ public:
         m_listeners[0] = ZRListener(*ZRGetMessageHandler(), Quietly(*this, &Record::Keep));
         m_listeners[1] = ZRListener(*ZRGetProfilerStateHandler(), Quietly(*this, &Record::Keep));
         m_listeners[2] = ZRListener(Quietly(*this, &Record::Keep));
-        Clear(); // the switch of messages
+        Clear(); // removes the event of the messages' switch
     }
     explicit Record(ZRObservedObject& subject)
     {
@@ -39,7 +39,7 @@ public:
         auto& [more, events] = m_data.Get();
         std::size_t next = 0;
         const auto isThere = [&predicate, &next, &events = events] {
-            next = next <= events.size() ? next : 0; // some were forgotten
+            next = next <= events.size() ? next : 0; // after Clear
             while (next < events.size()) {
                 if (predicate(events[next++])) {
                     return true;
@@ -70,10 +70,10 @@ private:
         std::vector<ZRObservedObjectEvent> events;
     };
 
-    mutable HCThreadSync m_lock; // one that works in a forked child
+    mutable HCThreadSync m_lock; // works in a forked child
     mutable zrobservers::DataOfProcess<Data> m_data;
     std::optional<zrobservers::MessagesOn> m_messagesOn;
-    ZRListener m_listeners[3]; // last, so that they go first
+    ZRListener m_listeners[3]; // last, so that they are destroyed first
 };
 
 ZRRecorder::ZRRecorder()

@@ -1,4 +1,4 @@
-/// Switches that are on for as long as an observer needs them.
+/// SwitchOn: keeps a switch on while an observer needs it. Not exported.
 #pragma once
 
 #include "zrlib/zrlib.h"
@@ -7,7 +7,7 @@
 
 namespace zrobservers {
 
-/// While one or more exist the switch is on; the last one to go turns it off, unless it was on before the first.
+/// While one or more exist the switch is on; the last one destroyed turns it off, unless it was on before the first.
 template <char (*get)(), void (*set)(char)> class SwitchOn {
 public:
     SwitchOn()

@@ -1,4 +1,4 @@
-/// What the observers need of the system.
+/// What the observers need from the system. Not exported.
 #pragma once
 
 #include <cstddef>
@@ -11,19 +11,19 @@
 
 namespace zrobservers {
 
-/// IDs as the system's tools show them.
+/// IDs as in the system's tools.
 std::uint64_t ThreadId() noexcept;
 std::uint64_t ProcessId() noexcept;
 
-/// Empty when nobody gave one.
+/// Empty when none was set.
 std::string ThreadName();
 std::string ProcessName();
 
-/// How many forks lie between this process and the one that loaded the library.
+/// The number of forks between this process and the one that loaded the library.
 unsigned int ForkGeneration() noexcept;
 
-/// What a lock guards. A forked child leaves that of its parent where it is, as another thread may have been in the
-/// middle of changing it, and begins anew.
+/// Data that a lock guards. A forked child leaves its parent's data untouched, as another thread may have been in the
+/// middle of changing them, and starts with new ones.
 template <typename Data> class DataOfProcess {
 public:
     DataOfProcess() = default;
@@ -36,7 +36,7 @@ public:
     DataOfProcess(const DataOfProcess&) = delete;
     DataOfProcess& operator=(const DataOfProcess&) = delete;
 
-    /// Under the lock. Throws std::bad_alloc.
+    /// To be called under the lock. Throws std::bad_alloc.
     Data& Get()
     {
         if (m_forkGeneration != ForkGeneration()) {
@@ -53,24 +53,24 @@ private:
     unsigned int m_forkGeneration = ForkGeneration();
 };
 
-/// Path of the library or program in which an address lies; empty when nobody knows.
+/// The path of the library or program that contains an address; empty when it is unknown.
 std::string FileOf(const void* address);
 
-/// Whether this process may write a file, or make files in a folder.
+/// Whether this process may write a file, or create files in a folder.
 bool IsWritable(const std::string& path);
 
 bool IsTerminal(std::FILE* stream);
 
-/// Whether two streams write to one and the same terminal.
+/// Whether two streams write to the same terminal.
 bool IsSameTerminal(std::FILE* one, std::FILE* other);
 
-/// Columns of a terminal; 80 when it does not say.
+/// The columns of a terminal; 80 when it does not say.
 int TerminalWidth(std::FILE* stream);
 
 /// Runs an action with all signals blocked for this thread, so that a thread that it starts gets none of the program's.
 void WithoutSignals(const std::function<void()>& action);
 
-/// A file that one process writes. Not inherited by other programs, and never in the place of a standard stream.
+/// A file that one process writes. Other programs do not inherit it, and it never takes the place of a standard stream.
 class OutputFile {
 public:
     OutputFile() = default;
@@ -78,11 +78,11 @@ public:
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
-    /// Makes the file or empties it; with `isNew` fails when it exists. False with errno set.
+    /// Creates or truncates the file; with `isNew` fails when it exists. False with errno set.
     bool Open(const std::string& path, bool isNew);
 
-    /// A program may close all files and get one of its own in the place of this one: that is left alone, and this one
-    /// is not open any more.
+    /// A program may close all files and get one of its own in the place of this one: that one is left alone, and this
+    /// one is then not open.
     bool IsOpen() noexcept;
 
     /// Writes all, or nothing if that is possible. False with errno set. The file must be open.
@@ -92,9 +92,9 @@ public:
 
 private:
     int m_descriptor = -1;
-    std::uint64_t m_device = 0; // with m_inode what the system knows the file by
+    std::uint64_t m_device = 0; // with m_inode the identity of the file
     std::uint64_t m_inode = 0;
-    std::int64_t m_size = 0; // of what was written whole
+    std::int64_t m_size = 0; // of what was written completely
 };
 
 } // namespace zrobservers

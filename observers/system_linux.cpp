@@ -23,7 +23,7 @@ struct CachedId {
 };
 constinit thread_local CachedId t_thread{0, 0};
 
-// The C library takes the hook out when it unloads this library.
+// The C library removes the hook when it unloads this library.
 [[gnu::constructor]] void InstallForkHook()
 {
     pthread_atfork(nullptr, nullptr, [] { g_forkGeneration.fetch_add(1, std::memory_order_relaxed); });
@@ -45,7 +45,7 @@ std::uint64_t ProcessId() noexcept { return static_cast<std::uint64_t>(getpid())
 
 std::string ThreadName()
 {
-    char name[16] = {}; // the longest that the system keeps
+    char name[16] = {}; // the longest that the system stores
     return prctl(PR_GET_NAME, name) == 0 ? name : "";
 }
 
@@ -137,7 +137,7 @@ bool OutputFile::Write(const char* data, std::size_t size)
             done += static_cast<std::size_t>(written);
         } else if (written == 0 || errno != EINTR) {
             const int error = written == 0 ? ENOSPC : errno;
-            if (ftruncate(m_descriptor, m_size) == 0) { // what was cut would spoil what comes later
+            if (ftruncate(m_descriptor, m_size) == 0) { // a partial write would spoil later ones
                 lseek(m_descriptor, m_size, SEEK_SET);
             }
             errno = error;

@@ -68,7 +68,7 @@ bool IsWritable(const std::string& path)
 
 bool IsTerminal(std::FILE* stream)
 {
-    // One that does not understand escape codes is none.
+    // One that does not support escape codes does not count as a terminal.
     const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
     DWORD mode = 0;
     return GetConsoleMode(handle, &mode) != 0 && SetConsoleMode(handle, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
@@ -107,7 +107,7 @@ bool OutputFile::Write(const char* data, std::size_t size)
         const int written = _write(m_descriptor, data + done, piece);
         if (written <= 0) {
             const int error = written == 0 ? ENOSPC : errno;
-            _chsize_s(m_descriptor, m_size); // what was cut would spoil what comes later
+            _chsize_s(m_descriptor, m_size); // a partial write would spoil later ones
             _lseeki64(m_descriptor, m_size, SEEK_SET);
             errno = error;
             return false;

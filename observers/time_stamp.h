@@ -1,4 +1,4 @@
-/// Times as text.
+/// TimeStamp: times as text. Not exported.
 #pragma once
 
 #include <chrono>
@@ -7,8 +7,8 @@
 
 namespace zrobservers {
 
-/// A moment in UTC as in RFC 3339, to the microsecond. Needs neither memory nor a lock, so that it serves a signal
-/// handler too.
+/// An instant in UTC as in RFC 3339, to the microsecond. Needs neither memory nor a lock, so a signal handler may use
+/// it.
 class TimeStamp {
 public:
     explicit TimeStamp(std::chrono::system_clock::time_point time) noexcept

@@ -21,10 +21,10 @@ constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
 
 constinit std::atomic<std::uint32_t> g_traces{0};
 
-/// The last few traces, in this process, to which the thread has told its name.
+/// The last few traces, in this process, that contain the name of the thread.
 class NamedIn {
 public:
-    /// Whether the trace is a new one among them.
+    /// Adds a trace. False when it is among them already.
     bool Add(std::uint32_t trace, unsigned int forkGeneration)
     {
         for (const Entry& entry : m_entries) {
@@ -46,7 +46,7 @@ private:
 };
 constinit thread_local NamedIn t_namedIn;
 
-/// Of this thread alone; the system gives its ID to another one later.
+/// Unique to this thread, while the system reuses the IDs of ended threads.
 std::uint64_t ThreadNumber()
 {
     static constinit std::atomic<std::uint64_t> last{0};
@@ -54,7 +54,7 @@ std::uint64_t ThreadNumber()
     return number;
 }
 
-/// On the clock of ZRProfiler::GetTicks.
+/// The time on the clock of ZRProfiler::GetTicks.
 std::int64_t Now() { return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count(); }
 
 std::int64_t ToNanoseconds(std::int64_t ticks, std::int64_t ticksPerSecond)
@@ -100,7 +100,7 @@ private:
         while (!m_wake.wait_for(guard, kPause, [this] { return m_isOver; })) {
             guard.unlock();
             try {
-                trace.Write(); // a failure is told by others, as who waits for this thread may hold locks of observers
+                trace.Write(); // others report a failure: who waits for this thread may hold locks of observers
             } catch (const std::exception&) {
             }
             guard.lock();
@@ -153,12 +153,12 @@ void ZRTraceFile::Trace::End()
             m_file.Write("\n]\n", 3);
         }
         TellFailure();
-    } catch (const std::exception&) { // of an observer, or there is no memory
+    } catch (const std::exception&) { // from an observer, or out of memory
     }
     delete m_buffers;
 }
 
-/// Not so in a forked child that has sent nothing: what there is belongs to its parent.
+/// False in a forked child that has sent nothing: all data belong to its parent then.
 bool ZRTraceFile::Trace::IsOfThisProcess() const { return m_forkGeneration == zrobservers::ForkGeneration(); }
 
 void ZRTraceFile::Trace::OnMessage(const ZRObservedObjectEvent& event)
@@ -210,7 +210,7 @@ void ZRTraceFile::Trace::OnProgress(const ZRObservedObjectEvent& event)
     }
     case ZR_EVENT_PROGRESS_END:
         if (std::exchange(m_progressSpanIn, std::nullopt) == zrobservers::ForkGeneration()) {
-            // else it began before the trace
+            // otherwise it began before the trace
             Append("e", "progress", now, m_progressTitle.View(), span);
         }
         break;
@@ -219,7 +219,7 @@ void ZRTraceFile::Trace::OnProgress(const ZRObservedObjectEvent& event)
     }
 }
 
-/// Adds one event. What has no part in all of them is added by `fill`.
+/// Adds one event. `fill` adds the fields that not all events have.
 template <typename Fill> void ZRTraceFile::Trace::Append(
     const char* phase, const char* category, std::int64_t nanoseconds, std::string_view name, Fill fill)
 {
@@ -251,7 +251,7 @@ template <typename Fill> void ZRTraceFile::Trace::Append(
     TellFailure();
 }
 
-/// Unless it is named: asking the system is dear.
+/// Names a thread once: asking the system is expensive.
 void ZRTraceFile::Trace::NameThread(std::uint64_t thread)
 {
     constexpr std::size_t kMost = 10'000;
@@ -276,7 +276,7 @@ void ZRTraceFile::Trace::WriteThreadName(std::uint64_t thread)
     object.Add("name", std::string_view(name)).EndObject();
 }
 
-/// What was collected so far is the parent's, and so is its file.
+/// What was collected so far belongs to the parent, and so does the file.
 void ZRTraceFile::Trace::StartInChild()
 {
     m_process = zrobservers::ProcessId();
@@ -289,8 +289,8 @@ void ZRTraceFile::Trace::StartInChild()
     m_forkGeneration = zrobservers::ForkGeneration();
 }
 
-/// With the first event, so that a program that sends nothing has no thread more. Without the thread the buffer is
-/// written when it is full, and at the end.
+/// Called with the first event, so that a program that sends nothing has no extra thread. Without the thread, the
+/// buffer is written when it is full, and at the end.
 void ZRTraceFile::Trace::StartFlusher()
 {
     m_hasTriedFlusher = true;
@@ -327,14 +327,14 @@ void ZRTraceFile::Trace::Write()
         return;
     }
     NoteWhether(OpenFile() && m_file.Write(text.GetString(), text.GetSize()));
-    const bool isLarge = text.GetSize() > 4 * kFullBuffer; // one huge message need not stay for ever
+    const bool isLarge = text.GetSize() > 4 * kFullBuffer; // one huge message must not keep its memory for ever
     text.Clear();
     if (isLarge) {
         text.ShrinkToFit();
     }
 }
 
-/// When it is not, errno says why.
+/// On failure errno says why.
 void ZRTraceFile::Trace::NoteWhether(bool isWritten)
 {
     m_isSound = isWritten;
@@ -343,8 +343,8 @@ void ZRTraceFile::Trace::NoteWhether(bool isWritten)
     }
 }
 
-/// Unless it is open. The first object is the name of the process, so that all others have a comma before them; when
-/// there is no room for it the file stays open and gets it later.
+/// No-op if it is open. The first object is the name of the process, so that all others follow a comma; when there is
+/// no room for it, the file stays open and gets it later.
 bool ZRTraceFile::Trace::OpenFile()
 {
     if (!m_file.IsOpen()) {
@@ -372,8 +372,8 @@ bool ZRTraceFile::Trace::OpenPath()
 {
     m_buffers->openPath.clear();
     const bool isTheOnlyOne = m_start == Start::kNow && !m_isChild && !m_hasBeenOpen;
-    // Whatever is there already stays: the trace of another process, or of this one before it has become another
-    // program or has closed the file.
+    // An existing file is kept: the trace of another process, or of this one before it became another program or closed
+    // the file.
     constexpr int kMost = 1000;
     for (int number = m_isChild ? 1 : 0; number < kMost; ++number) {
         const std::string path = number == 0 ? m_path : WithProcess(m_path, number);
@@ -388,7 +388,7 @@ bool ZRTraceFile::Trace::OpenPath()
     return false;
 }
 
-/// Once, and without a lock of the trace, as a message calls observers.
+/// Reports once, and without a lock of the trace, as a message calls observers.
 void ZRTraceFile::Trace::TellFailure()
 {
     const int error = m_failure.load(std::memory_order_relaxed);

@@ -1,4 +1,4 @@
-/// The trace behind a ZRTraceFile.
+/// ZRTraceFile::Trace: the implementation of ZRTraceFile. Not exported.
 #pragma once
 
 #include "json.h"
@@ -15,13 +15,13 @@
 #include <thread>
 #include <unordered_set>
 
-/// Events are put as text into a buffer, under m_lock. Whoever writes the buffer to the file holds m_fileLock, takes
-/// the buffer away under m_lock, and writes it without, so that senders do not wait for the disk.
+/// Events are written as text into a buffer, under m_lock. Whoever writes the buffer to the file holds m_fileLock,
+/// takes the buffer under m_lock, and writes it without m_lock, so that senders do not wait for the disk.
 class ZRTraceFile::Trace {
 public:
     enum class Start {
-        kNow, // the file is emptied
-        kWithFirstEvent, // the file is new: where there is one already, the name gets the ID of the process
+        kNow, // the file is truncated
+        kWithFirstEvent, // the file is new: if it exists already, the name gets the process ID
     };
 
     Trace(const HCString& path, const ZRFilter& filter, Start start);
@@ -33,19 +33,19 @@ public:
     bool IsSound() const { return m_isSound.load(std::memory_order_relaxed); }
     std::int64_t GetEventCount() const { return IsOfThisProcess() ? m_count.load(std::memory_order_relaxed) : 0; }
 
-    /// Path of the file that is written; empty before it is open.
+    /// The path of the file that is written; empty before it is open.
     std::string GetPath();
 
 private:
     using Object = zrobservers::JsonObject;
 
-    // A forked child leaves both of its parent where they are: the thread did not come along, and another thread may
-    // have been in the middle of changing the buffers.
+    // A forked child leaves its parent's buffers and thread object untouched: the thread is not in the child, and
+    // another thread may have been in the middle of changing the buffers.
     struct Buffers {
         zrobservers::JsonBuffer collected;
         zrobservers::JsonBuffer written; // guarded by m_fileLock
         Object::Writer writer;
-        std::unordered_set<std::uint64_t> namedThreads; // numbers of those whose names are there
+        std::unordered_set<std::uint64_t> namedThreads; // numbers of those whose names are written
         std::string openPath; // guarded by m_fileLock
     };
     class Flusher;
@@ -73,11 +73,11 @@ private:
     const Start m_start;
     const std::uint32_t m_number; // of this trace among those of the process
 
-    HCThreadSync m_lock; // as all locks here one that works in a forked child
+    HCThreadSync m_lock; // like all locks here one that works in a forked child
     Buffers* m_buffers = nullptr; // owned
     std::uint64_t m_process;
     std::atomic<unsigned int> m_forkGeneration; // of the process that writes
-    bool m_isChild = false; // of the process that has made this object
+    bool m_isChild = false; // of the process that constructed this object
 
     HCThreadSync m_fileLock;
     zrobservers::OutputFile m_file;
@@ -93,11 +93,11 @@ private:
     std::optional<unsigned int> m_progressSpanIn; // ForkGeneration of the process that has begun one
     HCString m_progressTitle = ZRProgressGetTitle();
 
-    Flusher* m_flusher = nullptr; // owned; null before the first event, and when there could be no thread
+    Flusher* m_flusher = nullptr; // owned; null before the first event, and without a thread
     bool m_hasTriedFlusher = false;
     zrobservers::ProfilerOn m_profilerOn;
-    // Last, so that they go first. One observer for each subject, so that none of their locks is held while a message
-    // of another is under way.
+    // Last, so that they are destroyed first. One observer for each subject, so that none of their locks is held while
+    // a message of another is sent.
     ZRListener m_messages;
     ZRListener m_timers;
     ZRListener m_progress;

@@ -1,4 +1,4 @@
-// zrinfo: what a person needs to know who helps another: versions, files, preferences, and whether the library is
+// zrinfo: what a person who helps another needs to know: versions, files, preferences, and whether the library is
 // sound.
 
 #include "system.h"
@@ -121,7 +121,7 @@ void PrintSwitches()
 
 void PrintSelfChecks()
 {
-    ZRSetMessagesEnabled(1); // which the check that counts messages needs
+    ZRSetMessagesEnabled(1); // the check that counts messages needs them
     ZRSetAllFlags(0);
     if (ZRTestAll(1) != 0) {
         Print("self-checks", "sound");

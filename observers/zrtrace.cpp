@@ -22,7 +22,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr int kBadUse = 125; // as of other programs that run programs
+constexpr int kBadUse = 125; // as other programs that run programs
 constexpr int kNotRunnable = 126;
 constexpr int kNotFound = 127;
 
@@ -49,10 +49,10 @@ Status 125: wrong use of zrtrace; 126: PROGRAM cannot be run; 127: there is no s
     std::exit(kBadUse);
 }
 
-/// The library that is loaded into the program: beside this program, in the tree of the build or where it is installed.
+/// The library to load into the program: beside this program, in the build tree or where it is installed.
 std::string FindLibrary()
 {
-    // NOLINTNEXTLINE(performance-no-int-to-ptr): that is how the system gives it
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the system returns it as a number
     const auto* const program = reinterpret_cast<const char*>(getauxval(AT_EXECFN));
     const fs::path folder = fs::canonical(program).parent_path().parent_path();
     for (const char* const place : {"lib", ZRTRACE_LIBDIR}) {
@@ -66,7 +66,7 @@ std::string FindLibrary()
 
 class Options {
 public:
-    /// Gives the index of the program among the arguments.
+    /// Returns the index of the program among the arguments.
     int Read(int count, char** arguments)
     {
         int index = 1;
@@ -87,7 +87,7 @@ public:
                 if (++index == count || std::strchr(arguments[index], ';') != nullptr) {
                     Refuse("--filter needs a text without a semicolon");
                 }
-                m_words = std::string("filter=") + arguments[index] + ";" + m_words; // it comes before what it is for
+                m_words = std::string("filter=") + arguments[index] + ";" + m_words; // before what it applies to
             } else if (option == "--profile" || option == "--progress") {
                 m_words += option.substr(2) + ";";
             } else {
@@ -126,8 +126,8 @@ private:
     std::string m_jsonPath;
 };
 
-/// A trace that is there already is put aside, so that the first process of the program that sends something can make
-/// the file. It goes when the program has been started, and comes back when it could not be.
+/// Moves an existing trace aside, so that the first process of the program that sends something can create the file. It
+/// is removed once the program has started, and restored if it could not be.
 class FormerTrace {
 public:
     explicit FormerTrace(const std::string& path)
@@ -158,10 +158,10 @@ public:
 
 private:
     std::string m_path;
-    std::string m_aside; // empty while there is nothing
+    std::string m_aside; // empty while nothing is moved aside
 };
 
-/// A file for what the program's processes have to say at their end.
+/// A file for what the program's processes report at their end.
 class Summary {
 public:
     Summary()
@@ -178,7 +178,7 @@ public:
 
     const std::string& GetPath() const { return m_path; }
 
-    /// Shows it. False when there is nothing.
+    /// Prints it. False when it is empty.
     bool Show() const
     {
         std::ifstream file(m_path);
@@ -202,7 +202,7 @@ void Prepend(const char* name, const std::string& value, const char* separator)
     setenv(name, all.c_str(), 1);
 }
 
-/// The signals that are taken with Await instead of by handlers: all but those that stop and continue a process.
+/// The signals that Await takes instead of handlers: all but those that stop and continue a process.
 sigset_t AwaitedSignals()
 {
     sigset_t signals;
@@ -224,7 +224,7 @@ sigset_t AwaitedSignals()
     _exit(isTold ? 0 : kNotRunnable);
 }
 
-/// Starts the program. On failure gives 0 and sets errno.
+/// Starts the program. On failure returns 0 and sets errno.
 pid_t Start(char** arguments)
 {
     // Signals wait from now on, so that none is lost while the program starts.
@@ -232,7 +232,7 @@ pid_t Start(char** arguments)
     sigset_t mask;
     pthread_sigmask(SIG_BLOCK, &awaited, &mask);
     struct sigaction standard {};
-    standard.sa_handler = SIG_DFL; // if they are ignored there is no exit status
+    standard.sa_handler = SIG_DFL; // if they are ignored, there is no exit status
     struct sigaction child {};
     sigaction(SIGCHLD, &standard, &child);
     int errors[2];
@@ -254,8 +254,8 @@ pid_t Start(char** arguments)
     return isStarted ? program : 0;
 }
 
-/// Waits for the end of the program, and passes on the signals that somebody sends to this process. Those of the
-/// terminal go to the program too. Gives its status.
+/// Waits for the end of the program, and forwards signals sent to this process. Those of the terminal reach the program
+/// anyway. Returns its status.
 int Await(pid_t program)
 {
     const sigset_t awaited = AwaitedSignals();
@@ -292,14 +292,14 @@ void Report(const Summary& summary, const Options& options, const char* program,
     }
 }
 
-/// Ends as the program has ended.
+/// Ends as the program ended.
 int End(int status)
 {
     if (!WIFSIGNALED(status)) {
         return WEXITSTATUS(status);
     }
     const int signal = WTERMSIG(status);
-    const rlimit noCore{0, 0}; // that of the program is there already
+    const rlimit noCore{0, 0}; // the program has left its own already
     setrlimit(RLIMIT_CORE, &noCore);
     std::signal(signal, SIG_DFL);
     sigset_t mask;
@@ -307,7 +307,7 @@ int End(int status)
     sigaddset(&mask, signal);
     pthread_sigmask(SIG_UNBLOCK, &mask, nullptr);
     raise(signal);
-    constexpr int kSignalled = 128; // as shells say it
+    constexpr int kSignalled = 128; // as shells report it
     return kSignalled + signal;
 }
 

@@ -1,4 +1,4 @@
-/// ZREventQueue: events for the thread that wants them.
+/// ZREventQueue: hands events to another thread.
 #pragma once
 
 #include "zrlib/zrlib.h"
@@ -11,25 +11,25 @@
 #include <functional>
 #include <memory>
 
-/// Where an event comes from that is handled on another thread than it was sent on.
+/// The origin of an event that is handled on another thread than it was sent on.
 struct ZREventOrigin {
     std::chrono::system_clock::time_point time; // when it was sent
     std::uint64_t thread = 0; // ID of the sender, as the system shows it
-    ZRProfilerRun run{}; // that has just ended, for the event of a timer (ZRProfiler::GetEnding); else zeros
+    ZRProfilerRun run{}; // the run just ended, for a timer's event (ZRProfiler::GetEnding); otherwise zeros
 };
 
-/// Keeps copies of events until a thread takes them out with Drain, such as that of a user interface. The copies have
+/// Keeps copies of events until a thread, such as that of a user interface, takes them out with Drain. The copies have
 /// no source.
 ///
 ///     ZREventQueue queue(*ZRGetMessageHandler());
 ///     // in the loop of the window:
 ///     queue.Drain([&](const ZRObservedObjectEvent& event) { window.Show(event.GetText()); });
 ///
-/// While senders may wait for room (kWait), what handles the events must not send messages: the sender that waits holds
-/// the lock of messages. The observers of this library may be used all the same.
+/// While senders may wait for room (kWait), the code that handles the events must not send messages: the waiting sender
+/// holds the lock of messages. The observers of this library may be used all the same.
 ///
-/// Threads: any; events of one thread stay in their order. In a child of `fork` the queue is empty, and until a thread
-/// of the child has called Drain events without room are dropped.
+/// Threads: any; events of one thread keep their order. In a child of `fork` the queue is empty, and until a thread of
+/// the child has called Drain, events without room are dropped.
 class ZR_OBSERVERS_API ZREventQueue {
 public:
     /// What happens to an event for which there is no room.
@@ -42,11 +42,10 @@ public:
     };
 
     struct Options {
-        int capacity = 8192; // most events that wait, at least 1; those that a call of Drain has begun with are beside
+        int capacity = 8192; // most waiting events, at least 1; those that a call of Drain has begun with do not count
         WhenFull whenFull = WhenFull::kWait;
         ZRFilter filter; // of messages and timers
-        /// Called on the sender's thread, as OnEvent is, when an event has come into a queue that was empty: to wake a
-        /// loop.
+        /// Called on the sender's thread, as OnEvent is, when an event enters an empty queue: to wake a loop.
         std::function<void()> notify;
     };
     using Handler = std::function<void(const ZRObservedObjectEvent&)>;
@@ -59,24 +58,24 @@ public:
     explicit ZREventQueue(ZRObservedObject& subject);
     ZREventQueue(ZRObservedObject& subject, const Options& options);
 
-    /// What still waits is lost. Nobody may be inside Drain.
+    /// Discards what is still waiting. No thread may be inside Drain.
     ~ZREventQueue();
     ZREventQueue(const ZREventQueue&) = delete;
     ZREventQueue& operator=(const ZREventQueue&) = delete;
 
-    /// Calls `handle` for events in their order, on this thread: for those that wait now, at most `most`. Gives how
-    /// many; 0 while another call is under way. An exception of `handle` passes on; the events behind wait for the next
-    /// call.
+    /// Calls `handle` for the waiting events in their order, on this thread, for at most `most` of those that are
+    /// waiting now. Returns how many; 0 while another call is under way. An exception of `handle` passes to the caller;
+    /// the events behind it wait for the next call.
     int Drain(const Handler& handle, int most = INT_MAX);
 
-    /// Waits for an event, for at most so many milliseconds. False when there is none.
+    /// Waits for an event, for at most `milliseconds`. False when there is none.
     bool WaitFor(int milliseconds);
 
-    /// How many events were lost because there was no room.
+    /// The number of events that were lost because there was no room.
     [[nodiscard]] std::int64_t GetDroppedCount() const;
 
-    /// Within a handler of Drain, or an observer of a ZRBackground: where the event comes from. Null elsewhere, where
-    /// the event is handled by the thread that sends it.
+    /// Within a handler of Drain, or an observer of a ZRBackground: the origin of the event. Null elsewhere, where the
+    /// event is handled by the thread that sends it.
     [[nodiscard]] static const ZREventOrigin* GetOrigin() noexcept;
 
 private:

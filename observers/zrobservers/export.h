@@ -1,4 +1,4 @@
-/// Export mark of the library of observers.
+/// Export macro of the library of observers.
 #pragma once
 
 #if defined(_WIN32)

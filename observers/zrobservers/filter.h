@@ -1,4 +1,4 @@
-/// ZRFilter: which messages an observer wants.
+/// ZRFilter: selects messages for an observer.
 #pragma once
 
 #include "hcbase/array.h"
@@ -10,23 +10,23 @@
 class ZRMsg;
 class ZRObservedObjectEvent;
 
-/// A condition on type, level and place of a message. It is read from a short text of words with blanks between them.
+/// A condition on type, level and place (location) of a message, read from a short text of words separated by blanks.
 /// All words must hold:
 ///
 /// - `error` or `warn,error`: the type is one of these. There are `out`, `warn`, `error` and `trace`.
 /// - `level<=3`, `level>=5` or `level=1`: the level is in this range.
-/// - `place=Map::*`: the place fits the pattern, in which `*` stands for any characters and `?` for one. With several
-///   words of this kind it fits one of them.
-/// - `place!=Map::Draw`: the place does not fit the pattern.
+/// - `place=Map::*`: the place matches the pattern, in which `*` matches any characters and `?` one. With several words
+///   of this kind it matches one of them.
+/// - `place!=Map::Draw`: the place does not match the pattern.
 ///
-/// For timers only the words for the place count; they hold for the location of the state. The empty text is true for
+/// For timers only the words for the place count; they apply to the location of the state. The empty text accepts
 /// everything. Threads: as for an int.
 class ZR_OBSERVERS_API ZRFilter {
 public:
-    /// True for everything.
+    /// Accepts everything.
     ZRFilter() = default;
 
-    /// A word that cannot be read is told with ZRError and left out (IsGood).
+    /// A word that cannot be read is reported with ZRError and ignored (IsGood).
     ZRFilter(const HCString& text);
     ZRFilter(const char* text)
         : ZRFilter(HCString(text))
@@ -38,10 +38,10 @@ public:
 
     [[nodiscard]] bool Takes(const ZRMsg& message) const noexcept;
 
-    /// As it is for its message, or for the location of the state of a timer. True for any other event.
+    /// Tests the message of an event, or the location of a timer's state. True for any other event.
     [[nodiscard]] bool Takes(const ZRObservedObjectEvent& event) const;
 
-    /// The words for the place only.
+    /// Tests the words for the place only.
     [[nodiscard]] bool TakesPlace(const HCString& place) const noexcept
     {
         return (m_wanted.GetSize() == 0 && m_unwanted.GetSize() == 0) || FitsPlace(place);

@@ -9,53 +9,53 @@
 #include <memory>
 
 /// Keeps the last messages in memory, traces included, and appends them to a file when there is a reason: a message of
-/// a type that you choose, WriteNow, or a crash. Each message is written once:
+/// a chosen type, WriteNow, or a crash. Each message is written once:
 ///
 ///     -- 3 messages, process 4711: a message of type ERROR
 ///     2026-11-23T20:15:02.123456Z 4711 TRACE 1 Map::Load: reads roads
 ///     2026-11-23T20:15:02.123470Z 4712 WARNING 1 Map::Load: line 7 is empty
 ///     2026-11-23T20:15:02.123999Z 4711 ERROR 1 Map::Check: no roads
 ///
-/// A line has the time in UTC, the thread's ID, type, level, place and text. Control characters are shown as blanks.
-/// Place and text together are kept up to kMostBytes. Messages are on while the object exists (ZRSetMessagesEnabled).
-/// Keeping a message costs a reading of the clock and a copy of its texts, and takes no memory.
+/// A line has the time in UTC, the thread's ID, type, level, place and text. Control characters become blanks. Place
+/// and text together are kept up to kMostBytes. Messages are on while the object exists (ZRSetMessagesEnabled). Keeping
+/// a message costs one reading of the clock and a copy of its texts, and allocates nothing.
 ///
-/// Threads: any. A child of `fork` writes what it has sent itself.
+/// Threads: any. A child of `fork` writes only what it has sent itself.
 class ZR_OBSERVERS_API ZRFlightRecorder {
 public:
     static constexpr int kMostBytes = 472;
 
     struct Options {
-        int count = 1000; // of messages that are kept, 1 to 1,000,000; 512 bytes each
-        int types = ZR_MSG_ERROR; // of messages that let it write, a sum of ZR_MSG_...; 0 for none
+        int count = 1000; // of kept messages, 1 to 1,000,000; 512 bytes each
+        int types = ZR_MSG_ERROR; // of messages that trigger a write, a sum of ZR_MSG_...; 0 for none
         /// Write when the process crashes: by SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGSYS or SIGABRT; on Windows by an
-        /// exception that nobody handles, or abort. The handler that was there before runs afterwards, and the process
-        /// ends as it would have. At most eight recorders of a process do so.
+        /// unhandled exception, or abort. The handler installed before runs afterwards, and the process ends as it
+        /// would have. At most eight recorders of a process do so.
         bool atCrash = false;
         ZRFilter filter; // of what is kept
     };
 
-    /// path: UTF-8, of the file that is appended to; made when there is something to write. When it cannot be written
-    /// that is told once with ZRErrorSet, and the messages stay for the next reason.
+    /// path: UTF-8, of the file that is appended to; created when there is something to write. When it cannot be
+    /// written, that is reported once with ZRErrorSet, and the messages are kept for the next reason.
     explicit ZRFlightRecorder(const HCString& path);
     ZRFlightRecorder(const HCString& path, const Options& options);
     ~ZRFlightRecorder();
     ZRFlightRecorder(const ZRFlightRecorder&) = delete;
     ZRFlightRecorder& operator=(const ZRFlightRecorder&) = delete;
 
-    /// Writes what was kept since the last time. False when that was not possible.
+    /// Writes what was kept since the last write. False when that failed.
     bool WriteNow();
 
     /// Whether the last write succeeded.
     [[nodiscard]] bool IsOpen() const;
 
-    /// While one exists, a crash of its thread can be recorded also when the stack of the thread has overflowed. The
-    /// thread that constructs a recorder with `atCrash` has one.
+    /// While one exists, a crash of its thread can be recorded even when the thread's stack has overflowed. The thread
+    /// that constructs a recorder with `atCrash` has one.
     class ZR_OBSERVERS_API ThreadGuard {
     public:
         ThreadGuard();
 
-        /// On the same thread.
+        /// To be called on the same thread.
         ~ThreadGuard();
         ThreadGuard(const ThreadGuard&) = delete;
         ThreadGuard& operator=(const ThreadGuard&) = delete;

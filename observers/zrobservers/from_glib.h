@@ -1,5 +1,5 @@
-/// ZRFromGlib: what is logged with GLib becomes messages. For clients that have GLib; not part of zrobservers.h, and
-/// nothing of it is in the library.
+/// ZRFromGlib: turns what is logged with GLib into messages. For clients that have GLib; not part of zrobservers.h, and
+/// not in the library.
 #pragma once
 
 #include "zrlib/zrlib.h"
@@ -10,13 +10,12 @@
 
 /// Turns GLib's log messages into messages of the process while one or more objects exist: "error" and "critical"
 /// become Error, "warning" Warn, "message" and "info" Out, "debug" Trace. The function, or else the domain, is the
-/// place. While there is no object they go where GLib sends them by itself.
+/// place. While there is no object, they go where GLib sends them by itself.
 ///
 /// GLib takes one writer for the whole life of a process, and ends the process at a second one. So the first object
-/// gives it one that stays, and this header belongs into a program that sets none itself, or into a library that is not
+/// installs one that stays, and this header is for a program that sets none itself, or for a library that is not
 /// unloaded. What an observer logs with g_log_structured while it handles such a message is left to GLib; with g_log
-/// (g_message and its kin) GLib ends the process, as ever when its logging calls itself. So does an "error",
-/// afterwards.
+/// (g_message and its kin) GLib ends the process, as always when its logging recurses. So does an "error", afterwards.
 ///
 /// Threads: any.
 class [[nodiscard]] ZRFromGlib {

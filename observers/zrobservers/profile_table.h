@@ -7,8 +7,8 @@
 #include <memory>
 
 /// Adds up the timers of the process that feed states, by the location of the state, and turns the handler of profiler
-/// states on for as long as it exists. Only runs that end in that time count. Control characters in a location become
-/// blanks. After 100,000 different ways of nesting new ones count as "(others)". A child of `fork` begins with nothing.
+/// states on while it exists. Only runs that end in that time count. Control characters in a location become blanks.
+/// After 100,000 different nestings, new ones count as "(others)". A child of `fork` starts empty.
 class ZR_OBSERVERS_API ZRProfileTable {
 public:
     ZRProfileTable();
@@ -16,17 +16,17 @@ public:
     ZRProfileTable(const ZRProfileTable&) = delete;
     ZRProfileTable& operator=(const ZRProfileTable&) = delete;
 
-    /// A table with a line for each location, the one with most time of its own first: calls, total, self, shortest and
-    /// longest in seconds, and the share of the self times of all. At most `lines` locations; the last line has no line
-    /// ending. Empty when nothing was measured.
+    /// A table with a line for each location, that with the largest self time first: calls, total, self, shortest and
+    /// longest in seconds, and the share of the sum of all self times. At most `lines` locations; the last line has no
+    /// line ending. Empty when nothing was measured.
     [[nodiscard]] HCString ToText(int lines = 1000) const;
 
     /// The same as comma-separated values (RFC 4180), with a line of names first, seconds with nine decimals, and the
     /// share between 0 and 1.
     [[nodiscard]] HCString ToCsv() const;
 
-    /// Collapsed stacks for flame graphs: "outer;inner 1234", the microseconds that were spent in that place itself,
-    /// for each way in which timers were nested. A semicolon in a location becomes a colon.
+    /// Collapsed stacks for flame graphs: "outer;inner 1234", the microseconds spent in that location itself, for each
+    /// nesting of timers. A semicolon in a location becomes a colon.
     [[nodiscard]] HCString ToStacks() const;
 
 private:

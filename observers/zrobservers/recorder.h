@@ -1,4 +1,4 @@
-/// ZRRecorder: keeps what was sent, for tests.
+/// ZRRecorder: records what was sent, for tests.
 #pragma once
 
 #include "zrlib/zrlib.h"
@@ -8,8 +8,8 @@
 #include <memory>
 #include <vector>
 
-/// Keeps copies of all messages and events of progress and of timers that are sent while it exists, and what it is
-/// attached to beside.
+/// Keeps copies of all messages, of the events of progress and of timers, and of what else its subjects send while it
+/// exists.
 ///
 ///     ZRRecorder recorder;
 ///     LoadMap("no such file");
@@ -17,15 +17,15 @@
 ///     EXPECT_EQ(recorder.GetMessages(ZR_MSG_ERROR)[0].GetText(), "no such file does not exist");
 ///
 /// Messages are on while it exists (ZRSetMessagesEnabled), as otherwise there would be none. Timers and progress are
-/// recorded while they are on. A child of `fork` begins with nothing recorded.
+/// recorded while they are on. A child of `fork` starts with nothing recorded.
 class ZR_OBSERVERS_API ZRRecorder {
 public:
     using Predicate = std::function<bool(const ZRObservedObjectEvent&)>;
 
-    /// Of the process: messages, progress, the threading switch, timers.
+    /// Records the process: messages, progress, the threading switch, timers.
     ZRRecorder();
 
-    /// Of one subject only.
+    /// Records one subject only.
     explicit ZRRecorder(ZRObservedObject& subject);
     ~ZRRecorder();
     ZRRecorder(const ZRRecorder&) = delete;
@@ -37,15 +37,15 @@ public:
     /// The events of one code (ZR_EVENT_...).
     [[nodiscard]] std::vector<ZRObservedObjectEvent> GetEvents(std::int32_t code) const;
 
-    /// The messages whose type is in the sum of types (ZR_MSG_...).
+    /// The messages whose type is in a sum of types (ZR_MSG_...).
     [[nodiscard]] std::vector<ZRMsg> GetMessages(
         int types = ZR_MSG_OUT | ZR_MSG_WARN | ZR_MSG_ERROR | ZR_MSG_TRACE) const;
 
-    /// Waits until there is an event for which the predicate is true, from the first that was recorded on. False when
-    /// there is none after so many milliseconds. The predicate must not use the recorder.
+    /// Waits until there is an event for which the predicate is true, beginning with the first that was recorded. False
+    /// when there is none after `milliseconds`. The predicate must not use the recorder.
     bool WaitFor(const Predicate& predicate, int milliseconds) const;
 
-    /// Forgets what was recorded.
+    /// Discards what was recorded.
     void Clear();
 
 private:

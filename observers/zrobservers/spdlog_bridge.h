@@ -1,5 +1,5 @@
 /// ZRSpdlogBridge and ZRSpdlogSink: messages to spdlog, and from it. For clients that have spdlog; not part of
-/// zrobservers.h, and nothing of it is in the library.
+/// zrobservers.h, and not in the library.
 #pragma once
 
 #include "zrlib/zrlib.h"
@@ -19,13 +19,13 @@
 
 namespace zrobservers {
 
-/// The file that spdlog is told for messages of ours. By this name a sink knows that they have been here.
+/// The source file of the library's messages in spdlog. It tells a sink that a message came from here.
 inline constexpr const char* kSpdlogFile = "(zrlib)";
 
 /// Whether this thread is sending a message that came from spdlog.
 inline thread_local bool t_comesFromSpdlog = false;
 
-/// Places as spdlog wants them: texts that stay. Beyond 10,000 different ones they are empty.
+/// Places as spdlog needs them: texts that stay valid. Beyond 10,000 different ones they are empty.
 inline const char* KeptPlace(const char* place)
 {
     constexpr std::size_t kMost = 10'000;
@@ -41,13 +41,13 @@ inline const char* KeptPlace(const char* place)
 
 } // namespace zrobservers
 
-/// Sends every message of the process to a logger of spdlog for as long as it exists: Out as info, Warn as warning,
-/// Error as error, Trace as trace; the place is the function of the source ("%!" in a pattern). With it spdlog's sinks
-/// are there: rotating and daily files, syslog, the systemd journal, TCP and UDP.
+/// Sends every message of the process to a spdlog logger while it exists: Out as info, Warn as warning, Error as error,
+/// Trace as trace; the place is the function of the source ("%!" in a pattern). That gives access to spdlog's sinks:
+/// rotating and daily files, syslog, the systemd journal, TCP and UDP.
 ///
-/// Threads: any; a logger with sinks that are not safe for threads ("_st") is called by one thread at a time, as the
-/// handler of messages is locked. Errors: those of spdlog, which tells them by its error handler; none reaches the
-/// sender. What the logger's level keeps back costs little.
+/// Threads: any; a logger with sinks that are not thread-safe ("_st") is called by one thread at a time, as the handler
+/// of messages is locked. Errors: spdlog reports its own through its error handler; none reaches the sender. Messages
+/// below the logger's level cost little.
 class [[nodiscard]] ZRSpdlogBridge {
 public:
     explicit ZRSpdlogBridge(std::shared_ptr<spdlog::logger> logger, const ZRFilter& filter = {})
@@ -57,8 +57,8 @@ public:
     {
     }
 
-    /// Messages that one subject sends, such as a ZRBackground, with the time of their sender. What a ZRSpdlogSink has
-    /// turned into a message on another thread is then logged a second time, but goes no further.
+    /// Sends the messages of one subject, such as a ZRBackground, with the sender's time. What a ZRSpdlogSink has
+    /// turned into a message on another thread is then logged a second time, but no further.
     ZRSpdlogBridge(ZRObservedObject& subject, std::shared_ptr<spdlog::logger> logger, const ZRFilter& filter = {})
         : m_logger(std::move(logger))
         , m_filter(filter)
@@ -81,7 +81,7 @@ private:
             const ZREventOrigin* const origin = ZREventQueue::GetOrigin();
             const auto time = origin != nullptr ? origin->time : spdlog::log_clock::now();
             m_logger->log(time, source, level, spdlog::string_view_t(text.data(), text.size()));
-        } catch (const std::exception&) { // there is no memory for the place
+        } catch (const std::exception&) { // no memory for the place
         }
     }
 
@@ -101,12 +101,12 @@ private:
 
     std::shared_ptr<spdlog::logger> m_logger;
     ZRFilter m_filter;
-    ZRListener m_messages; // last, so that it goes first
+    ZRListener m_messages; // last, so that it is destroyed first
 };
 
 /// A sink that turns what is logged with spdlog into messages: trace and debug become Trace, info Out, warning Warn,
 /// error and critical Error. The logger's name is the place, unless spdlog knows the function. Together with a bridge
-/// nothing goes round in circles: what came from one side does not go back to it, also with asynchronous loggers.
+/// there are no loops: what came from one side does not return to it, also with asynchronous loggers.
 class ZRSpdlogSink final : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
 protected:
     void sink_it_(const spdlog::details::log_msg& message) override

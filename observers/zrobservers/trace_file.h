@@ -15,22 +15,22 @@
 /// - Each message is an instant event on its thread, with place, type, level and code.
 /// - Progress is a counter of percents and a span from its start to its end, while progress is on (ZRProgressEnable).
 ///
-/// Threads have the ID and the name that the system knows, so that they match those of other tools; the name is asked
-/// for at a thread's first event.
+/// Threads have the system's IDs and names, so that they match those of other tools; the name is read at a thread's
+/// first event.
 ///
-/// Events are collected and written by a thread of the object four times a second, or by the sender when 256 KiB have
-/// come together. A process that is killed leaves a file without its last bracket, which the viewers take. In a child
-/// of `fork` the trace goes on in a file of its own, with the ID of the process before the extension, once the child
-/// sends something. So it does when the program has closed the file. One path belongs to one process: two that open the
-/// same one write over each other.
+/// Events are collected and written by a thread of the object four times a second, or by the sender when 256 KiB are
+/// waiting. A process that is killed leaves a file without its last bracket, which the viewers accept. In a child of
+/// `fork` the trace continues in a file of its own, with the process ID before the extension, once the child sends
+/// something. The same happens when the program has closed the file. One path belongs to one process: two that open the
+/// same one overwrite each other.
 ///
-/// What cannot be written is lost: a full disk, a missing folder. It is told once, by the next sender, Flush or the
+/// What cannot be written is lost: a full disk, a missing folder. It is reported once, by the next sender, Flush or the
 /// destructor, and later events are written again.
 ///
-/// Not for static objects of libraries on Windows, where the system ends threads before these go.
+/// Not for static objects of libraries on Windows, where the system ends threads before it destroys these.
 class ZR_OBSERVERS_API ZRTraceFile {
 public:
-    /// Opens the file and empties it. path: UTF-8. filter: of messages and timers.
+    /// Opens the file and truncates it. path: UTF-8. filter: of messages and timers.
     explicit ZRTraceFile(const HCString& path, const ZRFilter& filter = {});
 
     /// Writes what was collected and closes the file.
@@ -44,7 +44,7 @@ public:
     /// Writes what was collected so far.
     void Flush();
 
-    /// Number of timers, messages and events of progress that were traced by this process.
+    /// The number of timers, messages and events of progress that this process has traced.
     [[nodiscard]] std::int64_t GetEventCount() const;
 
 private:

@@ -1,8 +1,9 @@
-/// Everything public of the library of ready-made observers.
+/// All public headers of the library of ready-made observers.
 ///
-/// Each observer is an object: constructed it is attached, destroyed it is detached and has written all that it got.
-/// What cannot be written is told once with ZRErrorSet and by IsOpen, never by an exception into the sender; what comes
-/// later is written again when that is possible. Threads: any; they may be constructed and destroyed while others send.
+/// Each observer is an object: its constructor attaches it; its destructor detaches it and has written all that it
+/// received. A failed write is reported once, with ZRErrorSet, and by IsOpen, never by an exception to the sender;
+/// later events are written again when that is possible. Threads: any; observers may be constructed and destroyed while
+/// others send.
 #pragma once
 
 #include "zrobservers/background.h"

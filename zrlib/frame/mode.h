@@ -1,5 +1,5 @@
 /// ZRMode: the process-wide switches that are read from the preferences.
-/// Folder frame: what all other folders use: switches, texts, reports, short locks, and whether the library is alive.
+/// Folder frame: what the folders above use: switches, texts, reports, short locks, and whether the library is alive.
 #pragma once
 
 #include "zrlib/export.h"

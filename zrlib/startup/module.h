@@ -1,5 +1,5 @@
 /// ZRModule: the object that ties the library together. Not exported, and known to this folder only.
-/// Folder startup: constructs all objects of the process, in order.
+/// Folder startup: constructs all static objects of the library, in order.
 #pragma once
 
 #include "hcbase/text_table.h"
