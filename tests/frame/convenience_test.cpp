@@ -4,7 +4,6 @@
 #include "tests/support/messages.h"
 
 #include <algorithm>
-#include <array>
 #include <mutex>
 #include <set>
 #include <sstream>
@@ -15,6 +14,40 @@
 #include <vector>
 
 namespace {
+
+using Convenience = test::Messages;
+using Texts = std::vector<std::string>;
+
+template <std::size_t size> std::string NameIn(const char (&signature)[size])
+{
+    return zr::FunctionName(signature, "fallback").Text();
+}
+
+TEST(FunctionName, IsWhatAPersonWouldWrite)
+{
+    // As g++ writes them
+    EXPECT_EQ(NameIn("decltype(auto) {anonymous}::Odd::Deduced()"), "Odd::Deduced");
+    EXPECT_EQ(NameIn("decltype ((value + 1)) Trailing(T) [with T = int; decltype ((value + 1)) = int]"), "Trailing");
+    EXPECT_EQ(NameIn("int decltypes()"), "decltypes");
+    EXPECT_EQ(NameIn("{anonymous}::Odd::operator const Names&()"), "Odd::operator const Names&");
+    EXPECT_EQ(NameIn("bool Odd::operator()(int)"), "Odd::operator()");
+    EXPECT_EQ(NameIn("bool Odd::operator<(const Odd&) const"), "Odd::operator<");
+    EXPECT_EQ(NameIn("{anonymous}::Odd* {anonymous}::Odd::operator->()"), "Odd::operator->");
+    EXPECT_EQ(NameIn("void Odd::Myoperator(T) [with T = bool]"), "Odd::Myoperator");
+    EXPECT_EQ(NameIn("void (* {anonymous}::Odd::Function())(int)"), "Odd::Function");
+    EXPECT_EQ(NameIn("int (& Odd::Row())[3]"), "Odd::Row");
+    EXPECT_EQ(NameIn("const std::vector<std::pair<int, int> >& Odd::Reference() const"), "Odd::Reference");
+    EXPECT_EQ(NameIn("void {anonymous}::Grid<T>::Fill(V) [with V = std::vector<int>; T = int]"), "Grid::Fill");
+    EXPECT_EQ(NameIn("{anonymous}::Odd::Call<bool>(bool)::<lambda(auto:1)> [with auto:1 = int]"), "Odd::Call");
+    EXPECT_EQ(NameIn("{anonymous}::Odd::<lambda()>"), "Odd");
+    EXPECT_EQ(NameIn("<lambda()>"), "fallback");
+    // As clang does
+    EXPECT_EQ(NameIn("auto (anonymous namespace)::Odd::(anonymous class)::operator()() const"), "Odd");
+    EXPECT_EQ(NameIn("const Names &(anonymous namespace)::Odd::operator const std::vector<int> &()"),
+        "Odd::operator const std::vector<int> &");
+    EXPECT_EQ(NameIn("int ((anonymous namespace)::Odd::*(anonymous namespace)::Odd::Member())(int)"), "Odd::Member");
+    EXPECT_EQ(NameIn("void (anonymous namespace)::Grid<std::pair<int, int>>::Fill(V) [T = int]"), "Grid::Fill");
+}
 
 struct Map {
     template <typename T> void Check(T value) const
@@ -32,124 +65,68 @@ struct Map {
     }
 };
 
-/// Functions whose names are hard to find.
-struct Odd {
-    using Names = std::vector<std::string>;
-    Names names;
-    const char* (*initialised)() = [] {
-        static constexpr auto kName = ZR_FUNCTION_NAME();
-        return kName.Text();
-    };
-
-    void Add(const char* name) { names.emplace_back(name); }
-    decltype(auto) Deduced() { return Add(ZR_FUNCTION_NAME().Text()); }
-    template <typename T> auto Trailing(T value) -> decltype(value + 1)
-    {
-        Add(ZR_FUNCTION_NAME().Text());
-        return value;
-    }
-    operator const Names&() // NOLINT(google-explicit-constructor)
-    {
-        Add(ZR_FUNCTION_NAME().Text());
-        return names;
-    }
-    bool operator()(int /*value*/)
-    {
-        Add(ZR_FUNCTION_NAME().Text());
-        return names.empty();
-    }
-    Odd* operator->()
-    {
-        Add(ZR_FUNCTION_NAME().Text());
-        return this;
-    }
-    void (*Function())(int)
-    {
-        Add(ZR_FUNCTION_NAME().Text());
-        return nullptr;
-    }
-    int (Odd::*Member())(int)
-    {
-        Add(ZR_FUNCTION_NAME().Text());
-        return nullptr;
-    }
-    template <typename T> void Myoperator(T /*value*/) { Add(ZR_FUNCTION_NAME().Text()); }
-};
-
-/// Type, place, level and text of each message that it has received.
-struct Received {
-    std::vector<std::string> lines;
-    ZRListener listener{*ZRGetMessageHandler(), [this](const ZRObservedObjectEvent& event) {
-                            const ZRMsg& message = event.GetMsg();
-                            HCString line;
-                            line.Format("%d %s %d %s", message.GetType(),
-                                static_cast<const char*>(message.GetLocation()), message.GetLevel(),
-                                static_cast<const char*>(message.GetText()));
-                            lines.push_back(line.ToString());
-                        }};
-};
-
-using Convenience = test::Messages;
-
-TEST_F(Convenience, MessagesSayWhereTheyAreSentAndCostNothingWhenNobodyWantsThem)
+TEST_F(Convenience, MessagesCostNothingWhenNobodyWantsThem)
 {
     int evaluations = 0;
     ZR_OUT("%d", ++evaluations);
     EXPECT_EQ(evaluations, 0) << "on, but without a destination";
     ZR_ERROR("%d", ++evaluations);
     EXPECT_EQ(test::TakeError(), "1 1 ZRError 0") << "an error is recorded all the same";
-    const ZRMessageSettings settings;
-    {
-        Received received;
-        ZRGetProfilerStateHandler()->SetEnabled(1);
-        const ZRListener timers(*ZRGetProfilerStateHandler(), [&received](const ZRObservedObjectEvent& event) {
-            if (event.GetCode() == ZR_EVENT_PROFILER_STATE) {
-                received.lines.push_back(event.GetProfilerState().GetLocation().ToString());
-            }
-        });
-        Map map;
-        map.Check(3);
-        map << 5;
-        ZRListener moved(std::move(received.listener));
-        ZR_TRACE_AT(2, "moved");
-        moved = ZRListener();
-        ZRGetProfilerStateHandler()->SetEnabled(0);
-        ZR_TRACE("nobody listens");
-        EXPECT_EQ(received.lines.at(5).substr(received.lines.at(5).find(' ') + 1).find("Convenience_"), 0U);
-        received.lines.pop_back();
-        EXPECT_EQ(received.lines,
-            (std::vector<std::string>{"2 Map::Check 1 3 is odd", "4 Map::Check 7 3 of a lambda",
-                "4 Map::operator<< 1 5%", "named", "Map::operator<<"}));
-    }
+    const ZRListener listener(*ZRGetMessageHandler(), [](const ZRObservedObjectEvent&) {});
+    ZR_OUT("%d", ++evaluations);
     ZRSetMessagesEnabled(0);
     ZR_OUT("%d", ++evaluations);
-    EXPECT_EQ(evaluations, 1);
-
-    Odd odd;
-    odd.Deduced();
-    odd.Trailing(1);
-    odd->Function();
-    odd.Member();
-    odd.Myoperator(odd(1));
-    odd.Add(odd.initialised());
-    const Odd::Names& names = odd;
-    EXPECT_EQ(std::string(names.back(), 0, 20), "Odd::operator const ") << "and how the compiler goes on";
-    odd.names.pop_back();
-    EXPECT_EQ(odd.names,
-        (Odd::Names{"Odd::Deduced", "Odd::Trailing", "Odd::operator->", "Odd::Function", "Odd::Member",
-            "Odd::operator()", "Odd::Myoperator", "Odd"}));
+    EXPECT_EQ(evaluations, 2);
 }
 
-TEST_F(Convenience, GuardsPutThingsBack)
+TEST_F(Convenience, MessagesAndTimersSayWhereTheyAre)
 {
+    Texts texts;
+    ZRListener listener(*ZRGetMessageHandler(), [&texts](const ZRObservedObjectEvent& event) {
+        const ZRMsg& message = event.GetMsg();
+        texts.push_back(std::to_string(message.GetType()) + " " + message.GetLocation().ToString() + " "
+            + std::to_string(message.GetLevel()) + " " + message.GetText().ToString());
+    });
+    ZRGetProfilerStateHandler()->SetEnabled(1);
+    const ZRListener timers(*ZRGetProfilerStateHandler(), [&texts](const ZRObservedObjectEvent& event) {
+        texts.push_back(event.GetProfilerState().GetLocation().ToString());
+    });
+    Map map;
+    map.Check(3);
+    map << 5;
+    EXPECT_EQ(test::TakeError(), "-1001 5% Map::operator<< 0");
+    ZRListener moved(std::move(listener));
+    ZR_TRACE_AT(2, "moved");
+    moved = ZRListener();
+    ZR_TRACE("nobody listens");
+    ASSERT_EQ(texts.size(), 6U);
+    EXPECT_EQ(texts.back().substr(0, 20), "8 Convenience_Messag");
+    texts.pop_back();
+    EXPECT_EQ(texts,
+        (Texts{"2 Map::Check 1 3 is odd", "4 Map::Check 7 3 of a lambda", "4 Map::operator<< 1 5%", "named",
+            "Map::operator<<"}));
+    ZRGetProfilerStateHandler()->SetEnabled(0);
+}
+
+TEST_F(Convenience, GuardsPutSettingsAndLocksBack)
+{
+    ZRSetOutFlags(2);
+    ZRSetWarnFlags(3);
+    ZRSetErrorFlags(4);
+    ZRSetTraceFlags(5);
+    ZRSetWarnEnabled(1);
+    const auto state = [] {
+        return std::vector<int>{ZRGetMessagesEnabled(), ZRGetOutFlags(), ZRGetWarnFlags(), ZRGetErrorFlags(),
+            ZRGetTraceFlags(), ZRIsOutEnabled(), ZRIsWarnEnabled(), ZRIsErrorEnabled(), ZRIsTraceEnabled()};
+    };
     {
         const ZRMessageSettings settings;
         ZRSetMessagesEnabled(0);
-        ZRSetAllFlags(5);
+        ZRSetAllFlags(9);
         ZRSetAllEnabled(1);
+        ZRSetWarnEnabled(0);
     }
-    EXPECT_EQ(ZRGetMessagesEnabled(), 1);
-    EXPECT_EQ(ZRGetWarnFlags() + ZRIsTraceEnabled(), 0);
+    EXPECT_EQ(state(), (std::vector<int>{1, 2, 3, 4, 5, 0, 1, 0, 0}));
 
     HCThreadSync one;
     HCThreadSync two;
@@ -158,58 +135,61 @@ TEST_F(Convenience, GuardsPutThingsBack)
         const std::lock_guard again(one);
         EXPECT_TRUE(one.try_lock()) << "by its holder";
         one.unlock();
-        std::thread([&] { EXPECT_FALSE(std::unique_lock(two, std::try_to_lock)); }).join();
+        std::thread([&two] { EXPECT_FALSE(std::unique_lock(two, std::try_to_lock)); }).join();
         const ZRGlobalLockGuard global("test");
         EXPECT_TRUE(global.IsHeld());
     }
-    EXPECT_EQ(one.unlock() + two.unlock() + ZRGlobalThreadSync::Unlock(nullptr), 0);
+    EXPECT_EQ(one.unlock() + two.unlock() + ZRGlobalThreadSync::Unlock(nullptr), 0) << "nothing is held";
+}
 
+TEST_F(Convenience, RunsOfProgressEndByThemselves)
+{
     ZRProgressEnable(1);
-    std::vector<std::int32_t> codes;
-    const ZRListener listener([&codes](const ZRObservedObjectEvent& event) { codes.push_back(event.GetCode()); });
+    Texts seen;
+    const ZRListener listener([&seen](const ZRObservedObjectEvent& event) {
+        seen.push_back(ZREventName(event.GetCode()) + (" " + std::to_string(event.GetCount())));
+    });
     try {
         ZRProgressRun run("Loading", 3);
         run.Step();
         run.Step("second");
-        EXPECT_EQ(ZRProgressGetPercent(), 2);
         const ZRProgressRun inside("Reading", std::size_t{1} << 40U);
         EXPECT_EQ(ZRProgressGetRangeMax(), 3) << "there is one run";
         ZRProgressEnable(0);
         throw std::runtime_error("");
     } catch (const std::runtime_error&) {
-        EXPECT_EQ(codes.back(), ZR_EVENT_PROGRESS_END);
         EXPECT_EQ(ZRProgressGetRangeMax(), 100);
     }
-    ZRProgressEnable(0);
-    EXPECT_STREQ(ZREventName(codes.back()), "ZR_EVENT_PROGRESS_END");
+    EXPECT_EQ(seen,
+        (Texts{"ZR_EVENT_PROGRESS_START 0", "ZR_EVENT_PROGRESS_RANGE 0", "ZR_EVENT_PROGRESS_UPDATE 1",
+            "ZR_EVENT_PROGRESS_UPDATE 2", "ZR_EVENT_PROGRESS_RANGE 0", "ZR_EVENT_PROGRESS_END 100"}));
+    EXPECT_EQ(ZRProgressEnabled(), 0) << "as it was set";
     EXPECT_STREQ(ZRErrorName(ZR_ERROR_MATH_OVERFLOW), "ZR_ERROR_MATH_OVERFLOW");
     EXPECT_STREQ(ZRErrorName(0), "unknown");
+}
 
+TEST_F(Convenience, RegistrationsTakeBackWhatTheyMade)
+{
     constexpr int kBridge = static_cast<int>(0xA04F3001);
     {
         ZRRegistration roads(0x3000, "Roads");
         EXPECT_FALSE(ZRRegistration(0x4000, "Short").Add(0x4001, "which would stay"));
         EXPECT_TRUE(roads.Add(kBridge, "Bridge") && roads.IsComplete());
         EXPECT_FALSE(roads.Add(kBridge, "Again", ZRClassID::MakeInternalID(kBridge)) || roads.IsComplete());
-        const ZRRegistration refused(0x3000, "Twice");
-        EXPECT_FALSE(refused.IsComplete());
-    }
-    {
-        ZRRegistration owner(0x3000, "Roads");
-        EXPECT_TRUE(owner.Add(kBridge, "Bridge"));
+        EXPECT_FALSE(ZRRegistration(0x3000, "Twice").IsComplete());
         {
             ZRRegistration other(0x4000, "Others");
             const ZRListener thrower(
                 *ZRGetMessageHandler(), [](const ZRObservedObjectEvent&) { throw std::runtime_error(""); });
             EXPECT_THROW(other.Add(kBridge, "Third"), std::runtime_error);
         }
-        EXPECT_EQ(ZRObjectIsKnown(kBridge), 1);
+        EXPECT_EQ(ZRObjectIsKnown(kBridge), 1) << "of the one that has it";
     }
     EXPECT_EQ(ZRRegisterLibrary(0x3000, "free again") + ZRObjectIsKnown(kBridge), 1);
     ZRUnregisterLibrary(0x3000);
 }
 
-TEST_F(Convenience, StringsAndContainersLiveAmongTheStandardTypes)
+TEST_F(Convenience, StringsLiveAmongTheStandardTypes)
 {
     HCString assigned;
     assigned = std::string("text");
@@ -223,7 +203,10 @@ TEST_F(Convenience, StringsAndContainersLiveAmongTheStandardTypes)
     std::ostringstream stream;
     stream << HCString("text");
     EXPECT_EQ(stream.str(), "text");
+}
 
+TEST_F(Convenience, ContainersCanBeWalkedAndMoved)
+{
     const auto check = [](auto filled) {
         auto taken = std::move(filled);
         EXPECT_EQ(std::vector<int>(taken.begin(), taken.end()), (std::vector<int>{3, 1, 2}));
@@ -246,8 +229,7 @@ TEST_F(Convenience, StringsAndContainersLiveAmongTheStandardTypes)
     EXPECT_EQ(array.GetAt(2), 3);
     ZRCodeMap<int> map;
     map[7] = 1;
-    const ZRCodeMap<int> taken(std::move(map));
-    EXPECT_EQ(taken.GetCount(), 1);
+    EXPECT_EQ(ZRCodeMap<int>(std::move(map)).GetCount(), 1);
 }
 
 } // namespace

@@ -1,49 +1,28 @@
-// A client that has memory for so many allocations only while the library loads, as the environment variable
-// ALLOCATIONS says, and enough from main on. It then uses the library and tells how many allocations have failed.
+// A client that has memory for so many allocations only while the library loads, as its argument says, and enough from
+// main on. It then uses the library and tells whether it asked for more.
 
 #include "hcbase/hcbase.h"
+#include "tests/support/allocations.h"
 #include "zrlib/zrlib.h"
 
 #include <cstdio>
 #include <cstdlib>
-#include <new>
+#include <optional>
 
 namespace {
 
-constinit bool g_isLoaded = false;
-constinit long g_count = 0;
-constinit long g_failed = 0;
+constinit std::optional<test::FailingHeap> g_heap;
 
-void* Allocate(std::size_t size) noexcept
-{
-    if (!g_isLoaded) {
-        const char* const limit = std::getenv("ALLOCATIONS");
-        if (limit != nullptr && g_count++ >= std::atol(limit)) {
-            ++g_failed;
-            return nullptr;
-        }
-    }
-    return std::malloc(size != 0 ? size : 1);
-}
+// Runs before any library is initialised.
+void LimitTheHeap(int /*count*/, char** arguments, char** /*environment*/) { g_heap.emplace(std::atol(arguments[1])); }
+__attribute__((section(".preinit_array"), used)) void (*const limitTheHeap)(int, char**, char**) = LimitTheHeap;
 
 } // namespace
 
-void* operator new(std::size_t size)
+int main(int /*count*/, char** arguments)
 {
-    void* const memory = Allocate(size);
-    return memory != nullptr ? memory : throw std::bad_alloc();
-}
-void* operator new[](std::size_t size) { return operator new(size); }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
-
-int main()
-{
-    g_isLoaded = true;
+    const bool hasFailed = test::AllocationCount() > std::atol(arguments[1]);
+    g_heap.reset();
     if (ZRMessageHandler* const handler = ZRGetMessageHandler()) {
         static_cast<void>(handler->GetObserverCount());
     }
@@ -66,6 +45,6 @@ int main()
     ZRProgressEnable(1);
     ZRProgressStart("main");
     ZRMath::Divide(1, 0);
-    std::printf("%ld failed\n", g_failed);
+    std::puts(hasFailed ? "too little" : "enough");
     return 0;
 }

@@ -3,62 +3,59 @@
 
 #include <cmath>
 #include <gtest/gtest.h>
-#include <limits>
 #include <thread>
-#include <vector>
 
 namespace {
 
-constexpr double kLargest = std::numeric_limits<double>::max();
+/// Shows what is for classes that are derived.
+struct State : ZRProfilerState {
+    using ZRProfilerState::ZRProfilerState, ZRProfilerState::SetMin, ZRProfilerState::SetMax, ZRProfilerState::SetTotal,
+        ZRProfilerState::SetSelf, ZRProfilerState::SetThreadID, ZRProfilerState::IncCalls,
+        ZRProfilerState::IncDependantCalls;
+};
 
 TEST(ProfilerState, AddsUpRunsAndDependants)
 {
     const struct {
-        const char* what;
-        void (*time)(ZRProfilerState&);
-        double min;
-        double max;
-        double total;
-        double self;
-        int calls;
-        int dependantCalls;
+        void (*step)(State&);
+        const char* numbers; // shortest, longest, total, self, runs, runs of dependants, whether on this thread
     } rows[] = {
-        {"nothing", [](auto&) {}, kLargest, -kLargest, 0, 0, 0, 0},
-        {"an empty run", [](auto& state) { state.Update(0.0); }, 0, 0, 0, 0, 1, 0},
-        {"two runs", [](auto& state) { state.Update(1.0), state.Update(3.0); }, 1, 3, 4, 4, 2, 0},
-        {"a dependant alone", [](auto& state) { state.RemoveDependantTime(2.5); }, kLargest, -kLargest, 0, -2.5, 0, 1},
-        {"a dependant", [](auto& state) { state.RemoveDependantTime(3), state.Update(10); }, 10, 10, 10, 7, 1, 1},
-        {"its own parent", [](auto& state) { state.RemoveDependantTime(1), state.Update(1), state.Update(3); }, 1, 3, 4,
-            3, 2, 1},
-        {"negative", [](auto& state) { state.Update(-2), state.Update(1); }, -2, 1, -1, -1, 2, 0},
+        {[](State& state) { state.RemoveDependantTime(2.5); }, "1.8e+308 -1.8e+308 0 -2.5 0 1 0"},
+        {[](State& state) { state.Update(0.0); }, "0 0 0 -2.5 1 1 1"},
+        {[](State& state) { state.Update(4); }, "0 4 4 1.5 2 1 1"},
+        {[](State& state) { state.Update(-2); }, "-2 4 2 -0.5 3 1 1"},
+        // Each of these changes one number, by which states differ.
+        {[](State& state) { state.SetMin(1); }, "1 4 2 -0.5 3 1 1"},
+        {[](State& state) { state.SetMax(1); }, "1 1 2 -0.5 3 1 1"},
+        {[](State& state) { state.SetTotal(1); }, "1 1 1 -0.5 3 1 1"},
+        {[](State& state) { state.SetSelf(1); }, "1 1 1 1 3 1 1"},
+        {[](State& state) { state.IncCalls(); }, "1 1 1 1 4 1 1"},
+        {[](State& state) { state.IncDependantCalls(); }, "1 1 1 1 4 2 1"},
+        {[](State& state) { state.SetThreadID(0); }, "1 1 1 1 4 2 0"},
     };
+    State state("place");
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.what);
-        ZRProfilerState state("place");
-        row.time(state);
-        EXPECT_EQ(state.GetMin(), row.min);
-        EXPECT_EQ(state.GetMax(), row.max);
-        EXPECT_EQ(state.GetTotal(), row.total);
-        EXPECT_EQ(state.GetSelf(), row.self);
-        EXPECT_EQ(state.GetCalls(), row.calls);
-        EXPECT_EQ(state.GetDependantCalls(), row.dependantCalls);
-        EXPECT_EQ(state.GetThreadID(), row.calls > 0 ? HCThread::GetCurrentThreadId() : 0);
-        EXPECT_EQ(state.GetLocation(), "place");
-        EXPECT_TRUE(ZRProfilerState(state) == state);
-        ZRProfilerState assigned;
-        EXPECT_FALSE(assigned == state);
+        const State before(state);
+        row.step(state);
+        HCString numbers;
+        numbers.Format("%.2g %.2g %g %g %d %d %d", state.GetMin(), state.GetMax(), state.GetTotal(), state.GetSelf(),
+            static_cast<int>(state.GetCalls()), static_cast<int>(state.GetDependantCalls()),
+            state.GetThreadID() == HCThread::GetCurrentThreadId());
+        EXPECT_EQ(numbers, row.numbers);
+        EXPECT_FALSE(before == state) << row.numbers;
+        State assigned;
         assigned = state;
-        EXPECT_TRUE(assigned == state);
+        EXPECT_TRUE(assigned == state) << row.numbers;
     }
 }
 
-TEST(ProfilerState, ComparesNumbersNameAndThread)
+TEST(ProfilerState, ComparesNameAndThread)
 {
     EXPECT_TRUE(ZRProfilerState() == ZRProfilerState("Unknown"));
     EXPECT_FALSE(ZRProfilerState("unknown") == ZRProfilerState("Unknown"));
     ZRProfilerState here;
-    here.Update(1);
     ZRProfilerState there;
+    here.Update(1);
     std::thread([&there] { there.Update(1); }).join();
     EXPECT_FALSE(here == there);
     here.Update(std::nan(""));
