@@ -13,32 +13,14 @@ int Code(unsigned int code) { return static_cast<int>(code); }
 
 TEST(ClassID, CarriesACode)
 {
-    const struct {
-        unsigned int code;
-        const char* digits;
-        unsigned int codeRead;
-    } rows[] = {
-        {0xA04F3006, "A04F3006", 0xA04F3006},
-        {0x1234, "00001234", 0xA04F1234}, // a short code comes back as a full one
-        {0x33330009, "33330009", 0xA04F0009},
-    };
-    for (const auto& row : rows) {
-        const HCString internal = ZRClassID::MakeInternalID(Code(row.code));
-        const HCString external = ZRClassID::MakeExternalID(Code(row.code));
-        EXPECT_EQ(internal, (std::string("E30077A1-1C01-4472-9D8E-7EFF") + row.digits).c_str());
-        EXPECT_EQ(external, (std::string("E3015212-3C02-4498-9D8E-7EFF") + row.digits).c_str());
-        EXPECT_EQ(ZRClassID::GetInternalID(internal, 1), Code(row.codeRead));
-        EXPECT_EQ(ZRClassID::GetExternalID(external, 1), Code(row.codeRead));
-    }
+    EXPECT_EQ(ZRClassID::MakeInternalID(0x1234), "E30077A1-1C01-4472-9D8E-7EFF00001234");
+    EXPECT_EQ(ZRClassID::MakeExternalID(Code(0xA04F3006)), "E3015212-3C02-4498-9D8E-7EFFA04F3006");
+    EXPECT_EQ(ZRClassID::GetExternalID("E3015212-3C02-4498-9D8E-7EFFA04F3006", 1), Code(0xA04F3006));
     EXPECT_EQ(ZRClassID::IsNull("00000000-0000-0000-0000-000000000000"), 1);
     for (char (*const is)(const char*) :
         {ZRClassID::IsNull, ZRClassID::IsFormat, ZRClassID::IsInternal, ZRClassID::IsExternal}) {
         EXPECT_EQ(is(nullptr), 0);
     }
-}
-
-TEST(ClassID, ReadsACodeFromAnyText)
-{
     const struct {
         const char* id;
         char check;
@@ -46,6 +28,8 @@ TEST(ClassID, ReadsACodeFromAnyText)
     } rows[] = {
         {nullptr, 1, 0},
         {nullptr, 0, 0},
+        {"E30077A1-1C01-4472-9D8E-7EFF00001234", 1, 0xA04F1234}, // a short code comes back as a full one
+        {"E30077A1-1C01-4472-9D8E-7EFF33330009", 1, 0xA04F0009},
         {"00000000-0000-0000-0000-0000A04", 0, 0}, // ends where the number begins
         {"any thirty-two characters, and f", 0, 0xA04F0000},
         {"E30077A1-1C01-4472-9D8E-7EFFA04F3006FF", 1, 0xA04F0000 | 0x3006FF}, // digits behind belong to it

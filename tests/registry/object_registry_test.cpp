@@ -18,12 +18,11 @@ constexpr const char* kIDOneOtherCase = "11111111-aBcD-1111-1111-111111111111";
 int Code(unsigned int code) { return static_cast<int>(code); }
 
 /// What is accepted and found is compared with a model (registry_model.h); here are the texts and what a model does not
-/// show. Messages go to the console.
+/// show.
 class ObjectRegistry : public test::Messages {
 protected:
     ObjectRegistry()
     {
-        ZRSetAllFlags(ZR_DEST_CONSOLE);
         EXPECT_EQ(m_registry.RegisterLibrary(0x1000, "100% first"), 1);
         EXPECT_EQ(m_registry.RegisterLibrary(0xF000, ""), 1);
         EXPECT_EQ(m_registry.RegisterObject(Code(0xA04F1001), "one"), 1);
@@ -31,9 +30,17 @@ protected:
         EXPECT_EQ(m_registry.RegisterObject(ZRObjectRegistry::ALL_PASS, "all"), 1);
     }
 
+    template <typename Action> static std::string Printed(Action action)
+    {
+        ZRSetAllFlags(ZR_DEST_CONSOLE);
+        std::string text = Console(action);
+        ZRSetAllFlags(0);
+        return text;
+    }
+
     std::string Dump() const
     {
-        return Console([&] { m_registry.DumpOut(); });
+        return Printed([&] { m_registry.DumpOut(); });
     }
 
     ZRObjectRegistry m_registry;
@@ -41,31 +48,24 @@ protected:
 
 TEST_F(ObjectRegistry, ReportsWhatItRefuses)
 {
-    using Registry = ZRObjectRegistry;
-    const struct {
-        char (*operation)(Registry&);
-        const char* error;
-    } rows[] = {
-        {[](Registry& registry) { return registry.RegisterLibrary(0x1000, "n"); },
-            "-65838 Library 0x00001000 already registered as 100% first ZRObjectRegistry::RegisterLibrary 0"},
-        {[](Registry& registry) { return registry.UnregisterLibrary(0x2000); },
-            "-65841 Library 0x00002000 not found ZRObjectRegistry::UnregisterLibrary 0"},
-        {[](Registry& registry) { return registry.RegisterObject(Code(0xA04F5001), "n"); },
-            "-65839 Library 0x00005000 is not registered ZRObjectRegistry::RegisterObject<id,name> 0"},
-        {[](Registry& registry) { return registry.RegisterObject(Code(0xA04F5001), "n", HCString(nullptr)); },
-            "-65845 Invalid class ID  specified for object 0xA04F5001 "
-            "ZRObjectRegistry::RegisterObject<id,name,class> 0"},
-        {[](Registry& registry) { return registry.UnregisterObject(Code(0xA04F1FFF)); },
-            "-65844 Object 0xA04F1FFF not found ZRObjectRegistry::UnregisterObject 0"},
-        {[](Registry& registry) { return registry.SetObjectMirror(Code(0xA04F0010), 5); },
-            "-65836 Invalid library nibble in object code 0xA04F0010 ZRObjectRegistry::IsValidObjectCode 0"},
+    const auto errorOf = [](char result) {
+        EXPECT_EQ(result, 0);
+        return TakeError();
     };
-    for (const auto& row : rows) {
-        Console([&] { EXPECT_EQ(row.operation(m_registry), 0) << row.error; });
-        EXPECT_EQ(TakeError(), row.error);
-    }
-    EXPECT_EQ(Console([&] { m_registry.RegisterObject(0, "n", kIDOne); }), "ERROR - Invalid object code 0x00000000\n");
-    EXPECT_EQ(Console([&] { m_registry.RegisterObject(Code(0xA04F1002), "n", kIDOneOtherCase); }),
+    EXPECT_EQ(errorOf(m_registry.RegisterLibrary(0x1000, "n")),
+        "-65838 Library 0x00001000 already registered as 100% first ZRObjectRegistry::RegisterLibrary 0");
+    EXPECT_EQ(errorOf(m_registry.UnregisterLibrary(0x2000)),
+        "-65841 Library 0x00002000 not found ZRObjectRegistry::UnregisterLibrary 0");
+    EXPECT_EQ(errorOf(m_registry.RegisterObject(Code(0xA04F5001), "n")),
+        "-65839 Library 0x00005000 is not registered ZRObjectRegistry::RegisterObject<id,name> 0");
+    EXPECT_EQ(errorOf(m_registry.RegisterObject(Code(0xA04F5001), "n", static_cast<const char*>(nullptr))),
+        "-65845 Invalid class ID  specified for object 0xA04F5001 ZRObjectRegistry::RegisterObject<id,name,class> 0");
+    EXPECT_EQ(errorOf(m_registry.UnregisterObject(Code(0xA04F1FFF))),
+        "-65844 Object 0xA04F1FFF not found ZRObjectRegistry::UnregisterObject 0");
+    EXPECT_EQ(errorOf(m_registry.SetObjectMirror(Code(0xA04F0010), 5)),
+        "-65836 Invalid library nibble in object code 0xA04F0010 ZRObjectRegistry::IsValidObjectCode 0");
+    EXPECT_EQ(Printed([&] { m_registry.RegisterObject(0, "n", kIDOne); }), "ERROR - Invalid object code 0x00000000\n");
+    EXPECT_EQ(Printed([&] { m_registry.RegisterObject(Code(0xA04F1002), "n", kIDOneOtherCase); }),
         "ERROR - Class ID 11111111-aBcD-1111-1111-111111111111 already being used by two\n"
         "ERROR - Duplicate class ID 11111111-aBcD-1111-1111-111111111111 specified for object 0xA04F1002\n");
 }
@@ -101,7 +101,7 @@ TEST_F(ObjectRegistry, HasTextsForUnknownCodes)
     for (const auto& row : rows) {
         const int code = Code(row.code);
         char isKnown = 7;
-        Console([&] { EXPECT_STREQ(m_registry.GetObjectName(code, &isKnown), row.name); });
+        EXPECT_STREQ(m_registry.GetObjectName(code, &isKnown), row.name);
         EXPECT_EQ(isKnown, row.isKnown) << row.name;
         HFErrorClear();
         isKnown = 7;
@@ -161,7 +161,7 @@ TEST_F(ObjectRegistry, CopiesOwnTheirEntries)
     EXPECT_EQ(Dump(), before);
     EXPECT_EQ(m_registry.GetObjectMirror(Code(0xA04F1001)), 42);
     const auto addWithSameID = [&] { return m_registry.RegisterObject(Code(0xA04F1003), "three", kIDOneOtherCase); };
-    Console([&] { EXPECT_EQ(addWithSameID(), 0) << "class IDs are known too"; });
+    EXPECT_EQ(addWithSameID(), 0) << "class IDs are known too";
     EXPECT_EQ(m_registry.UnregisterObject(Code(0xA04FF002)), 1);
     EXPECT_EQ(addWithSameID(), 1);
 }
@@ -189,6 +189,23 @@ TEST_F(ObjectRegistry, AddsNothingWithoutMemory)
         EXPECT_EQ(m_registry.RegisterObject(code, longName), 0) << "refused, if without a report";
     }
 }
+
+TEST_F(ObjectRegistry, KeepsNothingOfWhatHasGone)
+{
+    long allocations = 0;
+    for (int round = 0; round < 100; ++round) {
+        const long before = test::AllocationCount();
+        m_registry.Release();
+        m_registry.RegisterLibrary(0x1000, "a library");
+        for (int time = 0; time < 2; ++time) {
+            m_registry.RegisterObject(Code(0xA04F1001), "one", kIDOne);
+            EXPECT_EQ(m_registry.UnregisterObject(Code(0xA04F1001)), 1);
+        }
+        m_registry.RegisterObject(Code(0xA04F1001), "one", kIDOne);
+        EXPECT_TRUE(round < 2 || test::AllocationCount() - before == allocations) << "the same in each round";
+        allocations = test::AllocationCount() - before;
+    }
+}
 #endif
 
 TEST_F(ObjectRegistry, OfTheProcessIsReachedByFunctions)
@@ -214,7 +231,7 @@ TEST_F(ObjectRegistry, OfTheProcessIsReachedByFunctions)
         EXPECT_STREQ(ZRGetObjectNameEx(kSix + 1, &isKnown),
             "irregular or unregistered object with ID 0xA04F3007, high word valid, object code valid");
         EXPECT_EQ(isKnown, 0);
-        EXPECT_NE(Console([] { ZRDumpRegistry(); }).find("Object type 0xA04F3006 - six"), std::string::npos);
+        EXPECT_NE(Printed([] { ZRDumpRegistry(); }).find("Object type 0xA04F3006 - six"), std::string::npos);
     }
     EXPECT_EQ(ZRGetRegisteredObjectCount(), 0);
 }
