@@ -4,104 +4,74 @@
 #include "tests/fuzz/fuzz.h"
 #include "zrlib/zrlib.h"
 
-#include <climits>
+#include <algorithm>
+#include <cmath>
 #include <cstring>
-#include <vector>
+#include <utility>
 
 namespace {
 
 using test::Require;
-using test::TextFrom;
 
 void ShortenBytes(FuzzedDataProvider& data)
 {
     const auto value = data.ConsumeIntegral<std::int64_t>();
     const int precision = data.ConsumeIntegralInRange(-5, 400);
-    const std::string unit = TextFrom(data, 60);
-    const std::string scaled = TextFrom(data, 60);
-    const HCString text = ZRFormat::KMGT(value, unit.c_str(), scaled.c_str(), precision);
-    std::string expected;
-    if (value < 1000) {
-        expected = std::to_string(value) + " " + unit;
-    } else {
-        constexpr struct {
-            std::int64_t limit;
-            double divisor;
-            char letter;
-        } kScales[] = {{std::int64_t{1} << 20, 1024.0, 'K'}, {std::int64_t{1} << 30, 1048576.0, 'M'},
-            {std::int64_t{1} << 40, 1073741824.0, 'G'}, {std::int64_t{1} << 50, 1099511627776.0, 'T'},
-            {INT64_MAX, 1e15, '?'}};
-        const auto* scale = kScales;
-        while (value >= scale->limit && scale->letter != '?') {
+    const std::string unit = test::TextFrom(data, 60);
+    std::string expected = std::to_string(value) + " " + unit;
+    if (value >= 1000) {
+        int scale = 0;
+        while (scale < 4 && value >> (20 + 10 * scale) != 0) {
             ++scale;
         }
-        std::vector<char> buffer(1000);
-        const double scaledValue = static_cast<double>(value) / scale->divisor;
-        std::snprintf(
-            buffer.data(), buffer.size(), "%.*f %c", precision > 0 ? precision : 0, scaledValue, scale->letter);
-        expected = buffer.data() + scaled;
+        const double divisor = scale < 4 ? std::pow(1024.0, scale + 1) : 1e15;
+        char number[1000];
+        std::snprintf(number, sizeof(number), "%.*f %c", std::max(precision, 0), static_cast<double>(value) / divisor,
+            "KMGT?"[scale]);
+        expected = number + unit;
     }
-    Require(text == expected.c_str(), "KMGT");
+    Require(ZRFormat::KMGT(value, unit.c_str(), unit.c_str(), precision) == expected.c_str(), "KMGT");
 }
 
 void ChangeString(FuzzedDataProvider& data)
 {
     HCString string;
     std::string model;
-    for (int steps = 0; steps < 20 && data.remaining_bytes() > 0; ++steps) {
-        const std::string text = TextFrom(data, 120);
-        switch (data.ConsumeIntegralInRange(0, 8)) {
+    while (data.remaining_bytes() > 0) {
+        const std::string text = test::TextFrom(data, 120);
+        const int count = data.ConsumeIntegralInRange(-5, 200);
+        const std::size_t place = std::min(model.size(), static_cast<std::size_t>(std::max(count, 0)));
+        switch (data.ConsumeIntegralInRange(0, 5)) {
         case 0:
             string = text.c_str();
             model = text;
             break;
         case 1:
-            string.Format("%s|%s|%d", static_cast<const char*>(string), text.c_str(), steps);
-            model += "|" + text + "|" + std::to_string(steps);
+            string.Format("%s|%s|%d", static_cast<const char*>(string), text.c_str(), count);
+            model += "|" + text + "|" + std::to_string(count);
             break;
-        case 2: {
-            const int count = data.ConsumeIntegralInRange(-5, 200);
-            const HCString left = string.Left(count);
-            model = model.substr(0, static_cast<std::size_t>(count > 0 ? count : 0));
-            Require(left == model.c_str(), "Left");
+        case 2:
+            Require(string.Left(count) == model.substr(0, place).c_str(), "Left");
+            model.resize(place);
             break;
-        }
-        case 3: {
-            char* const buffer = string.GetBuffer(static_cast<int>(text.size()));
-            std::memcpy(buffer, text.c_str(), text.size() + 1);
-            string.ReleaseBuffer(-1);
+        case 3:
+            std::memcpy(string.GetBuffer(static_cast<int>(text.size())), text.c_str(), text.size() + 1);
+            string.ReleaseBuffer();
             model = text;
             break;
-        }
-        case 4: { // a piece of its own text
-            const std::size_t from = data.ConsumeIntegralInRange<std::size_t>(0, model.size());
-            string = static_cast<const char*>(string) + from;
-            model.erase(0, from);
-            break;
-        }
-        case 5: {
-            HCString moved(static_cast<HCString&&>(string));
-            Require(string.GetLength() == 0, "moved from");
-            string = moved;
-            break;
-        }
-        case 6:
-            string = HCString(text.c_str());
-            model = text;
-            break;
-        case 7:
-            Require((string.Compare(text.c_str()) < 0) == (std::strcmp(model.c_str(), text.c_str()) < 0), "Compare");
+        case 4:
+            string = static_cast<const char*>(string) + place; // a piece of its own text
+            model.erase(0, place);
             break;
         default:
-            string.Empty();
-            model.clear();
+            HCString moved(std::move(string));
+            string = moved;
         }
         Require(string == model.c_str() && string.GetLength() == static_cast<int>(model.size()), "the text");
-        std::vector<char> buffer(static_cast<std::size_t>(data.ConsumeIntegralInRange(1, 100)), 'x');
-        const int copied = ZRStringToBuffer(buffer.data(), static_cast<int>(buffer.size()), string);
-        Require(model.compare(0, buffer.size() - 1, buffer.data()) == 0
-                && copied == static_cast<int>(std::strlen(buffer.data())),
-            "ZRStringToBuffer");
+        Require((string.Compare(text.c_str()) < 0) == (model < text), "Compare");
+        char buffer[101];
+        const int copied = ZRStringToBuffer(buffer, data.ConsumeIntegralInRange(1, 100), string);
+        Require(model.starts_with(buffer) && copied == static_cast<int>(std::strlen(buffer)), "ZRStringToBuffer");
     }
 }
 

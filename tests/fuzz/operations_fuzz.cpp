@@ -5,9 +5,8 @@
 #include "tests/registry/registry_model.h"
 #include "zrlib/zrlib.h"
 
+#include <algorithm>
 #include <array>
-#include <memory>
-#include <vector>
 
 namespace {
 
@@ -24,93 +23,71 @@ void ChangeRegistry(FuzzedDataProvider& data)
     Require(both.CompareAll() == nullptr, "the same contents");
 }
 
-constexpr std::size_t kSubjects = 3;
-constexpr std::size_t kObservers = 5;
-
 /// Takes from the input what it does with an event.
 struct Network {
-    class Observer : public ZRObjectObserver {
-    public:
-        explicit Observer(Network& network)
-            : m_network(network)
-        {
-        }
+    static constexpr std::size_t kSubjects = 3;
+    static constexpr std::size_t kObservers = 5;
+
+    struct Observer : ZRObjectObserver {
         void OnEvent(ZRObservedObjectEvent* /*event*/) override
         {
-            ++m_network.handled;
-            if (m_network.depth < 5 && m_network.data.remaining_bytes() > 0) {
-                m_network.Step();
+            ++network->handled;
+            if (network->depth < 5 && network->data.remaining_bytes() > 0) {
+                network->Step();
             }
         }
-
-    private:
-        Network& m_network;
+        Network* network = nullptr; // not owned
     };
 
     explicit Network(FuzzedDataProvider& input)
         : data(input)
     {
-        for (auto& observer : observers) {
-            observer = std::make_unique<Observer>(*this);
+        for (Observer& observer : observers) {
+            observer.network = this;
         }
     }
 
     void Step()
     {
         ++depth;
-        const std::size_t subject = data.ConsumeIntegralInRange<std::size_t>(0, kSubjects - 1);
-        const std::size_t observer = data.ConsumeIntegralInRange<std::size_t>(0, kObservers - 1);
-        ZRObjectObserver* const one = observers[observer].get();
-        bool& isAttached = attached[subject][observer];
+        const auto place = data.ConsumeIntegralInRange<std::size_t>(0, kSubjects - 1);
+        const auto which = data.ConsumeIntegralInRange<std::size_t>(0, kObservers - 1);
+        ZRObservedObject& subject = subjects[place];
+        bool& isAttached = attached[place][which];
         switch (data.ConsumeIntegralInRange(0, 4)) {
         case 0:
         case 1:
-            Require(subjects[subject].AttachObserver(one, 1) == (isAttached ? 1 : 0), "AttachObserver");
+            Require(subject.AttachObserver(&observers[which], 1) == (isAttached ? 1 : 0), "AttachObserver");
             isAttached = true;
             break;
         case 2:
-            subjects[subject].DetachObserver(one, 0);
+            subject.DetachObserver(&observers[which], 0);
             isAttached = false;
             break;
         case 3: {
-            ZRObservedObjectEvent event(1);
             const int before = handled;
-            const int count = event.Broadcast(&subjects[subject], 0);
+            const int count = ZRObservedObjectEvent(1).Broadcast(&subject, 0);
             Require(count >= 0 && handled - before >= count, "Broadcast");
             break;
         }
         default:
-            const ZRObservedObjectEvent event(2, &subjects[subject]);
+            const ZRObservedObjectEvent event(2, &subject);
         }
-        Require((subjects[subject].IsAttached(one) != 0) == isAttached || depth > 1, "IsAttached");
         --depth;
+        for (std::size_t each = 0; each < kObservers; ++each) {
+            Require((subject.IsAttached(&observers[each]) != 0) == attached[place][each], "IsAttached");
+        }
+        const auto count = std::count(attached[place].begin(), attached[place].end(), true);
+        Require(subject.GetObserverCount() == count, "GetObserverCount");
     }
 
     FuzzedDataProvider& data;
     std::array<ZRObservedObject, kSubjects> subjects;
-    std::array<std::unique_ptr<Observer>, kObservers> observers;
+    std::array<Observer, kObservers> observers;
     std::array<std::array<bool, kObservers>, kSubjects> attached{};
     int handled = 0;
     int depth = 0;
 };
-
-void Observe(FuzzedDataProvider& data)
-{
-    Network network(data);
-    for (int steps = 0; steps < 200 && data.remaining_bytes() > 0; ++steps) {
-        network.Step();
-    }
-    for (std::size_t subject = 0; subject < kSubjects; ++subject) {
-        int count = 0;
-        for (std::size_t observer = 0; observer < kObservers; ++observer) {
-            count += network.attached[subject][observer] ? 1 : 0;
-            Require((network.subjects[subject].IsAttached(network.observers[observer].get()) != 0)
-                    == network.attached[subject][observer],
-                "who is attached in the end");
-        }
-        Require(network.subjects[subject].GetObserverCount() == count, "GetObserverCount");
-    }
-}
 
 } // namespace
 
@@ -120,7 +97,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
     if (data.ConsumeBool()) {
         ChangeRegistry(data);
     } else {
-        Observe(data);
+        Network network(data);
+        for (int steps = 0; steps < 200 && data.remaining_bytes() > 0; ++steps) {
+            network.Step();
+        }
     }
     return 0;
 }
