@@ -192,18 +192,20 @@ TEST_F(ObjectRegistry, AddsNothingWithoutMemory)
 
 TEST_F(ObjectRegistry, KeepsNothingOfWhatHasGone)
 {
-    long allocations = 0;
-    for (int round = 0; round < 100; ++round) {
-        const long before = test::AllocationCount();
-        m_registry.Release();
-        m_registry.RegisterLibrary(0x1000, "a library");
-        for (int time = 0; time < 2; ++time) {
-            m_registry.RegisterObject(Code(0xA04F1001), "one", kIDOne);
-            EXPECT_EQ(m_registry.UnregisterObject(Code(0xA04F1001)), 1);
+    for (const bool isReleased : {false, true}) {
+        long allocations = 0;
+        for (int round = 0; round < 200; ++round) {
+            const long before = test::AllocationCount();
+            if (isReleased) {
+                m_registry.Release();
+                m_registry.RegisterLibrary(0x1000, "a library");
+            } else {
+                m_registry.UnregisterObject(Code(0xA04F1002)); // not there the first time
+            }
+            EXPECT_EQ(m_registry.RegisterObject(Code(0xA04F1002), "three", ZRClassID::Null), 1);
+            EXPECT_TRUE(round < 2 || test::AllocationCount() - before == allocations) << "as many in each round";
+            allocations = test::AllocationCount() - before;
         }
-        m_registry.RegisterObject(Code(0xA04F1001), "one", kIDOne);
-        EXPECT_TRUE(round < 2 || test::AllocationCount() - before == allocations) << "the same in each round";
-        allocations = test::AllocationCount() - before;
     }
 }
 #endif

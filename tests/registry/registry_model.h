@@ -80,8 +80,13 @@ private:
         return static_cast<int>(which < std::size(seldom) ? seldom[which] : 0xA04F0000 + number);
     }
 
+    /// One that is there, or any.
     std::string AnyClassID()
     {
+        const auto holder = m_objects.find(AnyCode());
+        if (holder != m_objects.end() && m_random(2) == 0) {
+            return holder->second.GetClassID().ToString();
+        }
         std::string id = ZRClassID::Null;
         if (m_random(4) == 0) {
             id.replace(0, 28, m_random(2) != 0 ? ZRClassID::Internal : ZRClassID::External);
