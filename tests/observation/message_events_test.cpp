@@ -1,195 +1,126 @@
-#include "tests/support/messages.h"
-#include "tests/observation/recording_observer.h"
 #include "tests/support/allocations.h"
-
-#include <thread>
+#include "tests/support/messages.h"
+#include "tests/support/threads.h"
 
 namespace {
 
-using test::RecordingObserver;
+using MessageEvents = test::Messages;
 
-class MessageEvents : public test::Messages {
-protected:
-    MessageEvents() { ZRGetMessageHandler()->AttachObserver(&m_observer, 1); }
-    ~MessageEvents() override { ZRGetMessageHandler()->DetachObserver(&m_observer, 1); }
-
-    RecordingObserver m_observer;
-};
-
-TEST_F(MessageEvents, CarryTheWholeMessage)
+TEST_F(MessageEvents, HaveTheTextsOfTheirMessageUntilAHandlerChangesOne)
 {
-    ZRMessageHandler& handler = *ZRGetMessageHandler();
-    ZRMsg ofNoType("three", 3);
-    const struct {
-        std::function<void()> send;
-        const char* text;
-        const char* textEx;
-        int type;
-        const char* location;
-        int level;
-        int code;
-        int chain;
-    } rows[] = {
-        {[] { ZROut("a", nullptr, 1); }, "a", "", ZR_MSG_OUT, "", 1, 0, 0},
-        {[] { ZRWarnEx("a", "b", "here", 7); }, "a", "b", ZR_MSG_WARN, "here", 7, 0, 0},
-        {[] { ZRErrorSet(-65840, "a", "here", 1, -3); }, "a", "", ZR_MSG_ERROR, "here", -3, -65840, 1},
-        {[&] { handler.ErrorEx("a", "b", "here", 5, 1, 9); }, "a", "b", ZR_MSG_ERROR, "here", 9, 5, 1},
-        {[] { ZRTrace("a", "here", 2); }, "a", "", ZR_MSG_TRACE, "here", 2, 0, 0},
-        {[&] { handler.BroadcastMessage(ofNoType); }, "three", "", 3, "", 0, 0, 0},
+    struct Handler : ZRMessageHandler {
+        char AdjustEvent(ZRObservedObjectEvent* event) override
+        {
+            edit(*event);
+            const ZRMsg& message = event->GetMsg();
+            texts.push_back(event->GetText().ToString() + "," + event->GetTextEx().ToString() + " of "
+                + message.GetText().ToString() + "," + message.GetTextEx().ToString());
+            EXPECT_TRUE(event->GetCode() == ZR_EVENT_MESSAGE && event->GetSource() == this);
+            return 1;
+        }
+        void (*edit)(ZRObservedObjectEvent&) = nullptr;
+        std::vector<std::string> texts;
     };
+    const struct {
+        void (*edit)(ZRObservedObjectEvent&);
+        const char* texts; // of the event and of its message
+    } rows[] = {
+        {[](ZRObservedObjectEvent&) {}, "text,more of text,more"},
+        {[](ZRObservedObjectEvent& event) { event.SetText("new"); }, "new,more of text,more"},
+        {[](ZRObservedObjectEvent& event) { event.SetTextEx("new"); }, "text,new of text,more"},
+        {[](ZRObservedObjectEvent& event) { event.SetMsg(ZRMsg("new", ZR_MSG_OUT)); }, "text,more of new,"},
+    };
+    const ZRListener listener(*ZRGetMessageHandler(), [](const auto&) { ADD_FAILURE() << "another handler's"; });
     for (const auto& row : rows) {
-        row.send();
-        ASSERT_EQ(m_observer.events.size(), 1U);
-        const ZRObservedObjectEvent& event = m_observer.events.front();
-        const ZRMsg message = event.GetMsg();
-        EXPECT_EQ(event.GetCode(), ZR_EVENT_MESSAGE);
-        EXPECT_EQ(m_observer.sources.front(), &handler);
-        EXPECT_TRUE(event.GetText() == row.text && message.GetText() == row.text);
-        EXPECT_TRUE(event.GetTextEx() == row.textEx && message.GetTextEx() == row.textEx);
-        EXPECT_EQ(message.GetType(), row.type);
-        EXPECT_EQ(message.GetLocation(), row.location);
-        EXPECT_EQ(message.GetLevel(), row.level);
-        EXPECT_EQ(message.GetCode(), row.code);
-        EXPECT_EQ(message.GetChainToPrevious(), row.chain);
-        EXPECT_EQ(message.GetThreadID(), HCThread::GetCurrentThreadId());
-        m_observer.events.clear();
-        m_observer.sources.clear();
+        Handler handler; // has no observers
+        handler.edit = row.edit;
+        ZRMsg message("text", ZR_MSG_OUT);
+        message.SetTextEx("more");
+        handler.BroadcastMessage(message);
+        handler.OutEx("text", "more", nullptr, 1);
+        EXPECT_EQ(handler.texts, std::vector<std::string>(2, row.texts));
     }
-    EXPECT_EQ(ofNoType.GetThreadID(), HCThread::GetCurrentThreadId());
-    ZRSetMessagesEnabled(0);
-    ZRMsg unsent("u", ZR_MSG_OUT);
-    handler.BroadcastMessage(unsent);
-    EXPECT_EQ(unsent.GetThreadID(), 0U);
 }
 
 TEST_F(MessageEvents, TellChangesOfTheMasterSwitch)
 {
-    const int states[] = {1, 0, 0, 1, 5, 1}; // messages are on when they begin
     std::vector<int> told;
-    for (const int state : states) {
+    const ZRListener listener(*ZRGetMessageHandler(), [&told](const ZRObservedObjectEvent& event) {
+        told.push_back(event.GetState());
+        EXPECT_TRUE(event.GetCode() == ZR_EVENT_MESSAGES_ENABLED && event.GetSource() == ZRGetMessageHandler());
+    });
+    for (const int state : {1, 0, 0, 1, 5, 1}) { // messages are on when they begin
         ZRSetMessagesEnabled(static_cast<char>(state));
     }
-    for (const ZRObservedObjectEvent& event : m_observer.events) {
-        EXPECT_EQ(event.GetCode(), ZR_EVENT_MESSAGES_ENABLED);
-        told.push_back(event.GetState());
-    }
-    EXPECT_EQ(told, (std::vector<int>{0, 1, 5, 1}));
-    EXPECT_EQ(m_observer.sources.front(), ZRGetMessageHandler());
+    EXPECT_EQ(told, (std::vector{0, 1, 5, 1}));
 }
 
 TEST_F(MessageEvents, ComeAfterTheOtherDestinationsAndMayBeAnsweredByMessages)
 {
     ZRSetAllFlags(ZR_DEST_FILE);
-    std::vector<std::size_t> linesBefore;
-    m_observer.then = [&](ZRObservedObjectEvent& event) {
-        linesBefore.push_back(test::Lines(m_home.Log()).size());
-        if (event.GetText() == "question") {
+    HCString text("a question that is too long to lie inside its string");
+    std::vector<std::string> logs;
+    const ZRListener listener(*ZRGetMessageHandler(), [&](const ZRObservedObjectEvent& event) {
+        logs.push_back(m_home.Log());
+        text = "another text that is too long to lie inside the string";
+        if (event.GetMsg().IsError() != 0) {
             ZROut("answer", nullptr, 1);
         }
-    };
-    ZROut("question", nullptr, 1);
-    EXPECT_EQ(linesBefore, (std::vector<std::size_t>{1, 2}));
-    ASSERT_EQ(m_observer.events.size(), 2U);
-    EXPECT_EQ(m_observer.events[1].GetText(), "answer");
-}
-
-TEST_F(MessageEvents, MayChangeTheTextOfTheSender)
-{
-    HCString text("an error text that is too long to lie inside its string");
-    m_observer.then = [&](ZRObservedObjectEvent&) { text = "another text that is too long to lie inside the string"; };
+    });
     ZRError(text, nullptr, 1);
-    EXPECT_EQ(test::TakeError(), "1 " + std::string(text) + " ZRError 0");
-}
-
-TEST_F(MessageEvents, ReachAHandlerOfAClientThatAdjustsThem)
-{
-    class Handler : public ZRMessageHandler {
-    public:
-        char AdjustEvent(ZRObservedObjectEvent* event) override
-        {
-            texts += static_cast<const char*>(event->GetText());
-            return 1;
-        }
-        std::string texts;
-    };
-    Handler handler;
-    handler.Out("unobserved", nullptr, 1);
-    EXPECT_EQ(handler.texts, "unobserved");
-    EXPECT_TRUE(m_observer.events.empty());
+    const std::string question = "ERROR - a question that is too long to lie inside its string\n";
+    EXPECT_EQ(logs, (std::vector{question, question + "OUT - answer\n"}));
+    EXPECT_EQ(test::TakeError(), "1 " + text.ToString() + " ZRError 0") << "as the sender's text is now";
 }
 
 TEST_F(MessageEvents, HaveOneOrderForAllObserversAndTheLog)
 {
-    constexpr int kThreads = 8;
-    constexpr int kMessages = 60;
-    RecordingObserver second;
-    ZRGetMessageHandler()->AttachObserver(&second, 1);
     ZRSetAllFlags(ZR_DEST_FILE);
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < kThreads; ++thread) {
-        threads.emplace_back([thread] {
-            HCString text;
-            for (int number = 0; number < kMessages; ++number) {
-                text.Format("thread %d message %d", thread, number);
-                ZROut(text, nullptr, 1);
-            }
+    std::string texts[2];
+    ZRListener listeners[2];
+    for (const std::size_t number : {0U, 1U}) {
+        listeners[number] = ZRListener(*ZRGetMessageHandler(), [&, number](const ZRObservedObjectEvent& event) {
+            texts[number] += "OUT - " + event.GetText().ToString() + "\n";
         });
     }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    ZRGetMessageHandler()->DetachObserver(&second, 1);
-    std::vector<std::string> lines[2];
-    for (const auto& [observer, texts] : {std::pair{&m_observer, &lines[0]}, std::pair{&second, &lines[1]}}) {
-        for (const ZRObservedObjectEvent& event : observer->events) {
-            texts->push_back("OUT - " + std::string(event.GetText()));
+    test::OnThreads(8, [](int thread) {
+        HCString text;
+        for (int number = 0; number < 60; ++number) {
+            text.Format("thread %d message %d", thread, number);
+            ZROut(text, nullptr, 1);
         }
-    }
-    EXPECT_EQ(lines[0].size(), static_cast<std::size_t>(kThreads * kMessages));
-    EXPECT_EQ(lines[0], lines[1]);
-    EXPECT_EQ(lines[0], test::Lines(m_home.Log()));
+    });
+    EXPECT_EQ(test::Lines(texts[0]).size(), 480U);
+    EXPECT_EQ(texts[0], texts[1]);
+    EXPECT_EQ(texts[0], m_home.Log());
 }
 
 #if !defined(_WIN32)
 TEST_F(MessageEvents, NeedNoHeapForShortTexts)
 {
-    class Reader : public ZRObjectObserver {
-    public:
-        void OnEvent(ZRObservedObjectEvent* event) override { length += event->GetMsg().GetText().GetLength(); }
-        int length = 0;
-    };
-    Reader reader;
-    ZRGetMessageHandler()->DetachObserver(&m_observer, 1);
-    ZRGetMessageHandler()->AttachObserver(&reader, 1);
+    int length = 0;
+    const ZRListener listener(*ZRGetMessageHandler(),
+        [&length](const ZRObservedObjectEvent& event) { length = event.GetMsg().GetText().GetLength(); });
     const std::string text(39, 't');
     const long before = test::AllocationCount();
     ZROut(text.c_str(), "location", 1);
     EXPECT_EQ(test::AllocationCount(), before);
-    EXPECT_EQ(reader.length, 39);
-    ZRGetMessageHandler()->DetachObserver(&reader, 1);
+    EXPECT_EQ(length, 39);
 }
 
 TEST_F(MessageEvents, AreLostWithoutMemoryButNothingElseIs)
 {
-    class Counter : public ZRObjectObserver {
-    public:
-        void OnEvent(ZRObservedObjectEvent* /*event*/) override { ++count; }
-        int count = 0;
-    };
-    Counter counter;
-    ZRGetMessageHandler()->DetachObserver(&m_observer, 1);
-    ZRGetMessageHandler()->AttachObserver(&counter, 1);
     ZRSetAllFlags(ZR_DEST_FILE | ZR_DEST_DEBUGGER);
+    int count = 0;
+    const ZRListener listener(*ZRGetMessageHandler(), [&count](const auto&) { ++count; });
     const std::string longText(200, 't');
     bool isWhole = false;
-    for (long allocations = 0; !isWhole; ++allocations) {
+    for (long allocations = 0; !isWhole && allocations < 100; ++allocations) {
         SCOPED_TRACE(allocations);
-        ASSERT_LT(allocations, 100);
-        const int seen = counter.count;
-        const std::size_t written = m_home.Log().size();
+        const std::string log = m_home.Log();
+        const int countBefore = count;
         bool hasThrown = false;
         HFErrorClear();
-        long atEnd = 0;
         {
             const test::FailingHeap heap(allocations);
             const long before = test::AllocationCount();
@@ -198,19 +129,16 @@ TEST_F(MessageEvents, AreLostWithoutMemoryButNothingElseIs)
             } catch (const std::bad_alloc&) {
                 hasThrown = true;
             }
-            atEnd = test::AllocationCount() - before;
+            isWhole = test::AllocationCount() - before <= allocations;
         }
-        EXPECT_EQ(counter.count == seen, hasThrown) << "the sender learns that nobody was told";
-        const std::size_t line = m_home.Log().size() - written;
-        EXPECT_TRUE(line == 0 || line == longText.size() + 9) << line << ": whole lines only";
-        isWhole = atEnd <= allocations;
-        if (isWhole) {
-            EXPECT_EQ(hasThrown ? "lost" : test::TakeError(), "-1 " + longText + " " + longText + " 0");
-            EXPECT_GT(line, 0U);
-        }
-        std::thread([] { ZROut("the next one", "another thread", 1); }).join(); // the lock was given back
+        EXPECT_EQ(count == countBefore, hasThrown) << "the sender learns that nobody was told";
+        const std::string line = m_home.Log().substr(log.size());
+        EXPECT_TRUE((line.empty() && !isWhole) || line == "ERROR - " + longText + "\n") << line;
+        EXPECT_FALSE(isWhole && hasThrown);
+        test::OnThreads(1, [](int /*thread*/) { ZROut("the lock was given back", "another thread", 1); });
     }
-    ZRGetMessageHandler()->DetachObserver(&counter, 1);
+    EXPECT_TRUE(isWhole);
+    EXPECT_EQ(test::TakeError(), "-1 " + longText + " " + longText + " 0");
 }
 #endif
 

@@ -1,85 +1,51 @@
 // Every part of the library from several threads at once.
 
-#include "zrlib/zrlib.h"
+#include "tests/support/messages.h"
+#include "tests/support/threads.h"
 
 #include <algorithm>
 #include <atomic>
-#include <chrono>
-#include <cmath>
-#include <gtest/gtest.h>
 #include <memory>
-#include <string>
-#include <thread>
-#include <vector>
-
-#if !defined(_WIN32)
-#include <csignal>
-#include <sys/wait.h>
-#include <unistd.h>
-#endif
 
 namespace {
 
-/// Runs a step again and again on threads of its own while it exists.
-class Others {
-public:
-    explicit Others(std::vector<void (*)()> steps)
-    {
-        for (void (*step)() : steps) {
-            m_threads.emplace_back([this, step] {
-                while (!m_isOver) {
-                    step();
-                }
-            });
+/// Runs a step again and again on a thread of its own while the result exists.
+std::jthread Repeating(void (*step)())
+{
+    return std::jthread([step](const std::stop_token& end) {
+        while (!end.stop_requested()) {
+            step();
         }
-    }
-    ~Others()
-    {
-        m_isOver = true;
-        for (std::thread& thread : m_threads) {
-            thread.join();
-        }
-    }
-
-private:
-    std::atomic<bool> m_isOver{false};
-    std::vector<std::thread> m_threads;
-};
+    });
+}
 
 /// Must not be called when it is detached.
 class Guest : public ZRObjectObserver {
 public:
     ~Guest() override { isWelcome = false; }
 
-    void OnEvent(ZRObservedObjectEvent* event) override
+    void OnEvent(ZRObservedObjectEvent* /*event*/) override
     {
         calls += 1;
         faults += isWelcome ? 0 : 1;
-        length += event->GetText().GetLength();
     }
 
     std::atomic<bool> isWelcome{true};
-    std::atomic<int> length{0};
     static inline std::atomic<int> calls{0};
     static inline std::atomic<int> faults{0};
 };
 
 ZRObservedObject g_ownSubject;
 
-class Threads : public testing::Test {
+class Threads : public test::Messages {
 protected:
     Threads()
     {
-        ZRSetMessagesEnabled(1);
-        ZRSetAllFlags(0);
         ZRProgressEnable(1);
         ZRGetProfilerStateHandler()->SetEnabled(1);
-        Guest::calls = 0;
-        Guest::faults = 0;
     }
     ~Threads() override
     {
-        ZRSetMessagesEnabled(0);
         ZRGetProfilerStateHandler()->SetEnabled(0);
         ZRProgressEnable(0);
     }
@@ -100,12 +66,12 @@ protected:
 
 TEST_F(Threads, ObserversComeAndGoWhileOthersSend)
 {
-    constexpr int kRounds = 1000; // for each of two threads
     ZRObservedObject* const subjects[] = {ZRGetMessageHandler(), &g_ownSubject, ZRGetProfilerStateHandler()};
     {
-        const Others senders({SendAll, SendAll, SendAll, [] { ZRGetMessageHandler()->SetName("another name"); }});
-        const auto visit = [&subjects] {
-            for (int round = 0; round < kRounds; ++round) {
+        const std::jthread others[] = {Repeating(SendAll), Repeating(SendAll), Repeating(SendAll),
+            Repeating([] { ZRGetMessageHandler()->SetName("another name"); })};
+        test::OnThreads(2, [&subjects](int /*thread*/) {
+            for (int round = 0; round < 1000; ++round) {
                 auto guest = std::make_unique<Guest>(); // destroyed right behind its detachment
                 for (ZRObservedObject* const subject : subjects) {
                     const ZRAttachment attachment(*subject, *guest);
@@ -118,15 +84,13 @@ TEST_F(Threads, ObserversComeAndGoWhileOthersSend)
                 moved.Detach();
                 guest->isWelcome = false;
             }
-        };
-        std::thread second(visit);
-        visit();
-        second.join();
-        while (Guest::calls == 0) { // on a busy machine no round may have met an event
+        });
+        EXPECT_TRUE(test::SpinUntil([] { // on a busy machine no round may have met an event
             Guest guest;
             const ZRAttachment attachment(g_ownSubject, guest);
             std::this_thread::yield();
-        }
+            return Guest::calls > 0;
+        }));
     }
     EXPECT_EQ(Guest::faults, 0);
     for (const ZRObservedObject* const subject : subjects) {
@@ -135,220 +99,124 @@ TEST_F(Threads, ObserversComeAndGoWhileOthersSend)
     ZRGetMessageHandler()->SetName("Untitled");
 }
 
-/// Detaches another observer, or itself, when it is called.
-class Rival : public ZRObjectObserver {
-public:
-    void OnEvent(ZRObservedObjectEvent* event) override { event->GetSource()->DetachObserver(rival, 1); }
-
-    ZRObjectObserver* rival = this;
-};
-
 TEST_F(Threads, ObserversThatDetachEachOtherDoNotWaitForEachOther)
 {
+    struct Rival : ZRObjectObserver {
+        void OnEvent(ZRObservedObjectEvent* event) override { event->GetSource()->DetachObserver(rival, 1); }
+        ZRObjectObserver* rival = nullptr;
+    };
     ZRObservedObject subject;
     Rival one;
     Rival two;
     one.rival = &two;
     two.rival = &one;
-    const auto send = [&] {
+    test::OnThreads(2, [&](int /*thread*/) {
         for (int round = 0; round < 2000; ++round) {
             subject.AttachObserver(&one, 1);
             subject.AttachObserver(&two, 1);
-            ZRObservedObjectEvent event(1);
-            event.SetSource(&subject);
-            event.Broadcast(&subject, 0);
+            const ZRObservedObjectEvent event(1, &subject);
         }
-    };
-    std::thread other(send);
-    send();
-    other.join();
+    });
     subject.DetachObserver(&one, 1);
     subject.DetachObserver(&two, 1);
 }
 
-TEST_F(Threads, DetachingWaitsForTheCallThatRunsAndForNoQueue)
+TEST_F(Threads, ObserversHandleOneEventAtATimeAndDetachingWaitsForNoQueue)
 {
-    struct Slow : ZRObjectObserver {
-        void OnEvent(ZRObservedObjectEvent* /*event*/) override
-        {
-            ++calls;
-            isRunning = true;
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-            isRunning = false;
-        }
+    const std::jthread senders[] = {Repeating(SendAll), Repeating(SendAll), Repeating(SendAll), Repeating(SendAll)};
+    for (ZRObservedObject* const subject : {&g_ownSubject, static_cast<ZRObservedObject*>(ZRGetMessageHandler())}) {
         std::atomic<int> calls{0};
         std::atomic<bool> isRunning{false};
-    };
-    Slow slow;
-    ZRGetMessageHandler()->AttachObserver(&slow, 1);
-    const Others senders({SendAll, SendAll, SendAll, SendAll});
-    while (!slow.isRunning) {
-        std::this_thread::yield();
+        ZRListener slow(*subject, [&](const ZRObservedObjectEvent& /*event*/) {
+            EXPECT_FALSE(isRunning.exchange(true));
+            ++calls;
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            isRunning = false;
+        });
+        EXPECT_TRUE(test::SpinUntil([&] { return calls > 1 && isRunning; }));
+        const int callsBefore = calls;
+        slow.Detach();
+        EXPECT_FALSE(isRunning);
+        EXPECT_LT(calls, callsBefore + 20) << "four senders wait for their turn all the time";
     }
-    const int callsBefore = slow.calls;
-    ZRGetMessageHandler()->DetachObserver(&slow, 1);
-    EXPECT_FALSE(slow.isRunning);
-    EXPECT_LT(slow.calls, callsBefore + 20) << "four senders wait for their turn all the time";
 }
 
 TEST_F(Threads, HundredsAreInObserversAtOnce)
 {
     static constexpr int kThreads = 200;
-    static std::atomic<int> inside{0};
-    std::vector<std::thread> threads(kThreads);
-    for (std::thread& thread : threads) {
-        thread = std::thread([] {
-            ZRObservedObject subject;
-            const ZRListener listener(subject, [](const ZRObservedObjectEvent& /*event*/) {
-                ++inside;
-                while (inside < kThreads) {
-                    std::this_thread::yield();
-                }
-            });
-            ZRObservedObjectEvent(1).Broadcast(&subject, 0);
+    std::atomic<int> inside{0};
+    test::OnThreads(kThreads, [&inside](int /*thread*/) {
+        ZRObservedObject subject;
+        const ZRListener listener(subject, [&inside](const ZRObservedObjectEvent& /*event*/) {
+            ++inside;
+            EXPECT_TRUE(test::SpinUntil([&inside] { return inside == kThreads; }));
         });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(inside, kThreads);
+        ZRObservedObjectEvent(1).Broadcast(&subject, 0);
+    });
 }
 
-TEST_F(Threads, TimersOfSeveralThreadsDoNotMeet)
+TEST_F(Threads, TimersOfSeveralThreadsFeedOneState)
 {
-    static ZRProfilerState shared("shared");
-    static constexpr int kRuns = 2000;
-    const auto run = [](ZRProfilerState& outer, ZRProfilerState& inner) {
-        for (int count = 0; count < kRuns; ++count) {
-            const ZRProfiler around(&outer);
-            const ZRProfiler within(&inner);
+    constexpr int kThreads = 4; // and one that looks on
+    constexpr int kRuns = 2000;
+    constexpr std::int64_t kAllRuns = std::int64_t{kThreads} * kRuns;
+    ZRProfilerState shared("shared");
+    test::OnThreads(kThreads + 1, [&shared](int thread) {
+        while (thread == kThreads && shared.GetCalls() < kAllRuns) {
+            const ZRProfilerState copy(shared);
+            const auto calls = static_cast<double>(copy.GetCalls());
+            EXPECT_TRUE(calls == 0 || copy.GetMin() * calls <= copy.GetTotal() * 1.001);
+            EXPECT_LE(copy.GetTotal(), std::max(0.0, copy.GetMax()) * calls * 1.001);
+        }
+        for (int run = 0; thread < kThreads && run < kRuns; ++run) {
             const ZRProfiler feeding(&shared);
         }
-    };
-    std::vector<std::thread> threads;
-    for (int number = 0; number < 4; ++number) {
-        threads.emplace_back([&run] {
-            ZRProfilerState outer("outer");
-            ZRProfilerState inner("inner");
-            run(outer, inner);
-            EXPECT_EQ(outer.GetDependantCalls(), kRuns);
-            EXPECT_EQ(inner.GetDependantCalls(), kRuns);
-            EXPECT_GE(outer.GetSelf(), 0);
-            EXPECT_GE(inner.GetSelf(), 0);
-        });
-    }
-    while (shared.GetCalls() < 4L * kRuns) {
-        const ZRProfilerState copy(shared);
-        EXPECT_TRUE(
-            copy.GetCalls() == 0 || copy.GetMin() * static_cast<double>(copy.GetCalls()) <= copy.GetTotal() * 1.001);
-        EXPECT_LE(copy.GetTotal(), std::max(0.0, copy.GetMax()) * static_cast<double>(copy.GetCalls()) * 1.001);
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(shared.GetCalls(), 4 * kRuns);
-    EXPECT_EQ(shared.GetDependantCalls(), 0);
-    ZRProfilerState* top = nullptr;
-    EXPECT_EQ(ZRGetProfilerStateHandler()->PeekTop(top), 0) << "nothing is left behind";
+    });
+    EXPECT_TRUE(shared.GetCalls() == kAllRuns && shared.GetDependantCalls() == 0);
 }
 
 TEST_F(Threads, TheRegistryServesAll)
 {
-    const auto work = [](int library) {
+    // A registry that holds a lock while it reports would wait for itself.
+    const ZRListener asksBack(*ZRGetMessageHandler(), [](const ZRObservedObjectEvent& /*event*/) {
+        ZRRegisterLibrary(0xF000, "Other");
+        static_cast<void>(ZRGetRegisteredObjectCount());
+        ZRUnregisterLibrary(0xF000);
+    });
+    const std::jthread other = Repeating([] { ZRDumpRegistry(); });
+    test::OnThreads(2, [](int thread) {
+        const int library = 0x2000 + 0x1000 * thread;
         const int first = ZRObjectEntry::OBJECTBASE | library;
+        HCString unknown;
+        unknown.Format("object with ID 0x%08X", static_cast<unsigned int>(first | 0xFFF));
         for (int round = 0; round < 200; ++round) {
-            EXPECT_EQ(ZRRegisterLibrary(library, "a library"), 1);
-            for (int object = 0; object < 20; ++object) {
-                EXPECT_EQ(
-                    ZRRegisterFactoryObject(first + object, "an object", ZRClassID::MakeInternalID(first + object)), 1);
-                EXPECT_EQ(ZRObjectIsKnown(first + object), 1);
-                EXPECT_STREQ(ZRGetObjectName(first + object, nullptr), "an object");
+            ZRRegistration registered(library, "a library");
+            for (int object = first; object < first + 20; ++object) {
+                EXPECT_TRUE(registered.Add(object, "an object", ZRClassID::MakeInternalID(object)));
+                EXPECT_STREQ(ZRGetObjectName(object, nullptr), "an object");
             }
-            HCString unknown;
-            unknown.Format("object with ID 0x%08X", static_cast<unsigned int>(first | 0xFFF));
             EXPECT_STREQ(ZRGetObjectName(first | 0xFFF, nullptr), unknown);
             static_cast<void>(ZRGetRegisteredObjectID(ZRGetRegisteredObjectCount() / 2));
-            for (int object = 0; object < 20; ++object) {
-                EXPECT_EQ(ZRUnregisterObject(first + object), 1);
-            }
-            EXPECT_EQ(ZRUnregisterLibrary(library), 1);
         }
-    };
-    struct LooksUp : ZRObjectObserver { // a registry that holds a lock while it reports would wait for itself
-        void OnEvent(ZRObservedObjectEvent* /*event*/) override
-        {
-            ZRRegisterLibrary(0xF000, "Other");
-            static_cast<void>(ZRGetRegisteredObjectCount());
-            ZRUnregisterLibrary(0xF000);
-        }
-    };
-    LooksUp observer;
-    const ZRAttachment attachment(*ZRGetMessageHandler(), observer);
-    const Others others({[] { ZRDumpRegistry(); }});
-    std::thread second(work, 0x2000);
-    work(0x3000);
-    second.join();
+        EXPECT_EQ(ZRObjectIsKnown(first), 0);
+    });
 }
 
 TEST_F(Threads, ProgressTextsAreWhole)
 {
-    const char* const titles[] = {"aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa", "b"};
-    ZRProgressStart(titles[1]);
-    const Others others({[] { ZRProgressStart("aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa"); },
-        [] {
-            ZRProgressStart("b");
-            ZRProgressEnd();
-        }});
+    static constexpr const char* kTitles[] = {"aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa", "b"};
+    ZRProgressStart(kTitles[1]);
+    const std::jthread others[] = {Repeating([] { ZRProgressStart(kTitles[0]); }), Repeating([] {
+                                       ZRProgressStart(kTitles[1]);
+                                       ZRProgressEnd();
+                                   })};
     for (int count = 0; count < 5000; ++count) {
         const HCString title = ZRProgressGetTitle();
-        ASSERT_TRUE(title == titles[0] || title == titles[1]) << static_cast<const char*>(title);
+        ASSERT_TRUE(title == kTitles[0] || title == kTitles[1]) << title.ToString();
     }
 }
 
 #if !defined(_WIN32)
-/// Does what the documentation of ZRObjectObserver::OnEvent forbids, and does not come back.
-void TakeTheLocksOfMessagesAndTimersInBothOrders()
-{
-    std::atomic<int> inside{0};
-    const auto meet = [&inside] {
-        ++inside;
-        while (inside < 2) {
-            std::this_thread::yield();
-        }
-    };
-    const auto time = [] {
-        ZRProfilerState state;
-        const ZRProfiler timer(&state);
-    };
-    const ZRListener ofMessages(*ZRGetMessageHandler(), [&](const ZRObservedObjectEvent& /*event*/) {
-        meet();
-        time(); // waits for the observer of the profiler
-    });
-    const ZRListener ofTimers(*ZRGetProfilerStateHandler(), [&](const ZRObservedObjectEvent& /*event*/) {
-        meet();
-        ZROut("waits for the observer of messages", nullptr, 1);
-    });
-    std::thread(time).detach();
-    ZROut("a message", nullptr, 1);
-}
-
-TEST_F(Threads, AnObserverOfMessagesThatEndsATimerMeetsOneOfTimersThatSends)
-{
-#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
-    GTEST_SKIP() << "the sanitizers' own locks do not survive fork";
-#endif
-    const pid_t child = fork();
-    if (child == 0) {
-        alarm(1);
-        TakeTheLocksOfMessagesAndTimersInBothOrders();
-        _exit(0);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGALRM)
-        << "no deadlock any more: then the documentation need not warn of it";
-}
-
 TEST_F(Threads, AForkedChildHasItsOwnThreadOnly)
 {
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
@@ -363,27 +231,19 @@ TEST_F(Threads, AForkedChildHasItsOwnThreadOnly)
         ZRRegisterLibrary(0x4000, "a library");
         ZRUnregisterLibrary(0x4000);
     };
-    const Others others({sendAndVisit, sendAndVisit, sendAndVisit});
+    const std::jthread others[] = {Repeating(sendAndVisit), Repeating(sendAndVisit), Repeating(sendAndVisit)};
     for (int number = 0; number < 50; ++number) {
         ZRProfilerState outer("outer");
         const ZRProfiler timer(&outer);
-        const pid_t child = fork();
-        if (child == 0) {
-            alarm(20); // ends a child that hangs
-            ZRProfilerState* top = nullptr;
-            bool isRight = ZRGetProfilerStateHandler()->PeekTop(top) == 1 && top == &outer;
-            {
-                ZRProfilerState inner("inner");
-                const ZRProfiler within(&inner);
-            }
-            isRight = isRight && outer.GetDependantCalls() == 1;
+        ASSERT_EQ(test::ResultOfChild([&] {
             std::thread(sendAndVisit).join();
-            sendAndVisit();
-            _exit(isRight ? 0 : 1);
-        }
-        int status = -1;
-        waitpid(child, &status, 0);
-        ASSERT_EQ(status, 0);
+            sendAndVisit(); // with two timers
+            ZRProfilerState* top = nullptr;
+            const bool isRight =
+                ZRGetProfilerStateHandler()->PeekTop(top) == 1 && top == &outer && outer.GetDependantCalls() == 2;
+            return isRight ? 0 : 1;
+        }),
+            0);
     }
 }
 #endif
