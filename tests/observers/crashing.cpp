@@ -16,6 +16,7 @@
 namespace {
 
 #if !defined(_WIN32)
+/// A handler of the program's own, which ends it with its destructors, as many do though it is not safe in general.
 void SayEarlier(int signal)
 {
     static_cast<void>(!write(STDOUT_FILENO, "earlier\n", 8));
