@@ -41,6 +41,9 @@ public:
     /// There is a thread that reads. Otherwise that is known when it drains.
     void AnnounceReader();
 
+    /// That thread could not be had: nobody waits for it.
+    void WithdrawReader();
+
     /// Nobody waits for room any more, and a reader that gathers shall drain what there is and end.
     void End();
 

@@ -146,11 +146,11 @@ public:
 private:
     void Keep(const ZRObservedObjectEvent& event)
     {
-        if (event.GetCode() != ZR_EVENT_MESSAGE || !m_options.filter.Takes(event.GetMsg())) {
+        if (event.GetCode() != ZR_EVENT_MESSAGE) {
             return;
         }
         const ZRMsg& message = event.GetMsg();
-        {
+        if (m_options.filter.Takes(message)) {
             const std::lock_guard guard(m_lock);
             KeepMessage(message);
         }

@@ -25,8 +25,10 @@ struct ZREventOrigin {
 ///     // in the loop of the window:
 ///     queue.Drain([&](const ZRObservedObjectEvent& event) { window.Show(event.GetText()); });
 ///
-/// While senders may wait for room (kWait), what handles the events must not send messages: the sender that waits holds
-/// the lock of messages. The observers of this library may be used all the same.
+/// While senders may wait for room (kWait), a sender that waits holds the lock of messages. So the thread that drains
+/// must not send messages, progress or timers then, neither while it handles events nor between two calls of Drain: a
+/// loop of a window that sends messages itself wants kDropOldest. The observers of this library may be used in a
+/// handler all the same.
 ///
 /// Threads: any; events of one thread stay in their order. In a child of `fork` the queue is empty, and until a thread
 /// of the child has called Drain events without room are dropped.

@@ -32,9 +32,19 @@ int Overflow(const volatile int* depth)
     return room[0] > 0 ? Overflow(room) + room[0] : 0;
 }
 
+void Fault()
+{
+    volatile int* volatile nowhere = nullptr;
+    *nowhere = 1; // NOLINT(clang-analyzer-core.NullDereference): that is the crash
+}
+
 void Crash(const std::string& kind)
 {
+    ZRObservedObject nobody;
+    ZRBackground background(kind == "background" ? *ZRGetMessageHandler() : nobody);
+    const ZRListener listener(background, [](const ZRObservedObjectEvent& /*event*/) { Fault(); });
     ZR_TRACE("about to crash");
+    background.Flush();
     const volatile int start = 0;
     if (kind == "abort") {
         std::abort();
@@ -46,8 +56,7 @@ void Crash(const std::string& kind)
             std::exit(Overflow(&start));
         }).join();
     }
-    volatile int* volatile nowhere = nullptr;
-    *nowhere = 1; // NOLINT(clang-analyzer-core.NullDereference): that is the crash
+    Fault();
 }
 
 } // namespace
@@ -58,6 +67,11 @@ int main(int /*count*/, char** arguments)
 #if !defined(_WIN32)
     if (kind == "earlier") {
         std::signal(SIGSEGV, SayEarlier);
+    } else if (kind == "once") {
+        struct sigaction once {};
+        once.sa_handler = [](int /*signal*/) { static_cast<void>(!write(STDOUT_FILENO, "once\n", 5)); };
+        once.sa_flags = static_cast<int>(SA_RESETHAND);
+        sigaction(SIGSEGV, &once, nullptr);
     }
 #endif
     ZRFlightRecorder::Options options;
