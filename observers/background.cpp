@@ -2,10 +2,11 @@
 
 #include "event_buffer.h"
 #include "quietly.h"
+#include "zrobservers/flight_recorder.h"
 
 #include <exception>
-#include <system_error>
 #include <thread>
+#include <utility>
 
 class ZRBackground::Worker {
 public:
@@ -24,17 +25,20 @@ public:
             throw;
         }
     }
-    ~Worker()
+    ~Worker() { End(); }
+    Worker(const Worker&) = delete;
+    Worker& operator=(const Worker&) = delete;
+
+    zrobservers::EventBuffer& GetBuffer() { return m_buffer; }
+
+    /// Ends the thread, when the observers have had all events.
+    void End()
     {
         m_events = ZRListener();
         if (m_forkGeneration == zrobservers::ForkGeneration()) {
             Stop();
         }
     }
-    Worker(const Worker&) = delete;
-    Worker& operator=(const Worker&) = delete;
-
-    zrobservers::EventBuffer& GetBuffer() { return m_buffer; }
 
 private:
     void Keep(const ZRObservedObjectEvent& event)
@@ -55,7 +59,8 @@ private:
         m_forkGeneration = zrobservers::ForkGeneration();
         try {
             Start();
-        } catch (const std::system_error&) {
+        } catch (const std::exception&) {
+            m_buffer.WithdrawReader();
         }
     }
 
@@ -70,12 +75,13 @@ private:
         m_buffer.End();
         if (m_thread != nullptr) {
             m_thread->join();
-            delete m_thread;
+            delete std::exchange(m_thread, nullptr);
         }
     }
 
     void Run()
     {
+        const ZRFlightRecorder::ThreadGuard guard;
         while (m_buffer.WaitForBatch()) {
             m_buffer.Drain([this](const ZRObservedObjectEvent& event) { Send(event); }, INT_MAX);
         }
@@ -119,7 +125,7 @@ ZRBackground::ZRBackground(const Options& options)
 {
 }
 
-ZRBackground::~ZRBackground() { m_worker.reset(); }
+ZRBackground::~ZRBackground() { m_worker->End(); } // observers may use this object until then
 
 char ZRBackground::DetachObserver(ZRObjectObserver* observer, char flag)
 {

@@ -63,6 +63,9 @@ void HandleCrash(int signal, siginfo_t* info, void* context)
         ++index;
     }
     const struct sigaction& former = g_former[index];
+    if ((former.sa_flags & static_cast<int>(SA_RESETHAND)) != 0) { // the system would not call it a second time either
+        std::signal(signal, SIG_DFL);
+    }
     if ((former.sa_flags & SA_SIGINFO) != 0) {
         errno = error;
         former.sa_sigaction(signal, info, context);

@@ -78,7 +78,7 @@ public:
         if (!m_isReader) {
             return;
         }
-        t_draining = nullptr;
+        t_draining = m_outer;
         if (!IsOfThisProcess()) {
             m_guard.release(); // the parent holds it
             return;
@@ -111,6 +111,7 @@ private:
     std::unique_lock<std::mutex> m_guard;
     const bool m_isReader;
     const unsigned int m_forkGeneration = ForkGeneration();
+    State* const m_outer = t_draining; // of a handler that drains another queue
 };
 
 EventBuffer::EventBuffer(const ZREventQueue::Options& options)
@@ -237,16 +238,17 @@ void EventBuffer::HandleNext(State& state, const ZREventQueue::Handler& handle)
     Entry& entry = state.taken.At(state.next++);
     struct Handling {
         Entry& entry;
+        const ZREventOrigin* outer; // of a handler that drains another queue
         ~Handling()
         {
-            t_origin = nullptr;
+            t_origin = outer;
             entry.event.reset();
             if (entry.message.GetText().GetLength() > kLong || entry.message.GetTextEx().GetLength() > kLong) {
                 entry.message = ZRMsg();
             }
         }
     };
-    const Handling handling{entry};
+    const Handling handling{entry, t_origin};
     t_origin = &entry.origin;
     entry.Call(handle);
 }
@@ -295,6 +297,15 @@ void EventBuffer::AnnounceReader()
     const std::lock_guard guard(state.lock);
     state.isReadHere = true;
     state.lastReader = std::thread::id();
+}
+
+void EventBuffer::WithdrawReader()
+{
+    State& state = Current();
+    const std::lock_guard guard(state.lock);
+    state.isReadHere = false;
+    state.room.notify_all();
+    state.handled.notify_all();
 }
 
 void EventBuffer::End()

@@ -40,6 +40,9 @@ public:
     /// Says that there is a thread that reads. Otherwise that is known when it first drains.
     void AnnounceReader();
 
+    /// Says that the thread announced before could not be started: nobody waits for it.
+    void WithdrawReader();
+
     /// Ends all waiting for room, and makes a reader that gathers drain what there is and end.
     void End();
 

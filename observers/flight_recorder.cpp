@@ -20,9 +20,8 @@
 
 namespace {
 
-/// One kept message. Written by one thread at a time, and read at any moment by a thread that crashes.
-struct Entry {
-    std::atomic<std::uint64_t> version{0}; // twice the number of the message from 1 on; one less while it is written
+/// What is kept of a message.
+struct Record {
     std::chrono::system_clock::time_point time;
     std::uint64_t thread;
     unsigned int forkGeneration;
@@ -42,6 +41,12 @@ struct Entry {
         std::memcpy(to, text.data(), length);
         return static_cast<std::uint16_t>(length);
     }
+};
+
+/// A place in the ring. Written by one thread at a time, and read at any moment by a thread that crashes.
+struct Entry {
+    std::atomic<std::uint64_t> version{0}; // twice the number of the message from 1 on; one less while it is written
+    Record record;
 };
 
 /// Lines on their way to a file. Needs neither memory nor a lock.
@@ -141,11 +146,11 @@ public:
 private:
     void Keep(const ZRObservedObjectEvent& event)
     {
-        if (event.GetCode() != ZR_EVENT_MESSAGE || !m_options.filter.Takes(event.GetMsg())) {
+        if (event.GetCode() != ZR_EVENT_MESSAGE) {
             return;
         }
         const ZRMsg& message = event.GetMsg();
-        {
+        if (m_options.filter.Takes(message)) {
             const std::lock_guard guard(m_lock);
             KeepMessage(message);
         }
@@ -159,15 +164,17 @@ private:
     {
         const std::uint64_t number = m_count.load(std::memory_order_relaxed) + 1;
         Entry& entry = m_entries[number % m_entries.size()];
-        entry.version.exchange(2 * number - 1, std::memory_order_acquire); // before anything else changes
-        entry.time = std::chrono::system_clock::now();
-        entry.thread = zrobservers::ThreadId();
-        entry.forkGeneration = zrobservers::ForkGeneration();
-        entry.type = message.GetType();
-        entry.level = message.GetLevel();
-        entry.placeLength = Entry::Copy(zrobservers::AsSent(message.GetLocation()), entry.bytes, kMostBytes / 2);
-        entry.textLength = Entry::Copy(
-            zrobservers::AsSent(message.GetText()), entry.bytes + entry.placeLength, kMostBytes - entry.placeLength);
+        // Acquire, so that the entry does not change before; release, which makes it a full barrier on arm64.
+        entry.version.exchange(2 * number - 1, std::memory_order_acq_rel);
+        Record& record = entry.record;
+        record.time = std::chrono::system_clock::now();
+        record.thread = zrobservers::ThreadId();
+        record.forkGeneration = zrobservers::ForkGeneration();
+        record.type = message.GetType();
+        record.level = message.GetLevel();
+        record.placeLength = Record::Copy(zrobservers::AsSent(message.GetLocation()), record.bytes, kMostBytes / 2);
+        record.textLength = Record::Copy(
+            zrobservers::AsSent(message.GetText()), record.bytes + record.placeLength, kMostBytes - record.placeLength);
         entry.version.store(2 * number, std::memory_order_release);
         m_count.store(number, std::memory_order_release);
     }
@@ -214,16 +221,22 @@ private:
     {
         const Entry& entry = m_entries[number % m_entries.size()];
         return entry.version.load(std::memory_order_acquire) == 2 * number
-            && entry.forkGeneration == zrobservers::ForkGeneration();
+            && entry.record.forkGeneration == zrobservers::ForkGeneration();
     }
 
-    void AddLine(Lines& lines, std::uint64_t number) const noexcept
+    /// Adds a message, unless another thread overwrites it meanwhile.
+    void AddLine(Lines& lines, std::uint64_t number) noexcept
     {
-        const Entry& entry = m_entries[number % m_entries.size()];
-        lines.Add(zrobservers::TimeStamp(entry.time)).Add(" ").Add(entry.thread).Add(" ");
-        lines.Add(zrobservers::NameOfType(entry.type)).Add(" ").Add(entry.level < 0 ? "-" : "");
-        lines.Add(static_cast<std::uint64_t>(entry.level < 0 ? -entry.level : entry.level)).Add(" ");
-        lines.Add({entry.bytes, entry.placeLength}).Add(": ").Add({entry.bytes + entry.placeLength, entry.textLength});
+        Entry& entry = m_entries[number % m_entries.size()];
+        const Record record = entry.record;
+        if (entry.version.fetch_add(0, std::memory_order_acq_rel) != 2 * number) { // a load could come before the copy
+            return;
+        }
+        lines.Add(zrobservers::TimeStamp(record.time)).Add(" ").Add(record.thread).Add(" ");
+        lines.Add(zrobservers::NameOfType(record.type)).Add(" ").Add(record.level < 0 ? "-" : "");
+        lines.Add(static_cast<std::uint64_t>(record.level < 0 ? -record.level : record.level)).Add(" ");
+        lines.Add({record.bytes, record.placeLength}).Add(": ");
+        lines.Add({record.bytes + record.placeLength, record.textLength});
         lines.EndLine();
     }
 

@@ -25,8 +25,9 @@ struct ZREventOrigin {
 ///     // in the loop of the window:
 ///     queue.Drain([&](const ZRObservedObjectEvent& event) { window.Show(event.GetText()); });
 ///
-/// While senders may wait for room (kWait), the code that handles the events must not send messages: the waiting sender
-/// holds the lock of messages. The observers of this library may be used all the same.
+/// With kWait a sender that waits for room holds the lock of messages. So the thread that drains must not send
+/// messages, progress or timers, neither while it handles events nor between two calls of Drain: use kDropOldest in an
+/// event loop that sends messages itself. A handler may use the observers of this library all the same.
 ///
 /// Threads: any; events of one thread keep their order. In a child of `fork` the queue is empty, and until a thread of
 /// the child has called Drain, events without room are dropped.

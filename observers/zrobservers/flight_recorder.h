@@ -9,7 +9,7 @@
 #include <memory>
 
 /// Keeps the last messages in memory, traces included, and appends them to a file when there is a reason: a message of
-/// a chosen type, WriteNow, or a crash. Each message is written once:
+/// a chosen type, WriteNow, or a crash. Each message is written once, or again where the disk was full:
 ///
 ///     -- 3 messages, process 4711: a message of type ERROR
 ///     2026-11-23T20:15:02.123456Z 4711 TRACE 1 Map::Load: reads roads

@@ -29,8 +29,9 @@ inline thread_local bool t_comesFromSpdlog = false;
 inline const char* KeptPlace(const char* place)
 {
     constexpr std::size_t kMost = 10'000;
-    static std::mutex lock;
-    static std::set<std::string, std::less<>> places;
+    // Never destroyed: an asynchronous logger may format its last lines during static destruction.
+    static auto& lock = *new std::mutex;
+    static auto& places = *new std::set<std::string, std::less<>>;
     const std::lock_guard guard(lock);
     const auto found = places.find(std::string_view(place));
     if (found != places.end()) {
@@ -119,8 +120,8 @@ protected:
             : std::string(message.logger_name.data(), message.logger_name.size());
         const HCString text(std::string_view(message.payload.data(), message.payload.size()));
         struct FromSpdlog {
-            FromSpdlog() { zrobservers::t_comesFromSpdlog = true; }
-            ~FromSpdlog() { zrobservers::t_comesFromSpdlog = false; }
+            ~FromSpdlog() { zrobservers::t_comesFromSpdlog = outer; }
+            const bool outer = std::exchange(zrobservers::t_comesFromSpdlog, true);
         };
         const FromSpdlog mark;
         if (message.level >= spdlog::level::err) {

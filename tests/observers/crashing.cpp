@@ -9,6 +9,10 @@
 #include <string>
 #include <thread>
 
+#if !defined(_WIN32)
+#include <unistd.h>
+#endif
+
 namespace {
 
 // NOLINTNEXTLINE(misc-no-recursion): that is what overflows the stack
@@ -19,10 +23,32 @@ int Overflow(int depth)
     return room[0] > 0 ? Overflow(room[0]) + room[0] : 0;
 }
 
+void Fault()
+{
+    volatile int* volatile nowhere = nullptr;
+    *nowhere = 1; // NOLINT(clang-analyzer-core.NullDereference): that is the crash
+}
+
+/// Ends the program with its destructors, as many handlers do though it is not safe in general.
 void SayEarlier(int signal)
 {
     std::puts("earlier");
     std::exit(signal);
+}
+
+void SetHandler(const std::string& kind)
+{
+    if (kind == "earlier") {
+        std::signal(SIGSEGV, SayEarlier);
+    }
+#if !defined(_WIN32)
+    struct sigaction once {};
+    once.sa_handler = [](int /*signal*/) { static_cast<void>(!write(STDOUT_FILENO, "once\n", 5)); };
+    once.sa_flags = static_cast<int>(SA_RESETHAND);
+    if (kind == "once") {
+        sigaction(SIGSEGV, &once, nullptr);
+    }
+#endif
 }
 
 } // namespace
@@ -30,9 +56,7 @@ void SayEarlier(int signal)
 int main(int /*count*/, char** arguments)
 {
     const std::string kind = arguments[2];
-    if (kind == "earlier") {
-        std::signal(SIGSEGV, SayEarlier);
-    }
+    SetHandler(kind);
     ZRFlightRecorder::Options options;
     options.count = 3;
     options.atCrash = true;
@@ -40,7 +64,11 @@ int main(int /*count*/, char** arguments)
     for (int number = 0; number < 5; ++number) {
         ZR_OUT("message %d\n", number);
     }
+    ZRObservedObject nobody;
+    ZRBackground background(kind == "background" ? *ZRGetMessageHandler() : nobody);
+    const ZRListener listener(background, [](const ZRObservedObjectEvent& /*event*/) { Fault(); });
     ZR_TRACE("about to crash");
+    background.Flush();
     if (kind == "abort") {
         std::abort();
     } else if (kind == "overflow") {
@@ -51,6 +79,5 @@ int main(int /*count*/, char** arguments)
             std::exit(Overflow(0));
         }).join();
     }
-    volatile int* volatile nowhere = nullptr;
-    *nowhere = 1; // NOLINT(clang-analyzer-core.NullDereference): that is the crash
+    Fault();
 }

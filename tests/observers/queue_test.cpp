@@ -213,6 +213,8 @@ TEST_F(Queue, CrashLeavesTheLastMessages)
 #else
         {"signal", "139\n", "signal 11"},
         {"earlier", "earlier\n11\n", "signal 11"},
+        {"once", "once\n139\n", "signal 11"},
+        {"background", "139\n", "signal 11"},
         {"abort", "134\n", "signal 06"},
         {"overflow", "139\n", "signal 11"},
         {"thread", "139\n", "signal 11"},
