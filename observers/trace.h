@@ -39,6 +39,8 @@ public:
 private:
     using Object = zrobservers::JsonObject;
 
+    static constexpr std::size_t kFullBuffer = std::size_t{256} * 1024; // bytes after which the sender writes
+
     // A forked child leaves its parent's buffers and thread object untouched: the thread is not in the child, and
     // another thread may have been in the middle of changing the buffers.
     struct Buffers {
