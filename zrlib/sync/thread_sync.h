@@ -14,7 +14,8 @@ class ZRLockTrail;
 
 /// The foundation's re-entrant lock with four additions: it can be switched off, by itself (SetActive) or with all
 /// others of the process (ZRSetThreadingEnabled); it counts its holds; it can report how long threads wait for it; and
-/// it can leave a trail for observers (ZRLockTrail). `lock` and `unlock` of the base are there too and bypass all this.
+/// it can send lock trails, which are dormant (lock_trail_handler.h). `lock` and `unlock` of the base are there too and
+/// bypass all this.
 ///
 /// Reports are for worker threads: the thread that loaded the library is never timed.
 ///
