@@ -15,7 +15,7 @@ using Complaints = std::set<std::string>;
 
 constinit Complaints* g_complaints HC_PT_GUARDED_BY(g_recordsLock) = nullptr; // created with the first complaint
 
-bool IsNews(const std::string& complaint)
+bool IsFirstOccurrence(const std::string& complaint)
 {
     const LockGuard guard(g_recordsLock);
     if (g_recordsClosed) {
@@ -32,13 +32,13 @@ bool IsNews(const std::string& complaint)
 
 } // namespace
 
-void Complain(const std::string& place, std::string_view reason)
+void WarnOnce(const std::string& place, std::string_view reason)
 {
     std::string complaint = "hcbase: " + place + ": ";
     complaint.append(reason);
     std::replace_if(
         complaint.begin(), complaint.end(), [](char character) { return character == '\n' || character == '\r'; }, ' ');
-    if (IsNews(complaint)) {
+    if (IsFirstOccurrence(complaint)) {
         system::WriteErrorLine(complaint.c_str());
     }
 }

@@ -20,7 +20,7 @@ HCString HFTranslateName(const HCString& name)
         home = system::HomeDirectory();
     }
     if (home.GetLength() == 0) {
-        Complain("home", "unknown: neither the environment nor the account has one");
+        WarnOnce("home", "unknown: neither the environment nor the account has one");
     }
     return home;
 }
@@ -42,17 +42,17 @@ HCString HFBuildFilename(const HCString& directory, const HCString& name, const 
 
     HCString path;
     const std::size_t room = head.size() + 1 + tail.size() + 1 + end.size();
-    char* place = path.GetBuffer(static_cast<int>(std::min<std::size_t>(room, INT_MAX))); // INT_MAX: refused
-    const char* const start = place;
-    place = std::copy(head.begin(), head.end(), place);
+    char* out = path.GetBuffer(static_cast<int>(std::min<std::size_t>(room, INT_MAX))); // INT_MAX: refused
+    const char* const start = out;
+    out = std::copy(head.begin(), head.end(), out);
     if (hasDirectory) {
-        *place++ = system::kSeparator;
+        *out++ = system::kSeparator;
     }
-    place = std::copy(tail.begin(), tail.end(), place);
+    out = std::copy(tail.begin(), tail.end(), out);
     if (!end.empty()) {
-        *place++ = '.';
-        place = std::copy(end.begin(), end.end(), place);
+        *out++ = '.';
+        out = std::copy(end.begin(), end.end(), out);
     }
-    path.ReleaseBuffer(static_cast<int>(place - start));
+    path.ReleaseBuffer(static_cast<int>(out - start));
     return path;
 }

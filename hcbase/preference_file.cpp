@@ -30,12 +30,12 @@ namespace {
 /// Offset of the first byte that is not UTF-8 (RFC 3629); the length of the text when all of it is.
 std::size_t EndOfUtf8(std::string_view text)
 {
-    const auto byteAt = [text](std::size_t place) {
-        return place < text.size() ? static_cast<unsigned char>(text[place]) : 0U;
+    const auto byteAt = [text](std::size_t offset) {
+        return offset < text.size() ? static_cast<unsigned char>(text[offset]) : 0U;
     };
-    std::size_t place = 0;
-    while (place < text.size()) {
-        const unsigned lead = byteAt(place);
+    std::size_t offset = 0;
+    while (offset < text.size()) {
+        const unsigned lead = byteAt(offset);
         const std::size_t length = lead < 0x80 ? 1
             : lead < 0xC2                      ? 0
             : lead < 0xE0                      ? 2
@@ -45,16 +45,16 @@ std::size_t EndOfUtf8(std::string_view text)
         // The second byte also excludes overlong forms, surrogates and code points above U+10FFFF.
         const unsigned least = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
         const unsigned most = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
-        bool isGood = length == 1 || (length > 1 && byteAt(place + 1) >= least && byteAt(place + 1) <= most);
+        bool isGood = length == 1 || (length > 1 && byteAt(offset + 1) >= least && byteAt(offset + 1) <= most);
         for (std::size_t follower = 2; isGood && follower < length; ++follower) {
-            isGood = (byteAt(place + follower) & 0xC0U) == 0x80;
+            isGood = (byteAt(offset + follower) & 0xC0U) == 0x80;
         }
         if (!isGood) {
             break;
         }
-        place += length;
+        offset += length;
     }
-    return place;
+    return offset;
 }
 
 /// Tracks how deeply keys and brackets nest. The parser builds a table for each part of a dotted key, and destroys
@@ -176,7 +176,7 @@ struct PreferenceFile::Entries {
     {
         std::string reason(key);
         reason.append(" is ").append(NameOf(node.type())).append(" where ").append(wanted).append(" belongs");
-        Complain(PlaceAt(node.source().begin.line), reason);
+        WarnOnce(PlaceAt(node.source().begin.line), reason);
     }
 
     /// Appends the keys in a table; `prefix` is the name of the table.
@@ -259,7 +259,7 @@ std::unique_ptr<const PreferenceFile::Entries> PreferenceFile::Parse(const HCStr
     for (const auto& test : tests) {
         if (test.goodUpTo < content.size()) {
             const auto end = content.begin() + static_cast<std::ptrdiff_t>(test.goodUpTo);
-            Complain(entries->PlaceAt(1 + std::count(content.begin(), end, '\n')), test.reason);
+            WarnOnce(entries->PlaceAt(1 + std::count(content.begin(), end, '\n')), test.reason);
             return entries;
         }
     }
@@ -267,7 +267,7 @@ std::unique_ptr<const PreferenceFile::Entries> PreferenceFile::Parse(const HCStr
         entries->root = toml::parse(content);
         entries->isParsed = true;
     } catch (const toml::parse_error& error) {
-        Complain(entries->PlaceAt(error.source().begin.line), error.description());
+        WarnOnce(entries->PlaceAt(error.source().begin.line), error.description());
     }
     return entries;
 }

@@ -45,7 +45,7 @@ struct HCPreferenceSystem::Store {
             break;
         case system::Reading::kFailed:
             isReadable = false;
-            Complain(std::string(path), "cannot be read: " + content);
+            WarnOnce(std::string(path), "cannot be read: " + content);
             break;
         }
     }

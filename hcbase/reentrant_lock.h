@@ -50,7 +50,7 @@ public:
             return true;
         }
         m_holder.store(0, std::memory_order_relaxed);
-        Give();
+        Release();
         return true;
     }
 
@@ -77,7 +77,7 @@ private:
         return m_word.compare_exchange_strong(seen, kHeld, std::memory_order_acquire, std::memory_order_relaxed);
     }
 
-    void Give() noexcept
+    void Release() noexcept
     {
         if (system::IsSingleThreaded()) {
             m_word.store(kFree, std::memory_order_relaxed);

@@ -43,8 +43,8 @@ std::size_t PutHexadecimal(char (&digits)[9], unsigned int number, std::size_t w
         ++length;
     }
     length = std::max(length, width);
-    for (std::size_t place = length; place > 0; --place, number >>= 4U) {
-        digits[place - 1] = "0123456789ABCDEF"[number & 15U];
+    for (std::size_t index = length; index > 0; --index, number >>= 4U) {
+        digits[index - 1] = "0123456789ABCDEF"[number & 15U];
     }
     return length;
 }

@@ -14,9 +14,9 @@ std::string WithProcess(const std::string& path, int number)
 {
     const std::size_t name = path.find_last_of("/\\") + 1;
     const std::size_t dot = path.rfind('.');
-    const std::size_t place = dot == std::string::npos || dot <= name ? path.size() : dot;
-    return path.substr(0, place) + "." + std::to_string(zrobservers::ProcessId())
-        + (number > 1 ? "-" + std::to_string(number) : "") + path.substr(place);
+    const std::size_t insertion = dot == std::string::npos || dot <= name ? path.size() : dot;
+    return path.substr(0, insertion) + "." + std::to_string(zrobservers::ProcessId())
+        + (number > 1 ? "-" + std::to_string(number) : "") + path.substr(insertion);
 }
 
 } // namespace

@@ -55,8 +55,8 @@ std::string FindLibrary()
     // NOLINTNEXTLINE(performance-no-int-to-ptr): the system returns it as a number
     const auto* const program = reinterpret_cast<const char*>(getauxval(AT_EXECFN));
     const fs::path folder = fs::canonical(program).parent_path().parent_path();
-    for (const char* const place : {"lib", ZRTRACE_LIBDIR}) {
-        const fs::path library = folder / place / ZRTRACE_LIBRARY;
+    for (const char* const subfolder : {"lib", ZRTRACE_LIBDIR}) {
+        const fs::path library = folder / subfolder / ZRTRACE_LIBRARY;
         if (fs::exists(library)) {
             return library;
         }
@@ -113,11 +113,11 @@ private:
         if (fs::exists(path) && !fs::is_regular_file(path)) {
             Refuse(path + " is not a regular file");
         }
-        std::string& place = key == "trace" ? m_tracePath : m_jsonPath;
-        if (!place.empty()) {
+        std::string& destination = key == "trace" ? m_tracePath : m_jsonPath;
+        if (!destination.empty()) {
             Refuse("--" + key + " is given twice");
         }
-        place = path;
+        destination = path;
         m_words += key + "=" + path + ";";
     }
 

@@ -18,7 +18,7 @@ public:
     void Append(const T& value) { m_ring.InsertBefore(m_ring.End(), value); }
 
     /// Removes an element and returns the iterator behind it; End() is not removed.
-    Iterator Erase(Iterator place) { return m_ring.Erase(place); }
+    Iterator Erase(Iterator position) { return m_ring.Erase(position); }
 
     /// Swaps the elements. Iterators to elements stay valid in the other list; those that are End() stay with their
     /// own.

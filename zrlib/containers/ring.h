@@ -92,8 +92,8 @@ public:
     Ring(const Ring& other)
         : Ring()
     {
-        for (auto place = other.Begin(); place != other.End(); ++place) {
-            InsertBefore(End(), *place);
+        for (auto position = other.Begin(); position != other.End(); ++position) {
+            InsertBefore(End(), *position);
         }
     }
 
@@ -152,9 +152,9 @@ public:
     }
 
     /// Removes a cell and returns the iterator behind it. End() is not removed.
-    Iterator Erase(Iterator place)
+    Iterator Erase(Iterator position)
     {
-        Node* const node = place.m_node;
+        Node* const node = position.m_node;
         const Iterator next(node->next);
         if (node != &m_head) {
             node->previous->next = node->next;

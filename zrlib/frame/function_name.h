@@ -17,24 +17,24 @@ public:
         Find();
         std::size_t used = 0;
         int depth = 0;
-        for (std::size_t place = m_start; place < m_end;) {
-            if (const std::size_t skipped = LengthOfUnnamed(place); skipped != 0 && place < m_operator) {
-                place += skipped;
+        for (std::size_t position = m_start; position < m_end;) {
+            if (const std::size_t skipped = LengthOfUnnamed(position); skipped != 0 && position < m_operator) {
+                position += skipped;
                 continue;
             }
-            const bool isBracket = place < m_operator && (signature[place] == '<' || signature[place] == '>');
-            depth += isBracket && signature[place] == '<' ? 1 : 0;
+            const bool isBracket = position < m_operator && (signature[position] == '<' || signature[position] == '>');
+            depth += isBracket && signature[position] == '<' ? 1 : 0;
             if (depth == 0) {
-                m_text[used++] = signature[place];
+                m_text[used++] = signature[position];
             }
-            depth -= isBracket && signature[place] == '>' ? 1 : 0;
-            ++place;
+            depth -= isBracket && signature[position] == '>' ? 1 : 0;
+            ++position;
         }
         while (used != 0 && m_text[used - 1] == ':') { // before a lambda outside any function
             m_text[--used] = '\0';
         }
-        for (std::size_t place = 0; used == 0 && name[place] != 0 && place + 1 < size; ++place) {
-            m_text[place] = name[place];
+        for (std::size_t position = 0; used == 0 && name[position] != 0 && position + 1 < size; ++position) {
+            m_text[position] = name[position];
         }
         m_signature = nullptr;
     }
@@ -48,33 +48,33 @@ private:
     constexpr void Find()
     {
         int depth = 0; // of template arguments
-        for (std::size_t place = 0; place < m_end;) {
-            const char sign = m_signature[place];
-            const std::size_t unnamed = LengthOfUnnamed(place);
-            const std::size_t declarator = depth == 0 ? LengthOfDeclarator(place) : 0;
+        for (std::size_t position = 0; position < m_end;) {
+            const char sign = m_signature[position];
+            const std::size_t unnamed = LengthOfUnnamed(position);
+            const std::size_t declarator = depth == 0 ? LengthOfDeclarator(position) : 0;
             if (unnamed != 0) {
-                place += unnamed;
-            } else if (depth == 0 && IsWord(place, "decltype")) {
-                place = m_start = BehindBrackets(place);
-            } else if (depth == 0 && IsWord(place, "operator")) {
-                m_operator = place;
-                place = m_end = EndOfOperator(place);
+                position += unnamed;
+            } else if (depth == 0 && IsWord(position, "decltype")) {
+                position = m_start = BehindBrackets(position);
+            } else if (depth == 0 && IsWord(position, "operator")) {
+                m_operator = position;
+                position = m_end = EndOfOperator(position);
             } else if (declarator != 0) {
-                place = m_start = place + declarator;
+                position = m_start = position + declarator;
             } else if (depth == 0 && sign == '(') {
-                m_end = place;
+                m_end = position;
             } else {
                 depth += sign == '<' ? 1 : sign == '>' && depth > 0 ? -1 : 0;
-                ++place;
-                m_start = depth == 0 && (sign == ' ' || sign == '*' || sign == '&') ? place : m_start;
+                ++position;
+                m_start = depth == 0 && (sign == ' ' || sign == '*' || sign == '&') ? position : m_start;
             }
         }
     }
 
-    constexpr bool IsAt(std::size_t place, const char* word) const
+    constexpr bool IsAt(std::size_t position, const char* word) const
     {
         std::size_t index = 0;
-        while (word[index] != '\0' && place + index < size && m_signature[place + index] == word[index]) {
+        while (word[index] != '\0' && position + index < size && m_signature[position + index] == word[index]) {
             ++index;
         }
         return word[index] == '\0';
@@ -87,56 +87,56 @@ private:
     }
 
     /// Whether a whole word of eight letters begins at an offset.
-    constexpr bool IsWord(std::size_t place, const char* word) const
+    constexpr bool IsWord(std::size_t position, const char* word) const
     {
         constexpr std::size_t kLength = 8;
-        return IsAt(place, word) && (place == 0 || !IsOfIdentifier(m_signature[place - 1]))
-            && !IsOfIdentifier(m_signature[place + kLength]);
+        return IsAt(position, word) && (position == 0 || !IsOfIdentifier(m_signature[position - 1]))
+            && !IsOfIdentifier(m_signature[position + kLength]);
     }
 
     /// The length of the unnamed namespace and its "::" at an offset, as g++ and clang write them; 0 for anything else.
-    constexpr std::size_t LengthOfUnnamed(std::size_t place) const
+    constexpr std::size_t LengthOfUnnamed(std::size_t position) const
     {
-        return IsAt(place, "{anonymous}::") ? 13 : IsAt(place, "(anonymous namespace)::") ? 23 : 0;
+        return IsAt(position, "{anonymous}::") ? 13 : IsAt(position, "(anonymous namespace)::") ? 23 : 0;
     }
 
     /// The length of what precedes the name when the function returns a pointer or reference to a function, an array or
     /// a member: "(*", "(&" or "(Map::*". 0 for anything else.
-    constexpr std::size_t LengthOfDeclarator(std::size_t place) const
+    constexpr std::size_t LengthOfDeclarator(std::size_t position) const
     {
-        if (m_signature[place] != '(') {
+        if (m_signature[position] != '(') {
             return 0;
         }
-        std::size_t end = place + 1 + LengthOfUnnamed(place + 1);
+        std::size_t end = position + 1 + LengthOfUnnamed(position + 1);
         while (IsOfIdentifier(m_signature[end]) || m_signature[end] == ':') {
             ++end;
         }
-        const bool isSign = m_signature[end] == '*' || (m_signature[end] == '&' && end == place + 1);
-        return isSign && (end == place + 1 || m_signature[end - 1] == ':') ? end + 1 - place : 0;
+        const bool isSign = m_signature[end] == '*' || (m_signature[end] == '&' && end == position + 1);
+        return isSign && (end == position + 1 || m_signature[end - 1] == ':') ? end + 1 - position : 0;
     }
 
-    constexpr std::size_t BehindBrackets(std::size_t place) const
+    constexpr std::size_t BehindBrackets(std::size_t position) const
     {
         int depth = 0;
-        for (; place + 1 < size; ++place) {
-            depth += m_signature[place] == '(' ? 1 : m_signature[place] == ')' ? -1 : 0;
-            if (depth == 0 && m_signature[place] == ')') {
-                return place + 1;
+        for (; position + 1 < size; ++position) {
+            depth += m_signature[position] == '(' ? 1 : m_signature[position] == ')' ? -1 : 0;
+            if (depth == 0 && m_signature[position] == ')') {
+                return position + 1;
             }
         }
-        return place;
+        return position;
     }
 
     /// The offset of the bracket that opens an operator's parameters.
-    constexpr std::size_t EndOfOperator(std::size_t place) const
+    constexpr std::size_t EndOfOperator(std::size_t position) const
     {
         constexpr std::size_t kLength = 8;
-        place += kLength;
-        place += IsAt(place, "()") ? 2 : 0;
-        while (place + 1 < size && m_signature[place] != '(') {
-            ++place;
+        position += kLength;
+        position += IsAt(position, "()") ? 2 : 0;
+        while (position + 1 < size && m_signature[position] != '(') {
+            ++position;
         }
-        return place;
+        return position;
     }
 
     const char* m_signature;

@@ -64,8 +64,8 @@ char ZRClassID::IsFormat(const char* id)
     if (id == nullptr) {
         return 0;
     }
-    for (int place = 0; place < Size; ++place) {
-        if (Null[place] == '-' ? id[place] != '-' : !IsHexadecimalDigit(id[place])) {
+    for (int index = 0; index < Size; ++index) {
+        if (Null[index] == '-' ? id[index] != '-' : !IsHexadecimalDigit(id[index])) {
             return 0; // also at the end of a short text
         }
     }

@@ -51,9 +51,9 @@ ClassIDIndex::ClassIDIndex(std::size_t size)
 const ZRObjectEntry* ClassIDIndex::Find(const char* classID, const CodeIndex& objects) const
 {
     const std::uint32_t hash = HashOf(classID);
-    for (std::size_t place = HomeOf(hash); m_slots[place].code != 0; place = Following(place)) {
-        if (m_slots[place].hash == hash) {
-            const ZRObjectEntry* const entry = objects.Find(m_slots[place].code);
+    for (std::size_t index = HomeOf(hash); m_slots[index].code != 0; index = Following(index)) {
+        if (m_slots[index].hash == hash) {
+            const ZRObjectEntry* const entry = objects.Find(m_slots[index].code);
             if (entry != nullptr && entry->m_bHasClassID != 0 && entry->m_csClassID.CompareNoCase(classID) == 0) {
                 return entry;
             }
@@ -80,11 +80,11 @@ void ClassIDIndex::Insert(const char* classID, int code) noexcept { Insert(Slot{
 
 void ClassIDIndex::Insert(const Slot& slot) noexcept
 {
-    std::size_t place = HomeOf(slot.hash);
-    while (m_slots[place].code != 0) {
-        place = Following(place);
+    std::size_t index = HomeOf(slot.hash);
+    while (m_slots[index].code != 0) {
+        index = Following(index);
     }
-    m_slots[place] = slot;
+    m_slots[index] = slot;
     ++m_count;
 }
 
@@ -99,11 +99,11 @@ void ClassIDIndex::Erase(const char* classID, int code) noexcept
     }
     // Entries after the gap move up, unless that would put one before its home.
     const std::size_t mask = m_slots.size() - 1;
-    for (std::size_t place = Following(gap); m_slots[place].code != 0; place = Following(place)) {
-        const std::size_t distanceFromHome = (place - HomeOf(m_slots[place].hash)) & mask;
-        if (distanceFromHome >= ((place - gap) & mask)) {
-            m_slots[gap] = m_slots[place];
-            gap = place;
+    for (std::size_t index = Following(gap); m_slots[index].code != 0; index = Following(index)) {
+        const std::size_t distanceFromHome = (index - HomeOf(m_slots[index].hash)) & mask;
+        if (distanceFromHome >= ((index - gap) & mask)) {
+            m_slots[gap] = m_slots[index];
+            gap = index;
         }
     }
     m_slots[gap] = {};

@@ -29,14 +29,14 @@ constinit CodeIndex::Leaf CodeIndex::s_noSlots{};
 constinit CodeIndex::Level1 CodeIndex::s_noLeaves = EmptyTable<Level1>(s_noSlots);
 constinit CodeIndex::Level2 CodeIndex::s_noTables = EmptyTable<Level2>(s_noLeaves);
 
-CodeIndex::Place CodeIndex::Next(int code, Place otherwise) const
+CodeIndex::Iterator CodeIndex::Next(int code, Iterator otherwise) const
 {
     unsigned int position = PositionOf(code) + 1;
     while (position < kPositions) {
         const Leaf* const leaf = LeafAt(position);
         const Slot& slot = leaf->slots[DigitOf(position, 0)];
         if (slot.entry != nullptr) {
-            return slot.place;
+            return slot.iterator;
         }
         unsigned int emptyLevel = 0; // of the largest empty part here
         if (Level2At(position)->count == 0) {
@@ -81,7 +81,7 @@ void CodeIndex::Insert(int code, const Slot& slot)
     Level1& level1 = Grow(level2.below[DigitOf(position, 2)], s_noLeaves);
     Leaf& leaf = Grow(level1.below[DigitOf(position, 1)], s_noSlots);
     Slot& free = leaf.slots[DigitOf(position, 0)];
-    free.place = slot.place;
+    free.iterator = slot.iterator;
     Store(free.entry, slot.entry);
     ++leaf.count;
     ++level1.count;

@@ -19,12 +19,12 @@ namespace zr {
 /// Threads: Find and FindInRange from any thread, also while one other thread uses the other operations.
 class CodeIndex {
 public:
-    using Place = ZRCodeMap<ZRObjectEntry*>::Iterator;
+    using Iterator = ZRCodeMap<ZRObjectEntry*>::Iterator;
 
     /// What is kept for a code.
     struct Slot {
         ZRObjectEntry* entry = nullptr; // not owned; null in a free slot
-        Place place; // in the ring of objects
+        Iterator iterator; // in the ring of objects
     };
 
     CodeIndex() noexcept { m_tables.fill(&s_noTables); }
@@ -46,10 +46,13 @@ public:
     }
 
     /// The iterator of the least code above `code`, which is in the range; `otherwise` when there is none.
-    Place Next(int code, Place otherwise) const;
+    Iterator Next(int code, Iterator otherwise) const;
 
     /// The iterator of a code that is in the index.
-    Place PlaceOf(int code) const { return LeafAt(PositionOf(code))->slots[DigitOf(PositionOf(code), 0)].place; }
+    Iterator IteratorOf(int code) const
+    {
+        return LeafAt(PositionOf(code))->slots[DigitOf(PositionOf(code), 0)].iterator;
+    }
 
     /// The entry at an index in the order of the codes; null when there is none.
     ZRObjectEntry* At(int index) const;

@@ -55,23 +55,24 @@ public:
     /// The value of the key, which is first inserted with the value T() if it is not there.
     T& operator[](int key)
     {
-        const Iterator place = FirstFrom(*this, key);
-        return place != End() && place->first == key ? place->second : Insert(place, key, T()).first->second;
+        const Iterator position = FirstFrom(*this, key);
+        return position != End() && position->first == key ? position->second
+                                                           : Insert(position, key, T()).first->second;
     }
 
     /// Removes a pair. Returns 1, or 0 if the key is not there.
     char Erase(int key)
     {
-        const Iterator place = Find(key);
-        if (place == End()) {
+        const Iterator position = Find(key);
+        if (position == End()) {
             return 0;
         }
-        Erase(place);
+        Erase(position);
         return 1;
     }
 
     /// Removes the pair at an iterator; End() is not removed.
-    void Erase(Iterator place) { m_ring.Erase(place); }
+    void Erase(Iterator position) { m_ring.Erase(position); }
 
     void Clear() { m_ring.Clear(); }
 
@@ -79,19 +80,19 @@ private:
     /// The first pair whose key is not less than `key`.
     template <typename Map> static auto FirstFrom(Map& map, int key)
     {
-        auto place = map.End();
-        if (map.GetCount() > 0 && std::prev(place)->first >= key) {
-            for (place = map.Begin(); place->first < key;) {
-                ++place;
+        auto position = map.End();
+        if (map.GetCount() > 0 && std::prev(position)->first >= key) {
+            for (position = map.Begin(); position->first < key;) {
+                ++position;
             }
         }
-        return place;
+        return position;
     }
 
     template <typename Map> static auto FindIn(Map& map, int key)
     {
-        const auto place = FirstFrom(map, key);
-        return place != map.End() && place->first == key ? place : map.End();
+        const auto position = FirstFrom(map, key);
+        return position != map.End() && position->first == key ? position : map.End();
     }
 
     zr::Ring<Pair> m_ring;

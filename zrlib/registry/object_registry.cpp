@@ -177,13 +177,13 @@ char ZRObjectRegistry::UnregisterObject(int code)
     }
     return ChangeIf({Rule::kObjectIsKnown}, request, [&] {
         Index& index = *m_pIndex.load();
-        const zr::CodeIndex::Place place = index.byCode.PlaceOf(code);
-        const std::unique_ptr<const ZRObjectEntry> entry(place->second);
+        const zr::CodeIndex::Iterator iterator = index.byCode.IteratorOf(code);
+        const std::unique_ptr<const ZRObjectEntry> entry(iterator->second);
         index.byCode.Erase(code);
         if (entry->m_bHasClassID != 0) {
             index.byClassID.Erase(entry->m_csClassID, code);
         }
-        m_Objects.Erase(place);
+        m_Objects.Erase(iterator);
     });
 }
 
@@ -219,11 +219,11 @@ void ZRObjectRegistry::Add(std::unique_ptr<ZRObjectEntry> entry)
         index.byClassID.ReserveOne();
     }
     const int code = entry->GetID();
-    const auto place = m_Objects.Insert(index.byCode.Next(code, m_Objects.End()), code, entry.get()).first;
+    const auto iterator = m_Objects.Insert(index.byCode.Next(code, m_Objects.End()), code, entry.get()).first;
     try {
-        index.byCode.Insert(code, {entry.get(), place});
+        index.byCode.Insert(code, {entry.get(), iterator});
     } catch (const std::bad_alloc&) {
-        m_Objects.Erase(place);
+        m_Objects.Erase(iterator);
         throw;
     }
     const ZRObjectEntry* const added = entry.release();

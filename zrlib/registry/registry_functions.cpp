@@ -9,7 +9,7 @@ namespace {
 /// The result of an operation on the registry; `whenGone` for a caller that outlives the library's own objects. An
 /// operation does not touch the registry any more once it has sent a report.
 template <typename Result, typename Operation, typename... Arguments>
-Result Ask(Result whenGone, Operation operation, const Arguments&... arguments)
+Result CallRegistry(Result whenGone, Operation operation, const Arguments&... arguments)
 {
     const zr::ModuleLease lease(zr::Runs::kOwnCodeOnly);
     return lease.IsAlive() && g_ObjectRegistry.IsAlive() ? std::invoke(operation, g_ObjectRegistry.object, arguments...)
@@ -33,24 +33,24 @@ template <typename Operation> const char* AskWithFlag(const char* whenGone, Oper
 
 char ZRRegisterLibrary(int code, const HCString& name)
 {
-    return Ask('\0', &ZRObjectRegistry::RegisterLibrary, code, name);
+    return CallRegistry('\0', &ZRObjectRegistry::RegisterLibrary, code, name);
 }
 
-char ZRUnregisterLibrary(int code) { return Ask('\0', &ZRObjectRegistry::UnregisterLibrary, code); }
+char ZRUnregisterLibrary(int code) { return CallRegistry('\0', &ZRObjectRegistry::UnregisterLibrary, code); }
 
 char ZRRegisterObject(int code, const HCString& name)
 {
-    return Ask('\0', [&](ZRObjectRegistry& registry) { return registry.RegisterObject(code, name); });
+    return CallRegistry('\0', [&](ZRObjectRegistry& registry) { return registry.RegisterObject(code, name); });
 }
 
 char ZRRegisterFactoryObject(int code, const HCString& name, const HCString& classID)
 {
-    return Ask('\0', [&](ZRObjectRegistry& registry) { return registry.RegisterObject(code, name, classID); });
+    return CallRegistry('\0', [&](ZRObjectRegistry& registry) { return registry.RegisterObject(code, name, classID); });
 }
 
-char ZRUnregisterObject(int code) { return Ask('\0', &ZRObjectRegistry::UnregisterObject, code); }
+char ZRUnregisterObject(int code) { return CallRegistry('\0', &ZRObjectRegistry::UnregisterObject, code); }
 
-char ZRObjectIsKnown(int code) { return Ask('\0', &ZRObjectRegistry::ObjectIsKnown, code); }
+char ZRObjectIsKnown(int code) { return CallRegistry('\0', &ZRObjectRegistry::ObjectIsKnown, code); }
 
 const char* ZRGetObjectName(int code, char* known)
 {
@@ -67,22 +67,25 @@ const char* ZRGetObjectClassID(int code, char* found)
     return AskWithFlag(ZRClassID::Null, &ZRObjectRegistry::GetObjectClassID, code, found);
 }
 
-int ZRGetObjectMirror(int code) { return Ask(0, &ZRObjectRegistry::GetObjectMirror, code); }
+int ZRGetObjectMirror(int code) { return CallRegistry(0, &ZRObjectRegistry::GetObjectMirror, code); }
 
-char ZRSetObjectMirror(int code, int mirror) { return Ask('\0', &ZRObjectRegistry::SetObjectMirror, code, mirror); }
+char ZRSetObjectMirror(int code, int mirror)
+{
+    return CallRegistry('\0', &ZRObjectRegistry::SetObjectMirror, code, mirror);
+}
 
-int ZRGetRegisteredObjectCount() { return Ask(0, &ZRObjectRegistry::GetObjectCount); }
+int ZRGetRegisteredObjectCount() { return CallRegistry(0, &ZRObjectRegistry::GetObjectCount); }
 
 const char* ZRGetRegisteredObjectName(int index)
 {
-    return Ask<const char*>(nullptr, &ZRObjectRegistry::GetObjectNameAt, index);
+    return CallRegistry<const char*>(nullptr, &ZRObjectRegistry::GetObjectNameAt, index);
 }
 
-int ZRGetRegisteredObjectID(int index) { return Ask(-1, &ZRObjectRegistry::GetObjectIDAt, index); }
+int ZRGetRegisteredObjectID(int index) { return CallRegistry(-1, &ZRObjectRegistry::GetObjectIDAt, index); }
 
 const char* ZRGetRegisteredObjectClassID(int index)
 {
-    return Ask(ZRClassID::Null, &ZRObjectRegistry::GetObjectClassIDAt, index);
+    return CallRegistry(ZRClassID::Null, &ZRObjectRegistry::GetObjectClassIDAt, index);
 }
 
 void ZRDumpRegistry()

@@ -79,10 +79,10 @@ char ZRLockTrailHandler::Remove(ZRLockTrail* trail)
     }
     const ZRSyncGuard guard(m_sync);
     const zr::ShortLockGuard data(zr::g_dataLock);
-    for (auto place = m_Trails.Begin(); place != m_Trails.End(); ++place) {
-        ZRLockTrail* const listed = *place;
+    for (auto position = m_Trails.Begin(); position != m_Trails.End(); ++position) {
+        ZRLockTrail* const listed = *position;
         if (listed->GetGUID().Compare(trail->GetGUID()) == 0) {
-            m_Trails.Erase(place);
+            m_Trails.Erase(position);
             if (--listed->m_nListings == 0) {
                 delete listed;
             }
