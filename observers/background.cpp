@@ -93,7 +93,7 @@ private:
             auto& own = const_cast<ZRObservedObjectEvent&>(event); // not shared, and observers may change it
             own.SetSource(&m_owner);
             own.Broadcast(&m_owner, 0);
-        } catch (const std::exception&) {
+        } catch (...) { // of whatever type: there is nobody to pass it to
         }
     }
 

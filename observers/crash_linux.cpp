@@ -19,11 +19,11 @@ namespace {
 
 constexpr std::array kSignals = {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGSYS, SIGABRT};
 constexpr std::size_t kStackSize = std::size_t{64} * 1024;
+constexpr std::size_t kGuardSize = kStackSize; // below it; a multiple of all sizes of pages
 
 constinit std::atomic<void (*)(const char*)> g_action{nullptr};
 std::array<struct sigaction, kSignals.size()> g_former; // written while no handler of ours is installed
-constinit std::atomic<pid_t> g_crashed{0}; // thread that crashed first
-constinit std::atomic<bool> g_isDone{false};
+constinit std::atomic<pid_t> g_acting{0}; // thread that runs the action; 0 for none
 int g_users = 0;
 
 HCThreadSync& Lock()
@@ -32,32 +32,45 @@ HCThreadSync& Lock()
     return lock;
 }
 
-/// Only once, however many threads crash; the others wait until it is done, but not for ever.
-void ActOnce(int signal)
+/// Waits until no other thread runs the action, but not for ever.
+void AwaitAction()
 {
-    pid_t none = 0;
-    const pid_t self = gettid();
-    if (g_crashed.compare_exchange_strong(none, self)) {
-        char reason[] = "signal 00";
-        reason[sizeof(reason) - 3] = static_cast<char>('0' + signal / 10);
-        reason[sizeof(reason) - 2] = static_cast<char>('0' + signal % 10);
-        if (const auto action = g_action.load(); action != nullptr) {
-            action(reason);
-        }
-        g_isDone = true;
-        return;
-    }
     constexpr int kMostPauses = 500;
     constexpr timespec kPause{0, 10'000'000};
-    for (int pause = 0; none != self && !g_isDone && pause < kMostPauses; ++pause) {
+    for (int pause = 0; g_acting != 0 && g_acting != gettid() && pause < kMostPauses; ++pause) {
         nanosleep(&kPause, nullptr);
     }
+}
+
+/// On one thread at a time, and not for a crash of the action itself.
+void Act(int signal)
+{
+    AwaitAction();
+    pid_t none = 0;
+    if (!g_acting.compare_exchange_strong(none, gettid())) {
+        return;
+    }
+    char reason[] = "signal 00";
+    reason[sizeof(reason) - 3] = static_cast<char>('0' + signal / 10);
+    reason[sizeof(reason) - 2] = static_cast<char>('0' + signal % 10);
+    if (const auto action = g_action.load(); action != nullptr) {
+        action(reason);
+    }
+    g_acting = 0;
+}
+
+/// Whether returning from the handler runs into the same fault again.
+bool Recurs(const siginfo_t& info)
+{
+    const bool wasSent = info.si_code <= 0;
+    const bool isLate = info.si_signo == SIGBUS && info.si_code == BUS_MCEERR_AO;
+    return !wasSent && !isLate && info.si_signo != SIGSYS;
 }
 
 void HandleCrash(int signal, siginfo_t* info, void* context)
 {
     const int error = errno;
-    ActOnce(signal);
+    Act(signal);
     std::size_t index = 0;
     while (index + 1 < kSignals.size() && kSignals[index] != signal) {
         ++index;
@@ -77,7 +90,7 @@ void HandleCrash(int signal, siginfo_t* info, void* context)
         return;
     }
     sigaction(signal, &former, nullptr);
-    if (info->si_code <= 0) { // it was sent; a fault recurs by itself
+    if (!Recurs(*info)) {
         raise(signal);
     }
     errno = error;
@@ -104,6 +117,7 @@ void InstallCrashAction(void (*action)(const char* reason))
 
 void RemoveCrashAction()
 {
+    AwaitAction(); // it may be using what the caller removes
     const std::lock_guard guard(Lock());
     if (--g_users > 0) {
         return;
@@ -125,13 +139,18 @@ void* AddCrashStack()
         return nullptr;
     }
     void* const memory =
-        mmap(nullptr, kStackSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_STACK, -1, 0);
+        mmap(nullptr, kGuardSize + kStackSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_STACK, -1, 0);
     if (memory == MAP_FAILED) {
         return nullptr;
     }
-    const stack_t stack{memory, 0, kStackSize};
+    void* const start = static_cast<char*>(memory) + kGuardSize;
+    if (mprotect(start, kStackSize, PROT_READ | PROT_WRITE) != 0) {
+        munmap(memory, kGuardSize + kStackSize);
+        return nullptr;
+    }
+    const stack_t stack{start, 0, kStackSize};
     sigaltstack(&stack, nullptr);
-    return memory;
+    return start;
 }
 
 void RemoveCrashStack(void* stack)
@@ -143,7 +162,7 @@ void RemoveCrashStack(void* stack)
     if (sigaltstack(nullptr, &current) == 0 && current.ss_sp == stack) {
         const stack_t none{nullptr, SS_DISABLE, 0};
         sigaltstack(&none, nullptr);
-        munmap(stack, kStackSize);
+        munmap(static_cast<char*>(stack) - kGuardSize, kGuardSize + kStackSize);
     } // otherwise another thread has it
 }
 

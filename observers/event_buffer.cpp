@@ -87,6 +87,9 @@ public:
             Lock();
         }
         m_state.isDraining = false;
+        if (m_state.next < m_state.taken.count) {
+            m_state.more.notify_all(); // for another reader
+        }
     }
     Reading(const Reading&) = delete;
     Reading& operator=(const Reading&) = delete;
@@ -258,7 +261,8 @@ bool EventBuffer::WaitFor(int milliseconds)
     State& state = Current();
     std::unique_lock guard(state.lock);
     const auto isThere = [&state] {
-        const bool hasEvent = state.waiting.count > 0 || state.next < state.taken.count;
+        // What another thread is draining is its own.
+        const bool hasEvent = state.waiting.count > 0 || (!state.isDraining && state.next < state.taken.count);
         state.isReaderAsleep = !hasEvent;
         return hasEvent;
     };

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <optional>
 #include <string_view>
 
 namespace {
@@ -40,11 +41,12 @@ const char* After(const HCString& word, std::string_view start)
     return word.View().substr(0, start.size()) == start ? word.begin() + start.size() : nullptr;
 }
 
-bool ReadLevel(const char* text, short& level)
+std::optional<short> ReadLevel(const char* text)
 {
+    short level = 0;
     const char* const end = text + std::string_view(text).size();
     const auto [rest, error] = std::from_chars(text, end, level);
-    return error == std::errc() && rest == end && rest != text;
+    return error == std::errc() && rest == end ? std::optional(level) : std::nullopt;
 }
 
 } // namespace
@@ -74,14 +76,18 @@ bool ZRFilter::Read(const HCString& word)
         m_wanted.Append(HCString(wanted));
         return true;
     }
-    if (const char* const most = After(word, "level<="); most != nullptr) {
-        return ReadLevel(most, m_mostLevel);
-    }
-    if (const char* const least = After(word, "level>="); least != nullptr) {
-        return ReadLevel(least, m_leastLevel);
-    }
-    if (const char* const only = After(word, "level="); only != nullptr) {
-        return ReadLevel(only, m_leastLevel) && ReadLevel(only, m_mostLevel);
+    static constexpr struct {
+        std::string_view start;
+        bool isLeast;
+        bool isMost;
+    } kRanges[] = {{"level<=", false, true}, {"level>=", true, false}, {"level=", true, true}};
+    for (const auto& range : kRanges) {
+        if (const char* const number = After(word, range.start); number != nullptr) {
+            const std::optional<short> level = ReadLevel(number);
+            m_leastLevel = level && range.isLeast ? std::max(m_leastLevel, *level) : m_leastLevel;
+            m_mostLevel = level && range.isMost ? std::min(m_mostLevel, *level) : m_mostLevel;
+            return level.has_value();
+        }
     }
     return ReadTypes(word);
 }
@@ -104,7 +110,7 @@ bool ZRFilter::ReadTypes(const HCString& word)
         types |= row->type;
         rest.remove_prefix(std::min(rest.size(), name.size() + 1));
     }
-    m_types = static_cast<short>(types);
+    m_types = static_cast<short>(m_types & types); // all bits are set at first
     return true;
 }
 

@@ -93,7 +93,7 @@ public:
 
 private:
     zrobservers::CrashFile& m_file;
-    char m_buffer[8192];
+    char m_buffer[1024]; // small, as a thread's own stack for signal handlers may be
     std::size_t m_length = 0;
     bool m_isGood = true;
 };
