@@ -1,8 +1,6 @@
 // A client that does what its arguments say, one after the other, so that a test can see a fresh process:
 //
 //   state            the state of the messages
-//   modes            the switches that are 1
-//   main             whether this is the main thread
 //   out=TEXT         sends a message
 //   on=N             turns messages on and sets all flag words
 //   home             the directory of the log
@@ -29,35 +27,6 @@ void PrintState(const char* /*argument*/)
     std::printf("messages=%d enabled=%d%d%d%d flags=%d,%d,%d,%d\n", ZRGetMessagesEnabled(), ZRIsOutEnabled(),
         ZRIsWarnEnabled(), ZRIsErrorEnabled(), ZRIsTraceEnabled(), ZRGetOutFlags(), ZRGetWarnFlags(), ZRGetErrorFlags(),
         ZRGetTraceFlags());
-}
-
-void PrintModes(const char* /*argument*/)
-{
-    const struct {
-        const char* name;
-        char (*get)();
-    } switches[] = {
-        {"Threading", ZRMode::IsThreading},
-        {"CacheQueueing", ZRMode::IsCacheQueueing},
-        {"ThreadBasedCache", ZRMode::IsThreadBasedCache},
-        {"Cache", ZRMode::IsCache},
-        {"ForceRunInSingleThread", ZRMode::IsForceRunInSingleThread},
-        {"TTStreaming", ZRMode::IsTTStreaming},
-        {"ThreadingChannelLocking", ZRMode::IsThreadingChannelLocking},
-        {"ForceMainThreadToUseStreamBasedCache", ZRMode::IsForceMainThreadToUseStreamBasedCache},
-        {"OutEnabled", ZRMode::IsOutEnabled},
-        {"WarnEnabled", ZRMode::IsWarnEnabled},
-        {"ErrorEnabled", ZRMode::IsErrorEnabled},
-        {"TraceEnabled", ZRMode::IsTraceEnabled},
-        {"SendToMsgView", ZRMode::SendToMsgView},
-        {"SendToConsole", ZRMode::SendToConsole},
-        {"SendToDebugger", ZRMode::SendToDebugger},
-        {"SendToFile", ZRMode::SendToFile},
-    };
-    for (const auto& row : switches) {
-        std::printf("%s%s", row.get() != 0 ? row.name : "", row.get() != 0 ? " " : "");
-    }
-    std::printf("\n");
 }
 
 void SendNumbered(const std::string& label, int count)
@@ -89,8 +58,6 @@ const struct {
     void (*perform)(const char* argument);
 } kCommands[] = {
     {"state", PrintState},
-    {"modes", PrintModes},
-    {"main", [](const char*) { std::printf("main=%d worker=%d\n", ZRMode::IsMainThread(), ZRMode::IsWorkerThread()); }},
     {"out", [](const char* text) { ZROut(text, "probe", 1); }},
     {"on",
         [](const char* flags) {
