@@ -2,8 +2,7 @@
 // using the library until the process has ended and a handler that sends after the library's own objects have gone. The
 // output tells what arrived; a test compares it.
 
-#include "hcbase/hcbase.h"
-#include "zrlib/zrlib.h"
+#include "tests/frame/use_everything.h"
 
 #include <atomic>
 #include <chrono>
@@ -22,16 +21,11 @@ void UseWhatHasGone(int /*status*/, void* /*argument*/)
     ZRSetMessagesEnabled(1);
     ZRWarn(kText, "late_client", 1);
     ZRError(kText, "late_client", 1);
-    ZRErrorSet(-1, kText, "late_client", 0, 1);
-    ZRDumpRegistry();
-    ZRProgressEnable(1);
-    ZRProgressStart(kText);
+    UseEverything(kText);
     ZRSetThreadingEnabled(0);
     ZRSetLockTrailEnabled(1);
-    ZRProfilerState state;
-    {
-        const ZRProfiler timer(&state);
-        const ZRProfiler printing("late_client", nullptr);
+    { // prints nothing
+        const ZRProfiler timer("late_client", nullptr);
     }
     ZRObjectObserver observer;
     ZRThreadSync sync;
@@ -108,29 +102,6 @@ struct Client {
 
 Client client;
 
-void UseMuch()
-{
-    static ZRProfilerState& state = *new ZRProfilerState; // goes on when the static objects have gone
-    const ZRProfiler timer(&state);
-    ZRGlobalThreadSync::Lock(nullptr);
-    ZRRemoveLockTrail(ZRAppendLockTrail());
-    ZRProgressEnable(1);
-    ZRProgressStart(kText);
-    ZRGlobalThreadSync::Unlock(nullptr);
-}
-
-void ReadMuch()
-{
-    HCVersion version;
-    HFVersionGet("ZRLIB", version);
-    static_cast<void>(HFTextFind("ZRLib"));
-    const ZRObservedObject named;
-    ZRMath::Divide(1, 0);
-    static_cast<void>(ZRGetOpSysName(12));
-    static_cast<void>(ZRGetObjectMirror(0x1001));
-    static_cast<void>(ZRGetRegisteredObjectName(0));
-}
-
 void RunForEver(void (*step)())
 {
     for (;;) {
@@ -152,8 +123,16 @@ void RunForEver(void (*step)())
 constexpr void (*kSteps[])() = {
     [] { ZRTrace(kText, nullptr, 1); },
     [] { ZRErrorSet(-1, kText, "late_client", 1, 1); },
-    UseMuch,
-    ReadMuch,
+    [] { UseEverything(kText); },
+    [] {
+        HCVersion version;
+        HFVersionGet("ZRLIB", version);
+        static_cast<void>(HFTextFind("ZRLib"));
+        const ZRObservedObject named;
+        static_cast<void>(ZRGetOpSysName(12));
+        static_cast<void>(ZRGetObjectMirror(0x1001));
+        static_cast<void>(ZRGetRegisteredObjectName(0));
+    },
 #if !defined(__SANITIZE_ADDRESS__) // it objects to the call as such, though the function does not touch a handler that
                                    // has gone
     [] { ZRGetMessageHandler()->OutEx("", kText, nullptr, 1); },
