@@ -94,13 +94,9 @@ struct Client {
         ZRWarn(ZRGetObjectName(0x1001, nullptr), "late_client", 1);
         ZRWarn(keptText, "late_client", 1);
     }
-    Client(const Client&) = delete;
-    Client& operator=(const Client&) = delete;
 
     const char* keptText = "";
-};
-
-Client client;
+} client;
 
 void RunForEver(void (*step)())
 {

@@ -4,7 +4,6 @@
 #include "zrlib/zrlib.h"
 
 #include <gtest/gtest.h>
-#include <regex>
 #include <string>
 
 namespace {
@@ -99,10 +98,9 @@ TEST(Startup, RecordsTheVersion)
     HCVersion version;
     ASSERT_EQ(HFVersionGet("ZRLIB", version), 1);
     HCString text;
-    text.Format("%d.%d.%d %s %s", version.major, version.minor, version.revision,
-        static_cast<const char*>(version.date), static_cast<const char*>(version.time));
-    const std::regex form(R"(2\.90\.10 [A-Z][a-z][a-z] [ 1-3]\d 20\d\d \d\d:\d\d:\d\d)");
-    EXPECT_TRUE(std::regex_match(text.ToString(), form)) << text;
+    text.Format("%d.%d.%d", version.major, version.minor, version.revision);
+    EXPECT_EQ(text, "2.90.10");
+    EXPECT_EQ(version.date.GetLength(), static_cast<int>(sizeof "Jan 31 2000") - 1);
 }
 
 // Clients show the texts, translate them and look for them. Whoever changes one on purpose gives the new digest here
