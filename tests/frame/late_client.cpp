@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <string>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -31,10 +32,7 @@ void UseWhatHasGone(int /*status*/, void* /*argument*/)
     ZRThreadSync sync;
     ZRLockTrail* const trail = ZRAppendLockTrail();
     char known = 1;
-    const struct {
-        const char* what;
-        bool isRight;
-    } answers[] = {
+    const std::pair<const char*, bool> answers[] = {
         {"library", ZRRegisterLibrary(0x1000, kText) == 0 && ZRObjectIsKnown(0x1001) == 0},
         {"name", ZRGetObjectNameEx(0x1001, &known) == std::string("?") && known == 0},
         {"object", ZRGetRegisteredObjectID(0) == -1},
@@ -48,9 +46,9 @@ void UseWhatHasGone(int /*status*/, void* /*argument*/)
         {"switches", ZRGetLockTrailEnabled() == 0 && ZRGetThreadingEnabled() != 0},
         {"self-check", ZRTestMessageThreading(1) == 0},
     };
-    for (const auto& answer : answers) {
-        if (!answer.isRight) {
-            std::printf("wrong: %s\n", answer.what);
+    for (const auto& [what, isRight] : answers) {
+        if (!isRight) {
+            std::printf("wrong: %s\n", what);
         }
     }
     std::puts("after the library");
@@ -61,23 +59,16 @@ void UseWhatHasGone(int /*status*/, void* /*argument*/)
 void RegisterLastHandler() { on_exit(UseWhatHasGone, nullptr); }
 __attribute__((section(".preinit_array"), used)) void (*const registerLastHandler)() = RegisterLastHandler;
 
-/// Starts a thread that makes a record and gives it back.
-void StartAThread()
+/// Makes a record, which the end of the thread gives back, and starts a thread that does the same.
+void* RecordAndPassOn(void* /*argument*/)
 {
-    static std::atomic<int> running;
-    const auto record = [](void*) -> void* {
-        HFErrorSet(-1, kText, "late_client", 0);
-        --running;
-        return nullptr;
-    };
+    HFErrorSet(-1, kText, "late_client", 0);
     pthread_attr_t detached; // from the start, or the process could end before it is
     pthread_attr_init(&detached);
     pthread_attr_setdetachstate(&detached, PTHREAD_CREATE_DETACHED);
-    pthread_t thread{};
-    running += pthread_create(&thread, &detached, record, nullptr) == 0 ? 1 : 0;
-    while (running > 4) {
-        std::this_thread::yield();
-    }
+    pthread_t next{};
+    pthread_create(&next, &detached, RecordAndPassOn, nullptr);
+    return nullptr;
 }
 #endif
 
@@ -133,9 +124,6 @@ constexpr void (*kSteps[])() = {
                                    // has gone
     [] { ZRGetMessageHandler()->OutEx("", kText, nullptr, 1); },
 #endif
-#if !defined(_WIN32)
-    StartAThread,
-#endif
 };
 
 } // namespace
@@ -146,6 +134,9 @@ int main()
     for (auto* const step : kSteps) {
         std::thread(RunForEver, step).detach();
     }
+#if !defined(_WIN32)
+    RecordAndPassOn(nullptr);
+#endif
     client.keptText = ZRGetObjectNameEx(0x1002, nullptr); // asked for after the object was built, read when it goes
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     return 0;
