@@ -22,13 +22,6 @@
 
 namespace {
 
-void PrintState(const char* /*argument*/)
-{
-    std::printf("messages=%d enabled=%d%d%d%d flags=%d,%d,%d,%d\n", ZRGetMessagesEnabled(), ZRIsOutEnabled(),
-        ZRIsWarnEnabled(), ZRIsErrorEnabled(), ZRIsTraceEnabled(), ZRGetOutFlags(), ZRGetWarnFlags(), ZRGetErrorFlags(),
-        ZRGetTraceFlags());
-}
-
 void SendNumbered(const std::string& label, int count)
 {
     for (int number = 0; number < count; ++number) {
@@ -36,28 +29,16 @@ void SendNumbered(const std::string& label, int count)
     }
 }
 
-void Storm(const char* count)
-{
-    const std::string process = HFGenerateGuid().ToString();
-    std::thread other(SendNumbered, process + "-a", std::atoi(count));
-    SendNumbered(process + "-b", std::atoi(count));
-    other.join();
-}
-
-[[noreturn]] void SendEndlessly(const char* /*argument*/)
-{
-    for (int number = 0;; ++number) {
-        ZROut(HCString("endless " + std::to_string(number)), nullptr, 1);
-        std::printf("%d\n", number);
-        std::fflush(stdout);
-    }
-}
-
 const struct {
-    const char* name;
+    std::string name;
     void (*perform)(const char* argument);
 } kCommands[] = {
-    {"state", PrintState},
+    {"state",
+        [](const char*) {
+            std::printf("messages=%d enabled=%d%d%d%d flags=%d,%d,%d,%d\n", ZRGetMessagesEnabled(), ZRIsOutEnabled(),
+                ZRIsWarnEnabled(), ZRIsErrorEnabled(), ZRIsTraceEnabled(), ZRGetOutFlags(), ZRGetWarnFlags(),
+                ZRGetErrorFlags(), ZRGetTraceFlags());
+        }},
     {"out", [](const char* text) { ZROut(text, "probe", 1); }},
     {"on",
         [](const char* flags) {
@@ -65,8 +46,21 @@ const struct {
             ZRSetAllFlags(static_cast<short>(std::atoi(flags)));
         }},
     {"home", [](const char*) { std::printf("home=%s\n", static_cast<const char*>(HFTranslateName("home"))); }},
-    {"storm", Storm},
-    {"endless", SendEndlessly},
+    {"storm",
+        [](const char* count) {
+            const std::string process = HFGenerateGuid().ToString();
+            std::thread other(SendNumbered, process + "-a", std::atoi(count));
+            SendNumbered(process + "-b", std::atoi(count));
+            other.join();
+        }},
+    {"endless",
+        [](const char*) {
+            for (int number = 0;; ++number) {
+                ZROut(HCString("endless " + std::to_string(number)), nullptr, 1);
+                std::printf("%d\n", number);
+                std::fflush(stdout);
+            }
+        }},
 #if !defined(_WIN32)
     {"user",
         [](const char* id) {
@@ -77,20 +71,19 @@ const struct {
 #endif
 };
 
+/// Returns whether the command is known.
+bool Perform(const std::string& argument)
+{
+    const std::size_t end = std::min(argument.find('='), argument.size());
+    for (const auto& [name, perform] : kCommands) {
+        if (name == argument.substr(0, end)) {
+            perform(argument.c_str() + std::min(end + 1, argument.size()));
+            return true;
+        }
+    }
+    return false;
+}
+
 } // namespace
 
-int main(int argc, char** argv)
-{
-    for (int place = 1; place < argc; ++place) {
-        const std::string whole = argv[place];
-        const std::size_t end = whole.find('=');
-        const auto* const command = std::find_if(std::begin(kCommands), std::end(kCommands),
-            [&](const auto& each) { return whole.substr(0, end) == each.name; });
-        if (command == std::end(kCommands)) {
-            std::fprintf(stderr, "probe: unknown command %s\n", argv[place]);
-            return 64;
-        }
-        command->perform(end < whole.size() ? argv[place] + end + 1 : "");
-    }
-    return 0;
-}
+int main(int argc, char** argv) { return std::all_of(argv + 1, argv + argc, Perform) ? 0 : 64; }
