@@ -3,12 +3,10 @@
 #include "hcbase/string_stream.h"
 #include "tests/support/messages.h"
 
-#include <algorithm>
-#include <mutex>
-#include <set>
+#include <climits>
+#include <iomanip>
 #include <sstream>
 #include <stdexcept>
-#include <thread>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -29,7 +27,6 @@ TEST(FunctionName, IsWhatAPersonWouldWrite)
     EXPECT_EQ(NameIn("decltype(auto) {anonymous}::Odd::Deduced()"), "Odd::Deduced");
     EXPECT_EQ(NameIn("decltype ((value + 1)) Trailing(T) [with T = int; decltype ((value + 1)) = int]"), "Trailing");
     EXPECT_EQ(NameIn("int decltypes()"), "decltypes");
-    EXPECT_EQ(NameIn("{anonymous}::Odd::operator const Names&()"), "Odd::operator const Names&");
     EXPECT_EQ(NameIn("bool Odd::operator()(int)"), "Odd::operator()");
     EXPECT_EQ(NameIn("bool Odd::operator<(const Odd&) const"), "Odd::operator<");
     EXPECT_EQ(NameIn("{anonymous}::Odd* {anonymous}::Odd::operator->()"), "Odd::operator->");
@@ -37,33 +34,15 @@ TEST(FunctionName, IsWhatAPersonWouldWrite)
     EXPECT_EQ(NameIn("void (* {anonymous}::Odd::Function())(int)"), "Odd::Function");
     EXPECT_EQ(NameIn("int (& Odd::Row())[3]"), "Odd::Row");
     EXPECT_EQ(NameIn("const std::vector<std::pair<int, int> >& Odd::Reference() const"), "Odd::Reference");
-    EXPECT_EQ(NameIn("void {anonymous}::Grid<T>::Fill(V) [with V = std::vector<int>; T = int]"), "Grid::Fill");
     EXPECT_EQ(NameIn("{anonymous}::Odd::Call<bool>(bool)::<lambda(auto:1)> [with auto:1 = int]"), "Odd::Call");
     EXPECT_EQ(NameIn("{anonymous}::Odd::<lambda()>"), "Odd");
     EXPECT_EQ(NameIn("<lambda()>"), "fallback");
     // As clang does
-    EXPECT_EQ(NameIn("auto (anonymous namespace)::Odd::(anonymous class)::operator()() const"), "Odd");
     EXPECT_EQ(NameIn("const Names &(anonymous namespace)::Odd::operator const std::vector<int> &()"),
         "Odd::operator const std::vector<int> &");
     EXPECT_EQ(NameIn("int ((anonymous namespace)::Odd::*(anonymous namespace)::Odd::Member())(int)"), "Odd::Member");
     EXPECT_EQ(NameIn("void (anonymous namespace)::Grid<std::pair<int, int>>::Fill(V) [T = int]"), "Grid::Fill");
 }
-
-struct Map {
-    template <typename T> void Check(T value) const
-    {
-        ZR_WARN("%d is odd", value);
-        const auto lambda = [](const auto& what) { ZR_ERROR_AT(7, "%d of a lambda", what); };
-        lambda(value);
-    }
-    Map& operator<<(int value)
-    {
-        ZR_TIME_FUNCTION();
-        ZR_TIME_SCOPE("named");
-        ZR_ERROR_SET(-1001, "%d%%", value);
-        return *this;
-    }
-};
 
 TEST_F(Convenience, MessagesCostNothingWhenNobodyWantsThem)
 {
@@ -79,67 +58,64 @@ TEST_F(Convenience, MessagesCostNothingWhenNobodyWantsThem)
     EXPECT_EQ(evaluations, 2);
 }
 
+struct Map {
+    template <typename T> void Check(T value) const
+    {
+        ZR_TIME_FUNCTION();
+        ZR_TIME_SCOPE("named");
+        ZR_WARN("%d is odd", value);
+        const auto lambda = [](const auto& what) { ZR_ERROR_AT(7, "%d of a lambda", what); };
+        lambda(value);
+        ZR_ERROR_SET(-1001, "%d%%", value);
+    }
+};
+
 TEST_F(Convenience, MessagesAndTimersSayWhereTheyAre)
 {
     Texts texts;
     ZRListener listener(*ZRGetMessageHandler(), [&texts](const ZRObservedObjectEvent& event) {
         const ZRMsg& message = event.GetMsg();
-        texts.push_back(std::to_string(message.GetType()) + " " + message.GetLocation().ToString() + " "
+        texts.push_back(std::to_string(message.GetType()) + " " + message.GetLocation().ToString().substr(0, 10) + " "
             + std::to_string(message.GetLevel()) + " " + message.GetText().ToString());
     });
     ZRGetProfilerStateHandler()->SetEnabled(1);
     const ZRListener timers(*ZRGetProfilerStateHandler(), [&texts](const ZRObservedObjectEvent& event) {
         texts.push_back(event.GetProfilerState().GetLocation().ToString());
     });
-    Map map;
-    map.Check(3);
-    map << 5;
-    EXPECT_EQ(test::TakeError(), "-1001 5% Map::operator<< 0");
+    Map().Check(3);
+    EXPECT_EQ(test::TakeError(), "-1001 3% Map::Check 0");
     ZRListener moved(std::move(listener));
     ZR_TRACE_AT(2, "moved");
     moved = ZRListener();
     ZR_TRACE("nobody listens");
-    ASSERT_EQ(texts.size(), 6U);
-    EXPECT_EQ(texts.back().substr(0, 20), "8 Convenience_Messag");
-    texts.pop_back();
     EXPECT_EQ(texts,
-        (Texts{"2 Map::Check 1 3 is odd", "4 Map::Check 7 3 of a lambda", "4 Map::operator<< 1 5%", "named",
-            "Map::operator<<"}));
+        (Texts{"2 Map::Check 1 3 is odd", "4 Map::Check 7 3 of a lambda", "4 Map::Check 1 3%", "named", "Map::Check",
+            "8 Convenienc 2 moved"}));
     ZRGetProfilerStateHandler()->SetEnabled(0);
 }
 
-TEST_F(Convenience, GuardsPutSettingsAndLocksBack)
+TEST_F(Convenience, GuardsPutBackWhatTheyFound)
 {
-    ZRSetOutFlags(2);
-    ZRSetWarnFlags(3);
-    ZRSetErrorFlags(4);
-    ZRSetTraceFlags(5);
-    ZRSetWarnEnabled(1);
-    const auto state = [] {
-        return std::vector<int>{ZRGetMessagesEnabled(), ZRGetOutFlags(), ZRGetWarnFlags(), ZRGetErrorFlags(),
-            ZRGetTraceFlags(), ZRIsOutEnabled(), ZRIsWarnEnabled(), ZRIsErrorEnabled(), ZRIsTraceEnabled()};
+    const auto set = [](short flags, char enabled, char warnEnabled) {
+        ZRSetOutFlags(flags);
+        ZRSetWarnFlags(static_cast<short>(flags + 1));
+        ZRSetErrorFlags(static_cast<short>(flags + 2));
+        ZRSetTraceFlags(static_cast<short>(flags + 3));
+        ZRSetAllEnabled(enabled);
+        ZRSetWarnEnabled(warnEnabled);
     };
+    set(2, 0, 1);
     {
         const ZRMessageSettings settings;
         ZRSetMessagesEnabled(0);
-        ZRSetAllFlags(9);
-        ZRSetAllEnabled(1);
-        ZRSetWarnEnabled(0);
-    }
-    EXPECT_EQ(state(), (std::vector<int>{1, 2, 3, 4, 5, 0, 1, 0, 0}));
-
-    HCThreadSync one;
-    HCThreadSync two;
-    {
-        const std::scoped_lock both(one, two);
-        const std::lock_guard again(one);
-        EXPECT_TRUE(one.try_lock()) << "by its holder";
-        one.unlock();
-        std::thread([&two] { EXPECT_FALSE(std::unique_lock(two, std::try_to_lock)); }).join();
+        set(8, 1, 0);
         const ZRGlobalLockGuard global("test");
         EXPECT_TRUE(global.IsHeld());
     }
-    EXPECT_EQ(one.unlock() + two.unlock() + ZRGlobalThreadSync::Unlock(nullptr), 0) << "nothing is held";
+    EXPECT_EQ((std::vector<int>{ZRGetMessagesEnabled(), ZRGetOutFlags(), ZRGetWarnFlags(), ZRGetErrorFlags(),
+                  ZRGetTraceFlags(), ZRIsOutEnabled(), ZRIsWarnEnabled(), ZRIsErrorEnabled(), ZRIsTraceEnabled()}),
+        (std::vector<int>{1, 2, 3, 4, 5, 0, 1, 0, 0}));
+    EXPECT_EQ(ZRGlobalThreadSync::Unlock(nullptr), 0) << "it is not held";
 }
 
 TEST_F(Convenience, RunsOfProgressEndByThemselves)
@@ -150,11 +126,11 @@ TEST_F(Convenience, RunsOfProgressEndByThemselves)
         seen.push_back(ZREventName(event.GetCode()) + (" " + std::to_string(event.GetCount())));
     });
     try {
-        ZRProgressRun run("Loading", 3);
+        ZRProgressRun run("Loading", std::size_t{1} << 40U);
         run.Step();
         run.Step("second");
-        const ZRProgressRun inside("Reading", std::size_t{1} << 40U);
-        EXPECT_EQ(ZRProgressGetRangeMax(), 3) << "there is one run";
+        const ZRProgressRun inside("Reading", 3);
+        EXPECT_EQ(ZRProgressGetRangeMax(), INT_MAX) << "clamped, and of the one run that there is";
         ZRProgressEnable(0);
         throw std::runtime_error("");
     } catch (const std::runtime_error&) {
@@ -189,47 +165,12 @@ TEST_F(Convenience, RegistrationsTakeBackWhatTheyMade)
     ZRUnregisterLibrary(0x3000);
 }
 
-TEST_F(Convenience, StringsLiveAmongTheStandardTypes)
+TEST_F(Convenience, StringsAreKeysAndAreWrittenToStreams)
 {
-    HCString assigned;
-    assigned = std::string("text");
-    EXPECT_TRUE(assigned == std::string_view("text") && std::string("other") != assigned);
-    const HCString string(std::string_view("a\0b", 3));
-    EXPECT_EQ(string.View().size() + string.ToString().size(), 6U);
-    EXPECT_EQ(std::count(string.begin(), string.end(), 'b'), 1);
-    const std::set<HCString, std::less<>> ordered{"a", "b", "c"};
-    EXPECT_TRUE(ordered.count(std::string_view("b")) == 1 && *ordered.lower_bound(std::string("bb")) == "c");
     EXPECT_EQ((std::unordered_set<HCString>{"key", HCString("key"), "other"}).size(), 2U);
     std::ostringstream stream;
-    stream << HCString("text");
-    EXPECT_EQ(stream.str(), "text");
-}
-
-TEST_F(Convenience, ContainersCanBeWalkedAndMoved)
-{
-    const auto check = [](auto filled) {
-        auto taken = std::move(filled);
-        EXPECT_EQ(std::vector<int>(taken.begin(), taken.end()), (std::vector<int>{3, 1, 2}));
-        EXPECT_TRUE(filled.begin() == filled.end()); // NOLINT(bugprone-use-after-move): empty, as is promised
-        filled = std::move(taken);
-        EXPECT_EQ(std::count(filled.begin(), filled.end(), 2), 1);
-    };
-    ZRArray<int> array;
-    ZRStack<int> stack;
-    ZRList<int> list;
-    for (const int value : {3, 1, 2}) {
-        array.Append(value);
-        stack.Push(value);
-        list.Append(value);
-    }
-    check(array);
-    check(stack);
-    check(list);
-    std::sort(array.begin(), array.end());
-    EXPECT_EQ(array.GetAt(2), 3);
-    ZRCodeMap<int> map;
-    map[7] = 1;
-    EXPECT_EQ(ZRCodeMap<int>(std::move(map)).GetCount(), 1);
+    stream << std::setw(6) << HCString("text");
+    EXPECT_EQ(stream.str(), "  text");
 }
 
 } // namespace

@@ -1,9 +1,8 @@
 // A client that has memory for so many allocations only while the library loads, as its argument says, and enough from
 // main on. It then uses the library and tells whether it asked for more.
 
-#include "hcbase/hcbase.h"
+#include "tests/frame/use_everything.h"
 #include "tests/support/allocations.h"
-#include "zrlib/zrlib.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -28,23 +27,8 @@ int main(int /*count*/, char** arguments)
     }
     ZRSetMessagesEnabled(1);
     ZRSetAllFlags(ZR_DEST_FILE);
-    ZROut("a message", "main", 1);
-    ZRErrorSet(-1, "an error", "main", 0, 1);
+    UseEverything("main");
     ZRRegisterLibrary(0x1000, "a library");
-    ZRDumpRegistry();
-    ZRProfilerState state("main");
-    {
-        const ZRProfiler timer(&state);
-    }
-    ZRThreadSync sync;
-    sync.Lock("main", nullptr);
-    sync.Unlock("main", nullptr);
-    ZRGlobalThreadSync::Lock("main");
-    ZRGlobalThreadSync::Unlock("main");
-    ZRRemoveLockTrail(ZRAppendLockTrail());
-    ZRProgressEnable(1);
-    ZRProgressStart("main");
-    ZRMath::Divide(1, 0);
     std::puts(hasFailed ? "too little" : "enough");
     return 0;
 }

@@ -2,8 +2,7 @@
 // using the library until the process has ended and a handler that sends after the library's own objects have gone. The
 // output tells what arrived; a test compares it.
 
-#include "hcbase/hcbase.h"
-#include "zrlib/zrlib.h"
+#include "tests/frame/use_everything.h"
 
 #include <atomic>
 #include <chrono>
@@ -11,6 +10,7 @@
 #include <cstdlib>
 #include <string>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -22,25 +22,17 @@ void UseWhatHasGone(int /*status*/, void* /*argument*/)
     ZRSetMessagesEnabled(1);
     ZRWarn(kText, "late_client", 1);
     ZRError(kText, "late_client", 1);
-    ZRErrorSet(-1, kText, "late_client", 0, 1);
-    ZRDumpRegistry();
-    ZRProgressEnable(1);
-    ZRProgressStart(kText);
+    UseEverything(kText);
     ZRSetThreadingEnabled(0);
     ZRSetLockTrailEnabled(1);
-    ZRProfilerState state;
-    {
-        const ZRProfiler timer(&state);
-        const ZRProfiler printing("late_client", nullptr);
+    { // prints nothing
+        const ZRProfiler timer("late_client", nullptr);
     }
     ZRObjectObserver observer;
     ZRThreadSync sync;
     ZRLockTrail* const trail = ZRAppendLockTrail();
     char known = 1;
-    const struct {
-        const char* what;
-        bool isRight;
-    } answers[] = {
+    const std::pair<const char*, bool> answers[] = {
         {"library", ZRRegisterLibrary(0x1000, kText) == 0 && ZRObjectIsKnown(0x1001) == 0},
         {"name", ZRGetObjectNameEx(0x1001, &known) == std::string("?") && known == 0},
         {"object", ZRGetRegisteredObjectID(0) == -1},
@@ -54,9 +46,9 @@ void UseWhatHasGone(int /*status*/, void* /*argument*/)
         {"switches", ZRGetLockTrailEnabled() == 0 && ZRGetThreadingEnabled() != 0},
         {"self-check", ZRTestMessageThreading(1) == 0},
     };
-    for (const auto& answer : answers) {
-        if (!answer.isRight) {
-            std::printf("wrong: %s\n", answer.what);
+    for (const auto& [what, isRight] : answers) {
+        if (!isRight) {
+            std::printf("wrong: %s\n", what);
         }
     }
     std::puts("after the library");
@@ -67,23 +59,16 @@ void UseWhatHasGone(int /*status*/, void* /*argument*/)
 void RegisterLastHandler() { on_exit(UseWhatHasGone, nullptr); }
 __attribute__((section(".preinit_array"), used)) void (*const registerLastHandler)() = RegisterLastHandler;
 
-/// Starts a thread that makes a record and gives it back.
-void StartAThread()
+/// Makes a record, which the end of the thread gives back, and starts a thread that does the same.
+void* RecordAndPassOn(void* /*argument*/)
 {
-    static std::atomic<int> running;
-    const auto record = [](void*) -> void* {
-        HFErrorSet(-1, kText, "late_client", 0);
-        --running;
-        return nullptr;
-    };
+    HFErrorSet(-1, kText, "late_client", 0);
     pthread_attr_t detached; // from the start, or the process could end before it is
     pthread_attr_init(&detached);
     pthread_attr_setdetachstate(&detached, PTHREAD_CREATE_DETACHED);
-    pthread_t thread{};
-    running += pthread_create(&thread, &detached, record, nullptr) == 0 ? 1 : 0;
-    while (running > 4) {
-        std::this_thread::yield();
-    }
+    pthread_t next{};
+    pthread_create(&next, &detached, RecordAndPassOn, nullptr);
+    return nullptr;
 }
 #endif
 
@@ -100,36 +85,9 @@ struct Client {
         ZRWarn(ZRGetObjectName(0x1001, nullptr), "late_client", 1);
         ZRWarn(keptText, "late_client", 1);
     }
-    Client(const Client&) = delete;
-    Client& operator=(const Client&) = delete;
 
     const char* keptText = "";
-};
-
-Client client;
-
-void UseMuch()
-{
-    static ZRProfilerState& state = *new ZRProfilerState; // goes on when the static objects have gone
-    const ZRProfiler timer(&state);
-    ZRGlobalThreadSync::Lock(nullptr);
-    ZRRemoveLockTrail(ZRAppendLockTrail());
-    ZRProgressEnable(1);
-    ZRProgressStart(kText);
-    ZRGlobalThreadSync::Unlock(nullptr);
-}
-
-void ReadMuch()
-{
-    HCVersion version;
-    HFVersionGet("ZRLIB", version);
-    static_cast<void>(HFTextFind("ZRLib"));
-    const ZRObservedObject named;
-    ZRMath::Divide(1, 0);
-    static_cast<void>(ZRGetOpSysName(12));
-    static_cast<void>(ZRGetObjectMirror(0x1001));
-    static_cast<void>(ZRGetRegisteredObjectName(0));
-}
+} client;
 
 void RunForEver(void (*step)())
 {
@@ -152,14 +110,19 @@ void RunForEver(void (*step)())
 constexpr void (*kSteps[])() = {
     [] { ZRTrace(kText, nullptr, 1); },
     [] { ZRErrorSet(-1, kText, "late_client", 1, 1); },
-    UseMuch,
-    ReadMuch,
+    [] { UseEverything(kText); },
+    [] {
+        HCVersion version;
+        HFVersionGet("ZRLIB", version);
+        static_cast<void>(HFTextFind("ZRLib"));
+        const ZRObservedObject named;
+        static_cast<void>(ZRGetOpSysName(12));
+        static_cast<void>(ZRGetObjectMirror(0x1001));
+        static_cast<void>(ZRGetRegisteredObjectName(0));
+    },
 #if !defined(__SANITIZE_ADDRESS__) // it objects to the call as such, though the function does not touch a handler that
                                    // has gone
     [] { ZRGetMessageHandler()->OutEx("", kText, nullptr, 1); },
-#endif
-#if !defined(_WIN32)
-    StartAThread,
 #endif
 };
 
@@ -171,6 +134,9 @@ int main()
     for (auto* const step : kSteps) {
         std::thread(RunForEver, step).detach();
     }
+#if !defined(_WIN32)
+    RecordAndPassOn(nullptr);
+#endif
     client.keptText = ZRGetObjectNameEx(0x1002, nullptr); // asked for after the object was built, read when it goes
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     return 0;

@@ -1,8 +1,6 @@
 // A client that does what its arguments say, one after the other, so that a test can see a fresh process:
 //
 //   state            the state of the messages
-//   modes            the switches that are 1
-//   main             whether this is the main thread
 //   out=TEXT         sends a message
 //   on=N             turns messages on and sets all flag words
 //   home             the directory of the log
@@ -24,42 +22,6 @@
 
 namespace {
 
-void PrintState(const char* /*argument*/)
-{
-    std::printf("messages=%d enabled=%d%d%d%d flags=%d,%d,%d,%d\n", ZRGetMessagesEnabled(), ZRIsOutEnabled(),
-        ZRIsWarnEnabled(), ZRIsErrorEnabled(), ZRIsTraceEnabled(), ZRGetOutFlags(), ZRGetWarnFlags(), ZRGetErrorFlags(),
-        ZRGetTraceFlags());
-}
-
-void PrintModes(const char* /*argument*/)
-{
-    const struct {
-        const char* name;
-        char (*get)();
-    } switches[] = {
-        {"Threading", ZRMode::IsThreading},
-        {"CacheQueueing", ZRMode::IsCacheQueueing},
-        {"ThreadBasedCache", ZRMode::IsThreadBasedCache},
-        {"Cache", ZRMode::IsCache},
-        {"ForceRunInSingleThread", ZRMode::IsForceRunInSingleThread},
-        {"TTStreaming", ZRMode::IsTTStreaming},
-        {"ThreadingChannelLocking", ZRMode::IsThreadingChannelLocking},
-        {"ForceMainThreadToUseStreamBasedCache", ZRMode::IsForceMainThreadToUseStreamBasedCache},
-        {"OutEnabled", ZRMode::IsOutEnabled},
-        {"WarnEnabled", ZRMode::IsWarnEnabled},
-        {"ErrorEnabled", ZRMode::IsErrorEnabled},
-        {"TraceEnabled", ZRMode::IsTraceEnabled},
-        {"SendToMsgView", ZRMode::SendToMsgView},
-        {"SendToConsole", ZRMode::SendToConsole},
-        {"SendToDebugger", ZRMode::SendToDebugger},
-        {"SendToFile", ZRMode::SendToFile},
-    };
-    for (const auto& row : switches) {
-        std::printf("%s%s", row.get() != 0 ? row.name : "", row.get() != 0 ? " " : "");
-    }
-    std::printf("\n");
-}
-
 void SendNumbered(const std::string& label, int count)
 {
     for (int number = 0; number < count; ++number) {
@@ -67,30 +29,16 @@ void SendNumbered(const std::string& label, int count)
     }
 }
 
-void Storm(const char* count)
-{
-    const std::string process = HFGenerateGuid().ToString();
-    std::thread other(SendNumbered, process + "-a", std::atoi(count));
-    SendNumbered(process + "-b", std::atoi(count));
-    other.join();
-}
-
-[[noreturn]] void SendEndlessly(const char* /*argument*/)
-{
-    for (int number = 0;; ++number) {
-        ZROut(HCString("endless " + std::to_string(number)), nullptr, 1);
-        std::printf("%d\n", number);
-        std::fflush(stdout);
-    }
-}
-
 const struct {
-    const char* name;
+    std::string name;
     void (*perform)(const char* argument);
 } kCommands[] = {
-    {"state", PrintState},
-    {"modes", PrintModes},
-    {"main", [](const char*) { std::printf("main=%d worker=%d\n", ZRMode::IsMainThread(), ZRMode::IsWorkerThread()); }},
+    {"state",
+        [](const char*) {
+            std::printf("messages=%d enabled=%d%d%d%d flags=%d,%d,%d,%d\n", ZRGetMessagesEnabled(), ZRIsOutEnabled(),
+                ZRIsWarnEnabled(), ZRIsErrorEnabled(), ZRIsTraceEnabled(), ZRGetOutFlags(), ZRGetWarnFlags(),
+                ZRGetErrorFlags(), ZRGetTraceFlags());
+        }},
     {"out", [](const char* text) { ZROut(text, "probe", 1); }},
     {"on",
         [](const char* flags) {
@@ -98,8 +46,21 @@ const struct {
             ZRSetAllFlags(static_cast<short>(std::atoi(flags)));
         }},
     {"home", [](const char*) { std::printf("home=%s\n", static_cast<const char*>(HFTranslateName("home"))); }},
-    {"storm", Storm},
-    {"endless", SendEndlessly},
+    {"storm",
+        [](const char* count) {
+            const std::string process = HFGenerateGuid().ToString();
+            std::thread other(SendNumbered, process + "-a", std::atoi(count));
+            SendNumbered(process + "-b", std::atoi(count));
+            other.join();
+        }},
+    {"endless",
+        [](const char*) {
+            for (int number = 0;; ++number) {
+                ZROut(HCString("endless " + std::to_string(number)), nullptr, 1);
+                std::printf("%d\n", number);
+                std::fflush(stdout);
+            }
+        }},
 #if !defined(_WIN32)
     {"user",
         [](const char* id) {
@@ -110,20 +71,19 @@ const struct {
 #endif
 };
 
+/// Returns whether the command is known.
+bool Perform(const std::string& argument)
+{
+    const std::size_t end = std::min(argument.find('='), argument.size());
+    for (const auto& [name, perform] : kCommands) {
+        if (name == argument.substr(0, end)) {
+            perform(argument.c_str() + std::min(end + 1, argument.size()));
+            return true;
+        }
+    }
+    return false;
+}
+
 } // namespace
 
-int main(int argc, char** argv)
-{
-    for (int place = 1; place < argc; ++place) {
-        const std::string whole = argv[place];
-        const std::size_t end = whole.find('=');
-        const auto* const command = std::find_if(std::begin(kCommands), std::end(kCommands),
-            [&](const auto& each) { return whole.substr(0, end) == each.name; });
-        if (command == std::end(kCommands)) {
-            std::fprintf(stderr, "probe: unknown command %s\n", argv[place]);
-            return 64;
-        }
-        command->perform(end < whole.size() ? argv[place] + end + 1 : "");
-    }
-    return 0;
-}
+int main(int argc, char** argv) { return std::all_of(argv + 1, argv + argc, Perform) ? 0 : 64; }
