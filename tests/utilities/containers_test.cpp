@@ -103,11 +103,11 @@ TEST(Containers, StackCountsTheElementsThatASmallerCapacityCutsOff)
     char value = '.';
     EXPECT_EQ(stack.Pop(value), 0);
     for (int count = 0; count < 65; ++count) {
+        EXPECT_EQ(Stack(stack).GetCapacity(), (count + 63) / 64 * 64);
         stack.Push('a');
     }
     Expect(stack, std::string(65, 'a'), 128);
     stack.SetCapacity(1);
-    EXPECT_EQ(Stack(stack).GetCapacity(), 128);
     stack.Push('b'); // for which one step would be too little
     Expect(stack, "a" + std::string(64, '.') + "b", 66);
     stack.SetCapacity(0);
@@ -115,7 +115,6 @@ TEST(Containers, StackCountsTheElementsThatASmallerCapacityCutsOff)
     stack.Push('a');
     stack.Push('b');
     Expect(stack, "ab", 64);
-    EXPECT_EQ(Stack(stack).GetCapacity(), 64);
     stack.SetCapacity(2);
     stack.SetCapacity(-1);
     Expect(stack, "ab", 2);
