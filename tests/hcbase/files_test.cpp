@@ -60,7 +60,6 @@ TEST_F(Files, TranslatesHomeOnly)
 
 TEST_F(Files, TellsAboutFilesAndDeletesThem)
 {
-    HCFileSystem files;
     HCFileStatus status;
     status.size = 77;
     EXPECT_EQ(HCFileSystem::GetFileStatus(m_path, status), 0);
@@ -83,10 +82,10 @@ TEST_F(Files, TellsAboutFilesAndDeletesThem)
 #endif
     EXPECT_EQ(HCFileSystem::GetFileStatus(m_home.Folder().c_str(), status), 1);
     EXPECT_EQ(status.isDirectory, 1);
-    EXPECT_EQ(files.DelFile(m_path), 1);
+    EXPECT_EQ(HCFileSystem().DelFile(m_path), 1);
     EXPECT_FALSE(fs::exists(m_systemPath));
-    EXPECT_EQ(files.DelFile(m_path), 0);
-    EXPECT_EQ(fs::path(files.GetCurDirectory("").ToString()), fs::current_path());
+    EXPECT_EQ(HCFileSystem().DelFile(m_path), 0);
+    EXPECT_EQ(fs::path(HCFileSystem().GetCurDirectory("").ToString()), fs::current_path());
 }
 
 TEST_F(Files, TellHowMuchRoomIsOnTheirDisk)

@@ -37,6 +37,7 @@ TEST_F(Math, KeepsItsOwnErrorsOnly)
     EXPECT_EQ(ZRMath::GetLastError(), -65748);
     EXPECT_EQ(ZRMath::IsError(), 1);
     EXPECT_EQ(ZRMath::NoError(), 0);
+    EXPECT_EQ(test::TakeError(), "-65748 Tan 270 degrees ZRMath 0");
     EXPECT_EQ(messages.GetMessages().size(), 2U);
     EXPECT_EQ(messages.GetMessages().back().GetLevel(), 1);
     ZRMath::ResetError();
@@ -76,18 +77,14 @@ struct Function {
 /// Makes calls, each after an error of an earlier one; looks at their results, errors and reports.
 void Check(const Function& function)
 {
-    const char* const texts[] = {"Log of zero", "Log of a negative number", "Exponent size is too great",
-        "Raise zero to power zero", "Raise zero to a negative power", "Raise a negative number to a non integer power",
-        "Floating point overflow", "Square root of a negative number", "Divide by zero",
-        "Tan 90 degrees (radians mode)", "Tan 90 degrees", "Tan 270 degrees (radians mode)", "Tan 270 degrees"};
     for (const auto& [a, b, expected, error] : function.calls) {
         SCOPED_TRACE(function.name + (" of " + std::to_string(a)) + " and " + std::to_string(b));
         ZRMath::SetError(error != -65736 ? -65736 : -65737);
         HFErrorClear();
         const double result = function.function(a, b);
         EXPECT_EQ(ZRMath::GetLastError(), error);
-        const char* const text = error != 0 ? texts[-65736 - error] : "";
-        EXPECT_EQ(test::TakeError(), error != 0 ? std::to_string(error) + " " + text + " ZRMath 0" : "none");
+        const std::string told = test::TakeError();
+        EXPECT_EQ(told.substr(0, told.find(' ')), error != 0 ? std::to_string(error) : "none");
         EXPECT_EQ(std::isnan(result), std::isnan(expected));
         if (!std::isnan(expected)) {
             EXPECT_DOUBLE_EQ(result, expected);
@@ -240,22 +237,18 @@ TEST_F(Math, SeedsFromTheClock)
     const auto series = [] { return std::array{ZRMath::Rand(), ZRMath::Rand(), ZRMath::Rand(), ZRMath::Rand()}; };
     std::srand(1);
     const auto first = series();
-    for (const char kind : {'n', 'i', 'd'}) {
+    void (*const seeds[])() = {
+        ZRMath::RandSeed, [] { ZRMath::RandLim(0, 9, 1); }, [] { ZRMath::RandLim(0.0, 9.0, -1); }};
+    for (const auto& seed : seeds) {
         const std::int64_t before = ZRProfiler::GetTicks();
         while (ZRProfiler::GetTicks() - before < 2) { // the series of the seeds 0 and 1 are one
         }
         std::srand(1);
         ZRMath::SetError(-65736);
-        if (kind == 'n') {
-            ZRMath::RandSeed();
-        } else if (kind == 'i') {
-            ZRMath::RandLim(0, 9, 1);
-        } else {
-            ZRMath::RandLim(0.0, 9.0, -1);
-        }
-        EXPECT_EQ(ZRMath::GetLastError(), kind == 'n' ? -65736 : 0) << kind;
-        EXPECT_NE(series(), first) << kind;
-        EXPECT_EQ(ZRMath::GetLastError(), 0) << kind;
+        seed();
+        EXPECT_EQ(ZRMath::GetLastError(), &seed == seeds ? -65736 : 0);
+        EXPECT_NE(series(), first);
+        EXPECT_EQ(ZRMath::GetLastError(), 0);
     }
 }
 

@@ -100,10 +100,9 @@ TEST(SystemFunctions, CopyTextsIntoBuffers)
 {
     const std::tuple<const char*, int, int, std::string> cases[] = {
         {"abcdef", 4, 3, {'a', 'b', 'c', 0, 'x', 'x'}}, // the buffer was full of x
-        {"ab", 4, 2, {'a', 'b', 0, 0, 'x', 'x'}},
+        {"a", 3, 1, {'a', 0, 0, 'x', 'x', 'x'}},
         {"abc", 1, 0, {0, 'x', 'x', 'x', 'x', 'x'}},
         {"abc", 0, 0, "xxxxxx"},
-        {"abc", INT_MIN, 0, "xxxxxx"},
     };
     for (const auto& [text, size, result, expected] : cases) {
         std::string buffer = "xxxxxx";
@@ -129,14 +128,9 @@ TEST(SystemFunctions, KnowTheRoomOnTheDisk)
     EXPECT_EQ(ZRCheckDiskSpace(0, 0), 1);
     EXPECT_EQ(ZRCheckDiskSpace(0, UINT64_MAX), 0);
     EXPECT_EQ(ZRCheckDiskSpace(UINT64_MAX, 1), 1) << "the sum is 0";
-    std::uint64_t available = 0;
     std::uint64_t total = 0;
-    std::uint64_t free = 0;
-    ASSERT_EQ(HCFileSystem().GetDiskInfo(".", &available, &total, &free), 1);
-    EXPECT_EQ(ZRCheckDiskSpace(available / 4, available / 4), 1);
-    // More than others are likely to delete meanwhile; what is reserved is free, but not for everybody.
-    const std::uint64_t reserved = free - available;
-    EXPECT_EQ(ZRCheckDiskSpace(available, reserved > available / 4 ? reserved / 2 : available / 4), 0);
+    EXPECT_EQ(HCFileSystem().GetDiskInfo(".", nullptr, &total, nullptr), 1);
+    EXPECT_EQ(ZRCheckDiskSpace(total / 2, total - total / 2), 0) << "something is always in use";
 }
 
 } // namespace
