@@ -6,7 +6,7 @@
 #include <atomic>
 #include <climits>
 #include <mutex>
-#include <set>
+#include <utility>
 
 namespace {
 
