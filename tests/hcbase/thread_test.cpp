@@ -6,25 +6,9 @@
 #include <atomic>
 #include <climits>
 #include <mutex>
-#include <set>
+#include <utility>
 
 namespace {
-
-struct Task {
-    HCThread* own = nullptr; // which the thread asks for its exit code
-    std::atomic<bool> mayEnd{false};
-    std::atomic<bool> isDone{false};
-};
-
-unsigned int Wait(void* argument)
-{
-    Task& task = *static_cast<Task*>(argument);
-    test::SpinUntil([&task] { return task.mayEnd.load(); });
-    int exitCode = 0;
-    const unsigned int code = task.own != nullptr && task.own->GetExitCode(&exitCode) != 0 ? 5 : 7;
-    task.isDone = true;
-    return code;
-}
 
 unsigned int Return(void* code) { return *static_cast<unsigned int*>(code); }
 
@@ -56,41 +40,46 @@ TEST(Thread, GivesItsExitCodeAsOftenAsAsked)
     }
 }
 
+struct Task {
+    HCThread thread;
+    std::atomic<bool> mayEnd{false};
+    std::atomic<int> ownExitCode{77}; // what the thread is told about itself
+};
+
+unsigned int Wait(void* argument)
+{
+    Task& task = *static_cast<Task*>(argument);
+    test::SpinUntil([&task] { return task.mayEnd.load(); });
+    int exitCode = 0;
+    task.ownExitCode = task.thread.GetExitCode(&exitCode);
+    return 7;
+}
+
 TEST(Thread, IsWaitedForByOtherThreadsOfItsProcessOnly)
 {
-    HCThread thread;
-    Task tasks[2];
-    HCThread().CreateThread(Wait, &tasks[0]); // goes on without its handle
-    thread.CreateThread(Wait, &tasks[1]);
-    tasks[1].own = &thread;
+    static unsigned int zero = 0;
+    EXPECT_EQ(HCThread().CreateThread(Return, &zero), 1) << "goes on without its handle";
+    Task task;
+    ASSERT_EQ(task.thread.CreateThread(Wait, &task), 1);
     int exitCode = 0;
 #if !defined(_WIN32) // which has no fork
-    EXPECT_EQ(test::ResultOfChild([&] { return thread.GetExitCode(&exitCode); }), 0);
+    EXPECT_EQ(test::ResultOfChild([&] { return task.thread.GetExitCode(&exitCode); }), 0);
 #endif
-    for (Task& task : tasks) {
-        task.mayEnd = true;
-        EXPECT_TRUE(test::SpinUntil([&task] { return task.isDone.load(); }));
-    }
-    EXPECT_EQ(thread.GetExitCode(&exitCode), 1);
+    task.mayEnd = true;
+    EXPECT_TRUE(test::SpinUntil([&task] { return task.ownExitCode == 0; }));
+    EXPECT_EQ(task.thread.GetExitCode(&exitCode), 1);
     EXPECT_EQ(exitCode, 7);
 }
 
 TEST(Thread, HasAnIdOfItsOwn)
 {
-    constexpr int kThreads = 16;
-    std::vector<unsigned int> ids(kThreads + 1, HCThread::GetCurrentThreadId());
-    std::atomic<int> ready{0};
-    test::OnThreads(kThreads, [&](int thread) {
-        unsigned int& id = ids[static_cast<std::size_t>(thread)];
-        id = HCThread::GetCurrentThreadId();
-        ++ready;
-        EXPECT_TRUE(test::SpinUntil([&ready] { return ready == kThreads; })) << "all at the same time";
-        EXPECT_EQ(HCThread::GetCurrentThreadId(), id);
-    });
-    EXPECT_EQ(std::set<unsigned int>(ids.begin(), ids.end()).size(), ids.size());
-    EXPECT_EQ(std::count(ids.begin(), ids.end(), 0U), 0);
-    EXPECT_EQ(HCThread::AreSameThread(ids[1], ids[1]), 1);
-    EXPECT_EQ(HCThread::AreSameThread(ids[1], ids[0]), 0);
+    const unsigned int own = HCThread::GetCurrentThreadId();
+    std::thread([own] {
+        const unsigned int other = HCThread::GetCurrentThreadId();
+        EXPECT_EQ(HCThread::AreSameThread(other, HCThread::GetCurrentThreadId()), 1);
+        EXPECT_EQ(HCThread::AreSameThread(other, own), 0);
+    }).join();
+    EXPECT_EQ(HCThread::AreSameThread(own, own), 1) << "so it is not 0";
     EXPECT_EQ(HCThread::AreSameThread(0, 0), 0);
 }
 
@@ -102,44 +91,27 @@ bool IsFreeForOthers(HCThreadSync& sync)
     return isFree;
 }
 
-TEST(ThreadSync, IsFreeAfterAsManyUnlocksAsLocks)
+TEST(ThreadSync, IsFreeAfterAsManyUnlocksAsLocksByAnyOfItsCopies)
 {
     HCThreadSync sync;
-    EXPECT_EQ(sync.unlock(), 0) << "nobody holds it";
-    EXPECT_EQ(sync.lock(), 1);
-    EXPECT_EQ(sync.lock(), 1);
-    EXPECT_TRUE(sync.try_lock());
-    for (int level = 3; level > 0; --level) {
-        std::thread([&sync] { EXPECT_EQ(sync.unlock(), 0) << "another thread holds it"; }).join();
-        EXPECT_FALSE(IsFreeForOthers(sync));
-        EXPECT_EQ(sync.unlock(), 1);
-    }
-    EXPECT_EQ(sync.unlock(), 0);
-    EXPECT_TRUE(IsFreeForOthers(sync));
-}
-
-TEST(ThreadSync, OfCopiesLetsOneThreadInAtATime)
-{
-    HCThreadSync sync;
-    long counter = 0;
-    test::OnThreads(4, [&counter, copy = sync](int /*thread*/) mutable {
-        for (int turn = 0; turn < 20000; ++turn) {
-            const std::lock_guard outer(copy);
-            const std::lock_guard inner(copy);
-            ++counter;
-        }
-    });
-    EXPECT_EQ(counter, 80000);
+    HCThreadSync copy(sync);
     HCThreadSync assigned;
     assigned = sync;
-    HCThreadSync& same = assigned;
-    assigned = same;
-    sync.lock();
-    EXPECT_EQ(assigned.unlock(), 1);
+    assigned = std::as_const(assigned);
+    EXPECT_EQ(sync.unlock(), 0) << "nobody holds it";
+    EXPECT_EQ(sync.lock(), 1);
+    EXPECT_EQ(copy.lock(), 1);
+    EXPECT_TRUE(assigned.try_lock());
+    for (HCThreadSync* const same : {&sync, &copy, &assigned}) {
+        std::thread([same] { EXPECT_EQ(same->unlock(), 0) << "another thread holds it"; }).join();
+        EXPECT_FALSE(IsFreeForOthers(*same));
+        EXPECT_EQ(same->unlock(), 1);
+    }
+    EXPECT_EQ(sync.unlock(), 0);
+    EXPECT_TRUE(IsFreeForOthers(copy));
     sync = HCThreadSync();
     sync.lock();
-    EXPECT_TRUE(IsFreeForOthers(assigned)) << "after an assignment it is another lock";
-    sync.unlock();
+    EXPECT_TRUE(IsFreeForOthers(copy)) << "after an assignment it is another lock";
 }
 
 #if !defined(_WIN32) // which has no fork
