@@ -71,7 +71,7 @@ TEST_F(Threads, ObserversComeAndGoWhileOthersSend)
         const std::jthread others[] = {Repeating(SendAll), Repeating(SendAll), Repeating(SendAll),
             Repeating([] { ZRGetMessageHandler()->SetName("another name"); })};
         test::OnThreads(2, [&subjects](int /*thread*/) {
-            for (int round = 0; round < 1000; ++round) {
+            for (int round = 0; round < 1000 || Guest::calls == 0; ++round) { // on a busy machine none may be called
                 auto guest = std::make_unique<Guest>(); // destroyed right behind its detachment
                 for (ZRObservedObject* const subject : subjects) {
                     const ZRAttachment attachment(*subject, *guest);
@@ -85,12 +85,6 @@ TEST_F(Threads, ObserversComeAndGoWhileOthersSend)
                 guest->isWelcome = false;
             }
         });
-        EXPECT_TRUE(test::SpinUntil([] { // on a busy machine no round may have met an event
-            Guest guest;
-            const ZRAttachment attachment(g_ownSubject, guest);
-            std::this_thread::yield();
-            return Guest::calls > 0;
-        }));
     }
     EXPECT_EQ(Guest::faults, 0);
     for (const ZRObservedObject* const subject : subjects) {
@@ -105,11 +99,11 @@ TEST_F(Threads, ObserversThatDetachEachOtherDoNotWaitForEachOther)
         void OnEvent(ZRObservedObjectEvent* event) override { event->GetSource()->DetachObserver(rival, 1); }
         ZRObjectObserver* rival = nullptr;
     };
-    ZRObservedObject subject;
     Rival one;
     Rival two;
     one.rival = &two;
     two.rival = &one;
+    ZRObservedObject subject;
     test::OnThreads(2, [&](int /*thread*/) {
         for (int round = 0; round < 2000; ++round) {
             subject.AttachObserver(&one, 1);
@@ -117,8 +111,25 @@ TEST_F(Threads, ObserversThatDetachEachOtherDoNotWaitForEachOther)
             const ZRObservedObjectEvent event(1, &subject);
         }
     });
-    subject.DetachObserver(&one, 1);
-    subject.DetachObserver(&two, 1);
+}
+
+TEST_F(Threads, SubjectsThatAreDestroyedWaitForTheirBroadcasts)
+{
+    static std::atomic<bool> isInside{false};
+    struct Slow : ZRObservedObject {
+        char AdjustEvent(ZRObservedObjectEvent* /*event*/) override
+        {
+            isInside = true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            isInside = false;
+            return 1;
+        }
+    };
+    auto subject = std::make_unique<Slow>();
+    const std::jthread sender([&subject] { ZRObservedObjectEvent(1).Broadcast(subject.get(), 0); });
+    EXPECT_TRUE(test::SpinUntil([] { return isInside.load(); }));
+    subject.reset();
+    EXPECT_FALSE(isInside);
 }
 
 TEST_F(Threads, ObserversHandleOneEventAtATimeAndDetachingWaitsForNoQueue)
@@ -157,22 +168,18 @@ TEST_F(Threads, HundredsAreInObserversAtOnce)
 
 TEST_F(Threads, TimersOfSeveralThreadsFeedOneState)
 {
-    constexpr int kThreads = 4; // and one that looks on
     constexpr int kRuns = 2000;
-    constexpr std::int64_t kAllRuns = std::int64_t{kThreads} * kRuns;
     ZRProfilerState shared("shared");
-    test::OnThreads(kThreads + 1, [&shared](int thread) {
-        while (thread == kThreads && shared.GetCalls() < kAllRuns) {
+    test::OnThreads(4, [&shared](int /*thread*/) {
+        for (int run = 0; run < kRuns; ++run) {
+            const ZRProfiler feeding(&shared);
             const ZRProfilerState copy(shared);
             const auto calls = static_cast<double>(copy.GetCalls());
             EXPECT_TRUE(calls == 0 || copy.GetMin() * calls <= copy.GetTotal() * 1.001);
             EXPECT_LE(copy.GetTotal(), std::max(0.0, copy.GetMax()) * calls * 1.001);
         }
-        for (int run = 0; thread < kThreads && run < kRuns; ++run) {
-            const ZRProfiler feeding(&shared);
-        }
     });
-    EXPECT_TRUE(shared.GetCalls() == kAllRuns && shared.GetDependantCalls() == 0);
+    EXPECT_EQ(shared.GetCalls(), 4 * kRuns);
 }
 
 TEST_F(Threads, TheRegistryServesAll)
@@ -180,7 +187,6 @@ TEST_F(Threads, TheRegistryServesAll)
     // A registry that holds a lock while it reports would wait for itself.
     const ZRListener asksBack(*ZRGetMessageHandler(), [](const ZRObservedObjectEvent& /*event*/) {
         ZRRegisterLibrary(0xF000, "Other");
-        static_cast<void>(ZRGetRegisteredObjectCount());
         ZRUnregisterLibrary(0xF000);
     });
     const std::jthread other = Repeating([] { ZRDumpRegistry(); });
@@ -198,21 +204,17 @@ TEST_F(Threads, TheRegistryServesAll)
             EXPECT_STREQ(ZRGetObjectName(first | 0xFFF, nullptr), unknown);
             static_cast<void>(ZRGetRegisteredObjectID(ZRGetRegisteredObjectCount() / 2));
         }
-        EXPECT_EQ(ZRObjectIsKnown(first), 0);
     });
 }
 
 TEST_F(Threads, ProgressTextsAreWhole)
 {
-    static constexpr const char* kTitles[] = {"aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa", "b"};
-    ZRProgressStart(kTitles[1]);
-    const std::jthread others[] = {Repeating([] { ZRProgressStart(kTitles[0]); }), Repeating([] {
-                                       ZRProgressStart(kTitles[1]);
-                                       ZRProgressEnd();
-                                   })};
+    static constexpr const char* kLong = "aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa";
+    ZRProgressStart("b");
+    const std::jthread others[] = {Repeating([] { ZRProgressStart(kLong); }), Repeating([] { ZRProgressStart("b"); })};
     for (int count = 0; count < 5000; ++count) {
         const HCString title = ZRProgressGetTitle();
-        ASSERT_TRUE(title == kTitles[0] || title == kTitles[1]) << title.ToString();
+        ASSERT_TRUE(title == kLong || title == "b") << title.ToString();
     }
 }
 
@@ -231,6 +233,7 @@ TEST_F(Threads, AForkedChildHasItsOwnThreadOnly)
         ZRRegisterLibrary(0x4000, "a library");
         ZRUnregisterLibrary(0x4000);
     };
+    ZRSetAllFlags(ZR_DEST_FILE);
     const std::jthread others[] = {Repeating(sendAndVisit), Repeating(sendAndVisit), Repeating(sendAndVisit)};
     for (int number = 0; number < 50; ++number) {
         ZRProfilerState outer("outer");
@@ -238,6 +241,7 @@ TEST_F(Threads, AForkedChildHasItsOwnThreadOnly)
         ASSERT_EQ(test::ResultOfChild([&] {
             std::thread(sendAndVisit).join();
             sendAndVisit(); // with two timers
+            ZRErrorSet(1, "of a child", nullptr, 0, 1);
             ZRProfilerState* top = nullptr;
             const bool isRight =
                 ZRGetProfilerStateHandler()->PeekTop(top) == 1 && top == &outer && outer.GetDependantCalls() == 2;
@@ -245,6 +249,7 @@ TEST_F(Threads, AForkedChildHasItsOwnThreadOnly)
         }),
             0);
     }
+    EXPECT_EQ(std::ranges::count(test::Lines(m_home.Log()), "ERROR - of a child"), 50);
 }
 #endif
 
