@@ -148,7 +148,6 @@ TEST_F(MessageHandler, SendsEachTypeWhereItsFlagWordSays)
 TEST_F(MessageHandler, SendsAMessageOfAnUnknownTypeNowhereAndNoneWhileMessagesAreOff)
 {
     H& handler = *ZRGetMessageHandler();
-    const unsigned int thread = HCThread::GetCurrentThreadId();
     ZRSetAllFlags(-1);
     ZRSetAllEnabled(1);
     for (const int number : {0, 3, 15, -1}) {
@@ -157,12 +156,11 @@ TEST_F(MessageHandler, SendsAMessageOfAnUnknownTypeNowhereAndNoneWhileMessagesAr
         ZRMsg message("text", type);
         EXPECT_EQ(Console([&] { handler.BroadcastMessage(message); }), "");
         EXPECT_EQ(recorder.GetEvents().back().GetMsg(), message) << "but to observers";
-        EXPECT_EQ(message.GetThreadID(), thread);
+        EXPECT_EQ(message.GetThreadID(), HCThread::GetCurrentThreadId());
         EXPECT_EQ(H::IsTypeEnabled(type), 0);
         EXPECT_EQ(H::IsDestinationEnabled(ZR_DEST_FILE, type), 0);
         EXPECT_EQ(H::IsDestinationEnabled(type, ZR_MSG_OUT), 0) << "nor is this one destination";
     }
-    ZRSetAllFlags(ZR_DEST_FILE);
     ZRMsg message("text", ZR_MSG_OUT);
     ZRSetMessagesEnabled(0);
     handler.BroadcastMessage(message);
@@ -172,9 +170,8 @@ TEST_F(MessageHandler, SendsAMessageOfAnUnknownTypeNowhereAndNoneWhileMessagesAr
     EXPECT_EQ(m_home.Log(), "");
     ZRSetMessagesEnabled(-3); // any value but 0 is on, and is kept
     EXPECT_EQ(handler.GetEnabled(), -3);
-    handler.BroadcastMessage(message);
-    EXPECT_EQ(message.GetThreadID(), thread);
-    EXPECT_EQ(m_home.Log(), "OUT - text\n");
+    EXPECT_EQ(Console([&] { handler.BroadcastMessage(message); }), "OUT - text\n");
+    EXPECT_EQ(message.GetThreadID(), HCThread::GetCurrentThreadId());
 }
 
 TEST_F(MessageHandler, ChangesOneSwitchAtATime)
@@ -208,21 +205,20 @@ TEST_F(MessageHandler, ChangesOneSwitchAtATime)
 
 TEST_F(MessageHandler, CopiesAndDerivedClassesShareTheRoute)
 {
-    class Derived : public ZRMessageHandler {
-    public:
-        char Append(const char* text) { return AppendToFile(text); }
-        char LockIt() { return Lock(nullptr); }
-        char UnlockIt() { return Unlock(nullptr); }
+    struct Derived : ZRMessageHandler {
+        using ZRMessageHandler::AppendToFile;
+        using ZRMessageHandler::Lock;
+        using ZRMessageHandler::Unlock;
     };
     Derived own;
-    EXPECT_EQ(own.UnlockIt(), 0);
-    EXPECT_EQ(own.LockIt(), 1);
+    EXPECT_EQ(own.Unlock("here"), 0);
+    EXPECT_EQ(own.Lock("here"), 1);
     const Derived copy(own);
     own = copy;
     ZRSetOutFlags(ZR_DEST_CONSOLE);
     EXPECT_EQ(Console([&] { own.Out("text", nullptr, 1); }), "OUT - text\n");
-    EXPECT_EQ(own.UnlockIt(), 1);
-    EXPECT_EQ(own.Append("line"), 1);
+    EXPECT_EQ(own.Unlock("here"), 1);
+    EXPECT_EQ(own.AppendToFile("line"), 1);
     EXPECT_EQ(m_home.Log(), "line\n");
 }
 

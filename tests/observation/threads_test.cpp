@@ -7,6 +7,10 @@
 #include <atomic>
 #include <memory>
 
+#if !defined(_WIN32)
+#include <sys/syscall.h>
+#endif
+
 namespace {
 
 /// Runs a step again and again on a thread of its own while the result exists.
@@ -19,20 +23,17 @@ std::jthread Repeating(void (*step)())
     });
 }
 
-/// Must not be called when it is detached.
+/// Must not be called when it is not welcome any more.
 class Guest : public ZRObjectObserver {
 public:
-    ~Guest() override { isWelcome = false; }
-
     void OnEvent(ZRObservedObjectEvent* /*event*/) override
     {
         calls += 1;
-        faults += isWelcome ? 0 : 1;
+        EXPECT_TRUE(isWelcome);
     }
 
     std::atomic<bool> isWelcome{true};
     static inline std::atomic<int> calls{0};
-    static inline std::atomic<int> faults{0};
 };
 
 ZRObservedObject g_ownSubject;
@@ -57,20 +58,26 @@ protected:
         {
             const ZRProfiler timer(&state);
         }
-        ZRProgressStart("a run");
+        ZRProgressStart(kTitle);
         ZRProgressUpdate(50, nullptr);
         ZRObservedObjectEvent event(1);
         event.Broadcast(&g_ownSubject, 0);
+        ZRRegisterLibrary(0x4000, "a library");
+        ZRUnregisterLibrary(0x4000);
     }
+
+    static constexpr const char* kTitle = "a run whose title is too long to lie inside its string";
 };
 
 TEST_F(Threads, ObserversComeAndGoWhileOthersSend)
 {
     ZRObservedObject* const subjects[] = {ZRGetMessageHandler(), &g_ownSubject, ZRGetProfilerStateHandler()};
+    ZRProgressStart(kTitle);
     {
-        const std::jthread others[] = {Repeating(SendAll), Repeating(SendAll), Repeating(SendAll),
-            Repeating([] { ZRGetMessageHandler()->SetName("another name"); })};
-        test::OnThreads(2, [&subjects](int /*thread*/) {
+        const std::jthread others[] = {Repeating(SendAll), Repeating(SendAll), Repeating(ZRDumpRegistry),
+            Repeating([] { ZRGetMessageHandler()->SetName("another name"); }),
+            Repeating([] { ZRProgressStart("a short title"); })};
+        test::OnThreads(2, [&subjects](int thread) {
             for (int round = 0; round < 1000 || Guest::calls == 0; ++round) { // on a busy machine none may be called
                 auto guest = std::make_unique<Guest>(); // destroyed right behind its detachment
                 for (ZRObservedObject* const subject : subjects) {
@@ -83,10 +90,12 @@ TEST_F(Threads, ObserversComeAndGoWhileOthersSend)
                 const ZRObservedObject copy(*subjects[round % 3]);
                 moved.Detach();
                 guest->isWelcome = false;
+                const HCString title = ZRProgressGetTitle();
+                EXPECT_TRUE(title == kTitle || title == "a short title") << title.ToString();
+                EXPECT_EQ(ZRGetObjectName(thread, nullptr), "object with ID 0x0000000" + std::to_string(thread));
             }
         });
     }
-    EXPECT_EQ(Guest::faults, 0);
     for (const ZRObservedObject* const subject : subjects) {
         EXPECT_EQ(subject->GetObserverCount(), 0);
     }
@@ -166,59 +175,47 @@ TEST_F(Threads, HundredsAreInObserversAtOnce)
     });
 }
 
-TEST_F(Threads, TimersOfSeveralThreadsFeedOneState)
-{
-    constexpr int kRuns = 2000;
-    ZRProfilerState shared("shared");
-    test::OnThreads(4, [&shared](int /*thread*/) {
-        for (int run = 0; run < kRuns; ++run) {
-            const ZRProfiler feeding(&shared);
-            const ZRProfilerState copy(shared);
-            const auto calls = static_cast<double>(copy.GetCalls());
-            EXPECT_TRUE(calls == 0 || copy.GetMin() * calls <= copy.GetTotal() * 1.001);
-            EXPECT_LE(copy.GetTotal(), std::max(0.0, copy.GetMax()) * calls * 1.001);
-        }
-    });
-    EXPECT_EQ(shared.GetCalls(), 4 * kRuns);
-}
-
-TEST_F(Threads, TheRegistryServesAll)
+TEST_F(Threads, ObserversOfMessagesMayAskTheRegistryThatReports)
 {
     // A registry that holds a lock while it reports would wait for itself.
     const ZRListener asksBack(*ZRGetMessageHandler(), [](const ZRObservedObjectEvent& /*event*/) {
         ZRRegisterLibrary(0xF000, "Other");
         ZRUnregisterLibrary(0xF000);
     });
-    const std::jthread other = Repeating([] { ZRDumpRegistry(); });
     test::OnThreads(2, [](int thread) {
         const int library = 0x2000 + 0x1000 * thread;
         const int first = ZRObjectEntry::OBJECTBASE | library;
-        HCString unknown;
-        unknown.Format("object with ID 0x%08X", static_cast<unsigned int>(first | 0xFFF));
         for (int round = 0; round < 200; ++round) {
             ZRRegistration registered(library, "a library");
             for (int object = first; object < first + 20; ++object) {
                 EXPECT_TRUE(registered.Add(object, "an object", ZRClassID::MakeInternalID(object)));
                 EXPECT_STREQ(ZRGetObjectName(object, nullptr), "an object");
             }
-            EXPECT_STREQ(ZRGetObjectName(first | 0xFFF, nullptr), unknown);
-            static_cast<void>(ZRGetRegisteredObjectID(ZRGetRegisteredObjectCount() / 2));
+            ZRDumpRegistry();
         }
     });
 }
 
-TEST_F(Threads, ProgressTextsAreWhole)
+#if !defined(_WIN32)
+TEST_F(Threads, TheLogDoesNotTakeThePlaceOfStandardOutput)
 {
-    static constexpr const char* kLong = "aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa";
-    ZRProgressStart("b");
-    const std::jthread others[] = {Repeating([] { ZRProgressStart(kLong); }), Repeating([] { ZRProgressStart("b"); })};
-    for (int count = 0; count < 5000; ++count) {
-        const HCString title = ZRProgressGetTitle();
-        ASSERT_TRUE(title == kLong || title == "b") << title.ToString();
+    ZRSetAllFlags(ZR_DEST_FILE);
+    const int output = dup(STDOUT_FILENO);
+    close(STDOUT_FILENO);
+    ZROut("ours", nullptr, 1); // notices it
+    {
+        const std::jthread others[] = {
+            Repeating([] { syscall(SYS_write, STDOUT_FILENO, "foreign", 7); }), // write itself is a race for sanitizers
+            Repeating([] { const ZRMode readsPreferences; })}; // which opens files too
+        for (int line = 1; line < 1000; ++line) {
+            ZROut("ours", nullptr, 1);
+        }
     }
+    dup2(output, STDOUT_FILENO);
+    close(output);
+    EXPECT_EQ(m_home.Log().size(), 1000 * std::string("OUT - ours\n").size());
 }
 
-#if !defined(_WIN32)
 TEST_F(Threads, AForkedChildHasItsOwnThreadOnly)
 {
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
@@ -230,8 +227,6 @@ TEST_F(Threads, AForkedChildHasItsOwnThreadOnly)
         const auto guest = std::make_unique<Guest>(); // a child does not have the stacks of other threads
         const ZRAttachment attachment(g_ownSubject, *guest);
         const ZRProfiler timer(&state);
-        ZRRegisterLibrary(0x4000, "a library");
-        ZRUnregisterLibrary(0x4000);
     };
     ZRSetAllFlags(ZR_DEST_FILE);
     const std::jthread others[] = {Repeating(sendAndVisit), Repeating(sendAndVisit), Repeating(sendAndVisit)};
