@@ -74,6 +74,11 @@ TEST_F(Threads, ObserversComeAndGoWhileOthersSend)
     ZRObservedObject* const subjects[] = {ZRGetMessageHandler(), &g_ownSubject, ZRGetProfilerStateHandler()};
     ZRProgressStart(kTitle);
     {
+        // A registry that holds a lock while it reports would wait for itself.
+        const ZRListener asksBack(*ZRGetMessageHandler(), [](const ZRObservedObjectEvent& /*event*/) {
+            ZRRegisterLibrary(0xF000, "Other");
+            ZRUnregisterLibrary(0xF000);
+        });
         const std::jthread others[] = {Repeating(SendAll), Repeating(SendAll), Repeating(ZRDumpRegistry),
             Repeating([] { ZRGetMessageHandler()->SetName("another name"); }),
             Repeating([] { ZRProgressStart("a short title"); })};
@@ -172,27 +177,6 @@ TEST_F(Threads, HundredsAreInObserversAtOnce)
             EXPECT_TRUE(test::SpinUntil([&inside] { return inside == kThreads; }));
         });
         ZRObservedObjectEvent(1).Broadcast(&subject, 0);
-    });
-}
-
-TEST_F(Threads, ObserversOfMessagesMayAskTheRegistryThatReports)
-{
-    // A registry that holds a lock while it reports would wait for itself.
-    const ZRListener asksBack(*ZRGetMessageHandler(), [](const ZRObservedObjectEvent& /*event*/) {
-        ZRRegisterLibrary(0xF000, "Other");
-        ZRUnregisterLibrary(0xF000);
-    });
-    test::OnThreads(2, [](int thread) {
-        const int library = 0x2000 + 0x1000 * thread;
-        const int first = ZRObjectEntry::OBJECTBASE | library;
-        for (int round = 0; round < 200; ++round) {
-            ZRRegistration registered(library, "a library");
-            for (int object = first; object < first + 20; ++object) {
-                EXPECT_TRUE(registered.Add(object, "an object", ZRClassID::MakeInternalID(object)));
-                EXPECT_STREQ(ZRGetObjectName(object, nullptr), "an object");
-            }
-            ZRDumpRegistry();
-        }
     });
 }
 
