@@ -46,13 +46,6 @@ TEST(Msg, IsEqualWhenAllNineFieldsAre)
     ZRMsg assigned;
     assigned = all;
     EXPECT_EQ(Fields(assigned), "TEXT|x|3|-1|here|1|-65840 at 7 by 4294967295");
-    for (const int type : {1, 2, 3, 4, 8}) {
-        const ZRMsg message("", static_cast<short>(type));
-        EXPECT_EQ(message.IsOut(), type == 1);
-        EXPECT_EQ(message.IsWarn(), type == 2);
-        EXPECT_EQ(message.IsError(), type == 4);
-        EXPECT_EQ(message.IsTrace(), type == 8);
-    }
 }
 
 using MessageHandler = test::Messages;
@@ -103,8 +96,22 @@ TEST_F(MessageHandler, CarriesWhatItIsGivenInAnyWay)
     }
 }
 
+TEST_F(MessageHandler, TellsChangesOfItsSwitch)
+{
+    const ZRRecorder recorder(*ZRGetMessageHandler());
+    for (const char state : {'\0', '\0', '\5', '\1'}) { // messages are on when it begins
+        ZRSetMessagesEnabled(state);
+    }
+    std::string states;
+    for (const ZRObservedObjectEvent& event : recorder.GetEvents(ZR_EVENT_MESSAGES_ENABLED)) {
+        states += std::to_string(event.GetState());
+    }
+    EXPECT_EQ(states, "051");
+}
+
 struct Type {
     short type;
+    char (ZRMsg::*is)() const;
     std::string word;
     void (*send)(const HCString&, const char*, short);
     void (*setEnabled)(char);
@@ -113,13 +120,13 @@ struct Type {
 };
 
 const Type kTypes[] = {
-    {ZR_MSG_OUT, "OUT", ZROut, ZRSetOutEnabled, ZRSetOutFlags,
+    {ZR_MSG_OUT, &ZRMsg::IsOut, "OUT", ZROut, ZRSetOutEnabled, ZRSetOutFlags,
         {H::SetOutMsgView, H::SetOutConsole, H::SetOutDebugger, H::SetOutFile}},
-    {ZR_MSG_WARN, "WARNING", ZRWarn, ZRSetWarnEnabled, ZRSetWarnFlags,
+    {ZR_MSG_WARN, &ZRMsg::IsWarn, "WARNING", ZRWarn, ZRSetWarnEnabled, ZRSetWarnFlags,
         {H::SetWarnMsgView, H::SetWarnConsole, H::SetWarnDebugger, H::SetWarnFile}},
-    {ZR_MSG_ERROR, "ERROR", ZRError, ZRSetErrorEnabled, ZRSetErrorFlags,
+    {ZR_MSG_ERROR, &ZRMsg::IsError, "ERROR", ZRError, ZRSetErrorEnabled, ZRSetErrorFlags,
         {H::SetErrorMsgView, H::SetErrorConsole, H::SetErrorDebugger, H::SetErrorFile}},
-    {ZR_MSG_TRACE, "TRACE", ZRTrace, ZRSetTraceEnabled, ZRSetTraceFlags,
+    {ZR_MSG_TRACE, &ZRMsg::IsTrace, "TRACE", ZRTrace, ZRSetTraceEnabled, ZRSetTraceFlags,
         {H::SetTraceMsgView, H::SetTraceConsole, H::SetTraceDebugger, H::SetTraceFile}},
 };
 
@@ -129,6 +136,7 @@ TEST_F(MessageHandler, SendsEachTypeWhereItsFlagWordSays)
     for (const Type& type : kTypes) {
         for (short flags = 0; flags < 16; ++flags) {
             SCOPED_TRACE(type.word + std::to_string(flags));
+            EXPECT_EQ((ZRMsg("", flags).*type.is)(), flags == type.type); // whose numbers the loop goes through as well
             ZRSetAllFlags(static_cast<short>(~flags)); // the words of the other types have no say
             type.setFlags(flags);
             const std::string line = type.word + " - 100% %d \xC3\xBC\n";

@@ -212,15 +212,16 @@ TEST_F(Threads, AForkedChildHasItsOwnThreadOnly)
         const ZRAttachment attachment(g_ownSubject, *guest);
         const ZRProfiler timer(&state);
     };
-    ZRSetAllFlags(ZR_DEST_FILE);
-    const std::jthread others[] = {Repeating(sendAndVisit), Repeating(sendAndVisit), Repeating(sendAndVisit)};
+    ZRSetTraceFlags(ZR_DEST_FILE);
+    const std::jthread others[] = {
+        Repeating(sendAndVisit), Repeating(sendAndVisit), Repeating([] { ZRTrace("of the parent", nullptr, 1); })};
     for (int number = 0; number < 50; ++number) {
         ZRProfilerState outer("outer");
         const ZRProfiler timer(&outer);
         ASSERT_EQ(test::ResultOfChild([&] {
             std::thread(sendAndVisit).join();
             sendAndVisit(); // with two timers
-            ZRErrorSet(1, "of a child", nullptr, 0, 1);
+            ZRTrace("of a child", nullptr, 1);
             ZRProfilerState* top = nullptr;
             const bool isRight =
                 ZRGetProfilerStateHandler()->PeekTop(top) == 1 && top == &outer && outer.GetDependantCalls() == 2;
@@ -228,7 +229,7 @@ TEST_F(Threads, AForkedChildHasItsOwnThreadOnly)
         }),
             0);
     }
-    EXPECT_EQ(std::ranges::count(test::Lines(m_home.Log()), "ERROR - of a child"), 50);
+    EXPECT_EQ(std::ranges::count(test::Lines(m_home.Log()), "TRACE - of a child"), 50);
 }
 #endif
 
