@@ -17,6 +17,7 @@ class ObjectRegistry : public test::Messages {
 protected:
     ObjectRegistry()
     {
+        ZRSetOutFlags(ZR_DEST_CONSOLE);
         EXPECT_EQ(m_registry.RegisterLibrary(0x1000, "100%s"), 1);
         EXPECT_EQ(m_registry.RegisterLibrary(0xF000, ""), 1);
         EXPECT_EQ(m_registry.RegisterObject(Code(0xA04F1001), "one"), 1);
@@ -24,17 +25,9 @@ protected:
         EXPECT_EQ(m_registry.RegisterObject(ZRObjectRegistry::ALL_PASS, "all"), 1);
     }
 
-    template <typename Action> static std::string Printed(Action action)
-    {
-        ZRSetAllFlags(ZR_DEST_CONSOLE);
-        std::string text = Console(action);
-        ZRSetAllFlags(0);
-        return text;
-    }
-
     static std::string Dump(const ZRObjectRegistry& registry)
     {
-        return Printed([&registry] { registry.DumpOut(); });
+        return Console([&registry] { registry.DumpOut(); });
     }
 
     ZRObjectRegistry m_registry;
@@ -71,8 +64,9 @@ TEST_F(ObjectRegistry, ReportsWhatItRefuses)
     refuses(m_registry.UnregisterObject(free), "-65844 Object 0xA04F5001 not found", "UnregisterObject");
     refuses(m_registry.SetObjectMirror(Code(0xA04F0010), 5), "-65836 Invalid library nibble in object code 0xA04F0010",
         "IsValidObjectCode");
-    EXPECT_EQ(Printed([&] { m_registry.RegisterObject(0, "n", kIDOne); }), "ERROR - Invalid object code 0x00000000\n");
-    EXPECT_EQ(Printed([&] { m_registry.RegisterObject(Code(0xA04F1002), "n", kIDOneOtherCase); }),
+    ZRSetErrorFlags(ZR_DEST_CONSOLE);
+    EXPECT_EQ(Console([&] { m_registry.RegisterObject(0, "n", kIDOne); }), "ERROR - Invalid object code 0x00000000\n");
+    EXPECT_EQ(Console([&] { m_registry.RegisterObject(Code(0xA04F1002), "n", kIDOneOtherCase); }),
         "ERROR - Class ID 11111111-aBcD-1111-1111-111111111111 already being used by two\n"
         "ERROR - Duplicate class ID 11111111-aBcD-1111-1111-111111111111 specified for object 0xA04F1002\n");
 }
