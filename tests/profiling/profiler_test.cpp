@@ -48,6 +48,9 @@ TEST_F(Profiler, PrintsWhatItsFormSays)
         {"off", [](double& total) { return ZRProfiler("100%s", &total); }, kHour, false, false, ""},
         {"too large to grow", [](double& total) { return ZRProfiler("100%s", &total); }, 1e300, true, false, large},
     };
+    const ZRListener listener(*ZRGetMessageHandler(), [](const ZRObservedObjectEvent& event) {
+        EXPECT_TRUE(event.GetMsg().GetLevel() == 1 && event.GetMsg().GetLocation() == "");
+    });
     for (const auto& row : rows) {
         double total = row.total;
         const std::string output = Console([&] {
