@@ -16,11 +16,9 @@ void ChangeRegistry(FuzzedDataProvider& data)
 {
     const auto random = [&data](unsigned int limit) { return data.ConsumeIntegralInRange(0U, limit - 1); };
     test::RegistryBesideModel both(random, data.ConsumeBool());
-    for (int steps = 0; steps < 100 && data.remaining_bytes() > 0; ++steps) {
-        const char* const difference = both.Step();
-        Require(difference == nullptr, difference);
+    while (data.remaining_bytes() > 0) {
+        Require(both.Step(), "the registry agrees with its model");
     }
-    Require(both.CompareAll() == nullptr, "the same contents");
 }
 
 /// Takes from the input what it does with an event.
@@ -32,7 +30,7 @@ struct Network {
         void OnEvent(ZRObservedObjectEvent* /*event*/) override
         {
             ++network->handled;
-            if (network->depth < 5 && network->data.remaining_bytes() > 0) {
+            if (network->data.remaining_bytes() > 0) {
                 network->Step();
             }
         }
@@ -49,34 +47,26 @@ struct Network {
 
     void Step()
     {
-        ++depth;
         const auto place = data.ConsumeIntegralInRange<std::size_t>(0, kSubjects - 1);
         const auto which = data.ConsumeIntegralInRange<std::size_t>(0, kObservers - 1);
         ZRObservedObject& subject = subjects[place];
         bool& isAttached = attached[place][which];
-        switch (data.ConsumeIntegralInRange(0, 4)) {
+        switch (data.ConsumeIntegralInRange(0, 2)) {
         case 0:
-        case 1:
             Require(subject.AttachObserver(&observers[which], 1) == (isAttached ? 1 : 0), "AttachObserver");
             isAttached = true;
             break;
-        case 2:
+        case 1:
             subject.DetachObserver(&observers[which], 0);
             isAttached = false;
             break;
-        case 3: {
+        default: {
             const int before = handled;
             const int count = ZRObservedObjectEvent(1).Broadcast(&subject, 0);
             Require(count >= 0 && handled - before >= count, "Broadcast");
-            break;
         }
-        default:
-            const ZRObservedObjectEvent event(2, &subject);
         }
-        --depth;
-        for (std::size_t each = 0; each < kObservers; ++each) {
-            Require((subject.IsAttached(&observers[each]) != 0) == attached[place][each], "IsAttached");
-        }
+        Require((subject.IsAttached(&observers[which]) != 0) == isAttached, "IsAttached");
         const auto count = std::count(attached[place].begin(), attached[place].end(), true);
         Require(subject.GetObserverCount() == count, "GetObserverCount");
     }
@@ -86,7 +76,6 @@ struct Network {
     std::array<Observer, kObservers> observers;
     std::array<std::array<bool, kObservers>, kSubjects> attached{};
     int handled = 0;
-    int depth = 0;
 };
 
 } // namespace
@@ -98,7 +87,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
         ChangeRegistry(data);
     } else {
         Network network(data);
-        for (int steps = 0; steps < 200 && data.remaining_bytes() > 0; ++steps) {
+        while (data.remaining_bytes() > 0) {
             network.Step();
         }
     }

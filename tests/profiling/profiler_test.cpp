@@ -1,7 +1,6 @@
 #include "tests/support/messages.h"
 #include "tests/support/process.h"
 #include "tests/support/threads.h"
-#include "zrobservers/recorder.h"
 
 #include <chrono>
 #include <clocale>
@@ -15,82 +14,53 @@ constexpr double kHour = 3600;
 /// Longer than a short time, and so long that a thousand times as much would be printed with two digits.
 void Wait() { std::this_thread::sleep_for(std::chrono::milliseconds(10)); }
 
-ZRProfiler Copy(double& total)
-{
-    const ZRProfiler first("100%s", &total);
-    return ZRProfiler(first);
-}
-
-ZRProfiler Assign(double& total)
-{
-    ZRProfiler timer;
-    timer = ZRProfiler("100%s", &total);
-    return timer;
-}
-
 class Profiler : public test::Messages {
 protected:
+    Profiler() { ZRSetTraceFlags(ZR_DEST_CONSOLE); }
     ~Profiler() override
     {
         m_handler.SetEnabled(0);
         ZRProfiler::SetEnabled(1);
     }
 
-    /// Level, place and text of the trace messages. Forgets them.
-    std::string TakeMessages()
-    {
-        std::string all;
-        for (const ZRMsg& message : m_messages.GetMessages(ZR_MSG_TRACE)) {
-            all += std::to_string(message.GetLevel()) + message.GetLocation().ToString() + message.GetText().ToString();
-        }
-        m_messages.Clear();
-        return all;
-    }
-
-    ZRRecorder m_messages{*ZRGetMessageHandler()};
     ZRProfilerStateHandler& m_handler = *ZRGetProfilerStateHandler();
 };
 
 TEST_F(Profiler, PrintsWhatItsFormSays)
 {
-    const std::string line = R"(1100%s : \d\.\d{6}secs)";
-    const std::string above = line + R"( - total 36\d\d\.\d{6})";
-    const std::string large = line + R"( - total 1\d{300}\.0{6})";
+    const std::string line = R"(TRACE - 100%s : \d\.\d{6}secs)";
+    const std::string above = line + R"( - total 36\d\d\.\d{6}\n)";
+    const std::string large = line + R"( - total 1\d{300}\.0{6}\n)";
     const struct {
         const char* what;
         ZRProfiler (*make)(double& total);
-        double total; // before; below 0 for none
+        double total; // before
         bool isOn;
         bool grows; // the total
-        std::string messages; // a regular expression
+        std::string output; // a regular expression
     } rows[] = {
-        {"stopwatch", [](double&) { return ZRProfiler(); }, -1, true, false, ""},
-        {"plain", [](double&) { return ZRProfiler("100%s", nullptr); }, -1, true, false, line},
+        {"plain", [](double&) { return ZRProfiler("100%s", nullptr); }, 0, true, false, line + "\n"},
         {"total", [](double& total) { return ZRProfiler("100%s", &total); }, kHour, true, true, above},
-        {"above", [](double&) { return ZRProfiler("100%s", kShort, nullptr); }, -1, true, false, line},
-        {"below", [](double&) { return ZRProfiler("100%s", kHour, nullptr); }, -1, true, false, ""},
+        {"above", [](double&) { return ZRProfiler("100%s", kShort, nullptr); }, 0, true, false, line + "\n"},
+        {"below", [](double&) { return ZRProfiler("100%s", kHour, nullptr); }, 0, true, false, ""},
         {"total above", [](double& total) { return ZRProfiler("100%s", kHour, &total); }, kHour, true, true, above},
         {"total below", [](double& total) { return ZRProfiler("100%s", kHour, &total); }, 0, true, true, ""},
-        {"off", [](double&) { return ZRProfiler("100%s", nullptr); }, -1, false, false, ""},
-        {"total off", [](double& total) { return ZRProfiler("100%s", &total); }, kHour, false, false, ""},
+        {"off", [](double& total) { return ZRProfiler("100%s", &total); }, kHour, false, false, ""},
         {"too large to grow", [](double& total) { return ZRProfiler("100%s", &total); }, 1e300, true, false, large},
-        {"copied", Copy, kHour, true, true, above + above},
-        {"assigned", Assign, kHour, true, true, above + above},
     };
+    const ZRListener listener(*ZRGetMessageHandler(), [](const ZRObservedObjectEvent& event) {
+        EXPECT_TRUE(event.GetMsg().GetLevel() == 1 && event.GetMsg().GetLocation() == "");
+    });
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.what);
         double total = row.total;
-        {
+        const std::string output = Console([&] {
             const ZRProfiler timer = row.make(total);
             Wait();
             ZRProfiler::SetEnabled(row.isOn ? 1 : 0);
             EXPECT_GE(timer.GetElapsed(), kShort) << "the clock goes on";
-            EXPECT_EQ(timer.GetAccumulator(), row.total < 0 ? nullptr : &total);
-            EXPECT_EQ(timer.GetHandler(), nullptr);
-        }
-        EXPECT_EQ(total - row.total >= kShort, row.grows);
-        const std::string messages = TakeMessages();
-        EXPECT_TRUE(std::regex_match(messages, std::regex(row.messages))) << messages;
+        });
+        EXPECT_EQ(total - row.total >= kShort, row.grows) << row.what;
+        EXPECT_TRUE(std::regex_match(output, std::regex(row.output))) << row.what << ": " << output;
         ZRProfiler::SetEnabled(1);
     }
 }
@@ -103,36 +73,42 @@ TEST_F(Profiler, PrintsAPointInEveryLocale)
     test::WriteFile(source, "LC_NUMERIC\ndecimal_point \",\"\nthousands_sep \".\"\ngrouping 3\nEND LC_NUMERIC\n");
     test::Run("/usr/bin/localedef", {"-c", "-i", source, "-f", "ANSI_X3.4-1968", m_home.Folder() + "/comma"});
     ASSERT_NE(std::setlocale(LC_NUMERIC, "comma"), nullptr);
-    {
-        const ZRProfiler timer("place", nullptr);
-    }
+    const std::string output = Console([] {
+        double total = 0;
+        const ZRProfiler timer("place", &total);
+        EXPECT_EQ(timer.GetAccumulator(), &total);
+        EXPECT_EQ(timer.GetHandler(), nullptr);
+    });
     std::setlocale(LC_NUMERIC, "C");
-    const std::string message = TakeMessages();
-    EXPECT_TRUE(std::regex_match(message, std::regex(R"(1place : \d\.\d{6}secs)"))) << message;
+    EXPECT_TRUE(std::regex_match(output, std::regex(R"(TRACE - place : \d\.\d{6}secs - total \d\.\d{6}\n)"))) << output;
 }
 #endif
 
 TEST_F(Profiler, ChargesItsTimeToTheStateAround)
 {
-    std::string seen;
     m_handler.SetEnabled(1);
+    ZRProfilerState left;
+    {
+        const ZRProfiler timer(&left);
+        m_handler.SetEnabled(0); // so that it stays on the stack
+    }
+    m_handler.SetEnabled(1);
+    std::string seen;
     ZRProfilerState outer("outer");
     ZRProfilerState inner("inner");
     ZRProfilerState innermost("innermost");
     const ZRListener listener(m_handler, [&](const ZRObservedObjectEvent& event) {
-        const ZRProfilerState& state = event.GetProfilerState();
-        EXPECT_EQ(event.GetCode(), ZR_EVENT_PROFILER_STATE);
-        EXPECT_EQ(event.GetSource(), &m_handler);
-        EXPECT_TRUE(state == outer || state.GetLocation() != "outer");
+        EXPECT_TRUE(event.GetCode() == ZR_EVENT_PROFILER_STATE && event.GetSource() == &m_handler);
+        const ZRProfilerState state = event.GetProfilerState();
         seen += state.GetLocation().ToString() + " " + std::to_string(state.GetCalls()) + " ";
     });
     {
         const ZRProfiler timer(&outer);
-        EXPECT_EQ(timer.GetState(), &outer);
-        EXPECT_EQ(timer.GetHandler(), &m_handler);
+        EXPECT_TRUE(timer.GetState() == &outer && timer.GetHandler() == &m_handler);
         const ZRProfiler nested(&inner);
         const ZRProfiler deepest(&innermost);
         const ZRProfiler again(&innermost);
+        EXPECT_EQ(ZRProfiler::GetEnclosing(nullptr, 0), 4);
         Wait();
     }
     EXPECT_EQ(seen, "innermost 1 innermost 2 inner 1 outer 1 ");
@@ -141,7 +117,8 @@ TEST_F(Profiler, ChargesItsTimeToTheStateAround)
     }
     EXPECT_NEAR(innermost.GetSelf() + inner.GetSelf() + outer.GetSelf(), outer.GetTotal(), 1e-12);
     EXPECT_GE(innermost.GetMin(), kShort);
-    EXPECT_EQ(TakeMessages(), "");
+    EXPECT_EQ(left.GetDependantCalls(), 0) << "of another turn";
+    EXPECT_EQ(m_handler.Pop(&left), 1) << "still there";
 }
 
 TEST_F(Profiler, FeedsItsStateAsTheSwitchesSayWhenItEnds)
@@ -152,7 +129,7 @@ TEST_F(Profiler, FeedsItsStateAsTheSwitchesSayWhenItEnds)
         char handler;
         int calls; // of the outer state
         int dependantCalls;
-    } rows[] = {{"all", 1, 1, 1, 1}, {"no handler", 1, 0, 1, 0}, {"no timers", 0, 1, 0, 0}, {"nothing", 0, 0, 0, 0}};
+    } rows[] = {{"all", 1, 1, 1, 1}, {"no handler", 1, 0, 1, 0}, {"no timers", 0, 1, 0, 0}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
         ZRProfilerState outer;
@@ -170,26 +147,6 @@ TEST_F(Profiler, FeedsItsStateAsTheSwitchesSayWhenItEnds)
         EXPECT_EQ(outer.GetDependantCalls(), row.dependantCalls);
         EXPECT_EQ(outer.GetSelf() == outer.GetTotal(), row.dependantCalls == 0);
     }
-}
-
-TEST_F(Profiler, DoesNotChargeAStateThatWasLeftWhileTheHandlerWasOff)
-{
-    ZRProfilerState left;
-    ZRProfilerState state;
-    m_handler.SetEnabled(1);
-    {
-        const ZRProfiler timer(&left);
-        m_handler.SetEnabled(0);
-    }
-    m_handler.SetEnabled(1);
-    {
-        const ZRProfiler timer(&state);
-        EXPECT_EQ(ZRProfiler::GetEnclosing(nullptr, 0), 1);
-    }
-    EXPECT_EQ(left.GetDependantCalls(), 0);
-    ZRProfilerState* top = nullptr;
-    EXPECT_EQ(m_handler.PeekTop(top), 1);
-    EXPECT_EQ(top, &left);
 }
 
 TEST_F(Profiler, MayBeUsedByManyThreads)
@@ -211,15 +168,18 @@ TEST_F(Profiler, MayBeUsedByManyThreads)
 TEST_F(Profiler, HandlerKeepsAStackWhileItIsOn)
 {
     ZRProfilerStateHandler handler;
-    ZRProfilerState a("a");
-    ZRProfilerState b("b");
+    ZRProfilerState a;
+    ZRProfilerState b;
     ZRProfilerState* top = &b;
-    EXPECT_EQ(handler.Push(&a) + handler.Pop(&a) + handler.PeekTop(top), 0);
+    const auto isRefused = [&](ZRProfilerState* pushed) {
+        return handler.Push(pushed) == 0 && handler.Pop(&a) == 0 && handler.PeekTop(top) == 0 && top == &b;
+    };
+    EXPECT_TRUE(isRefused(&a)) << "while it is off";
     handler.SetEnabled(1);
-    EXPECT_EQ(handler.Push(nullptr) + handler.Pop(nullptr) + handler.Pop(&a) + handler.PeekTop(top), 0);
-    EXPECT_EQ(top, &b);
-    EXPECT_EQ(handler.Push(&b) + handler.Push(&a) + handler.PeekTop(top), 3);
+    EXPECT_TRUE(isRefused(nullptr)) << "while it is empty";
+    EXPECT_TRUE(handler.Push(&b) == 1 && handler.Push(&a) == 1 && handler.PeekTop(top) == 1);
     EXPECT_EQ(top, &a);
+    EXPECT_EQ(handler.Pop(nullptr), 0) << "takes nothing";
     EXPECT_EQ(handler.Pop(&a), 1);
     ZRProfilerStateHandler copy(handler);
     EXPECT_EQ(handler.Pop(&a), 0) << "takes the other one";
@@ -233,10 +193,14 @@ TEST_F(Profiler, HandlerKeepsAStackWhileItIsOn)
 TEST_F(Profiler, HandlerTellsOfItsSwitchAndOfStates)
 {
     ZRProfilerStateHandler handler;
-    EXPECT_EQ(handler.GetName(), "Untitled");
-    EXPECT_EQ(handler.GetEnabled(), 0);
     ZRProfilerState state;
-    const ZRRecorder recorder(handler);
+    std::string seen;
+    const ZRListener listener(handler, [&seen](const ZRObservedObjectEvent& event) {
+        const bool isSwitch = event.GetCode() == ZR_EVENT_PROFILER_ENABLED;
+        seen += isSwitch ? "switch " + std::to_string(event.GetState())
+                         : std::to_string(event.GetProfilerState().GetCalls());
+        seen += " ";
+    });
     for (const char enabled : {'\1', '\1', '\0', '\3', '\0'}) {
         state.Update(1);
         handler.SetEnabled(enabled);
@@ -244,13 +208,6 @@ TEST_F(Profiler, HandlerTellsOfItsSwitchAndOfStates)
         handler.Update(static_cast<ZRProfilerState*>(nullptr));
         handler.Update(NULL);
         EXPECT_EQ(m_handler.GetEnabled(), enabled) << "one switch for the process";
-    }
-    std::string seen;
-    for (const ZRObservedObjectEvent& event : recorder.GetEvents()) {
-        const bool isSwitch = event.GetCode() == ZR_EVENT_PROFILER_ENABLED;
-        seen += isSwitch ? "switch " + std::to_string(event.GetState())
-                         : std::to_string(event.GetProfilerState().GetCalls());
-        seen += " ";
     }
     EXPECT_EQ(seen, "switch 1 1 2 switch 0 switch 3 4 switch 0 ");
 }
