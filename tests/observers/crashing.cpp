@@ -45,10 +45,7 @@ int main(int /*count*/, char** arguments)
         sigaction(SIGSEGV, &once, nullptr);
     }
 #endif
-    ZRFlightRecorder::Options options;
-    options.count = 3;
-    options.atCrash = true;
-    const ZRFlightRecorder recorder(arguments[1], options);
+    const ZRFlightRecorder recorder(arguments[1], {3, ZR_MSG_ERROR, true, {}});
     for (int number = 0; number < 5; ++number) {
         ZR_OUT("message %d\n", number);
     }
@@ -60,7 +57,7 @@ int main(int /*count*/, char** arguments)
     if (kind == "abort") {
         std::abort();
     } else if (kind == "overflow") {
-        std::exit(Overflow(0));
+        return Overflow(0);
     } else if (kind == "thread") {
         std::thread([] {
             const ZRFlightRecorder::ThreadGuard guard;

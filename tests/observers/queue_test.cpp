@@ -17,14 +17,7 @@ using WhenFull = ZREventQueue::WhenFull;
 
 using Texts = std::vector<std::string>;
 using Queue = test::Messages;
-
-ZREventQueue::Options Full(WhenFull whenFull, int capacity)
-{
-    ZREventQueue::Options options;
-    options.whenFull = whenFull;
-    options.capacity = capacity;
-    return options;
-}
+using Filter = test::Messages;
 
 Texts TextsOf(ZREventQueue& queue)
 {
@@ -38,7 +31,7 @@ TEST_F(Queue, KeepsTheOrderOfEachSenderAndCountsExactly)
     constexpr int kSenders = 8;
     constexpr int kEach = 3000;
     for (const WhenFull whenFull : {WhenFull::kWait, WhenFull::kDropOldest, WhenFull::kDropNewest}) {
-        ZREventQueue queue(*ZRGetMessageHandler(), Full(whenFull, 50));
+        ZREventQueue queue(*ZRGetMessageHandler(), {50, whenFull, {}, {}});
         std::atomic<int> sending{kSenders};
         std::int64_t count = 0;
         std::map<int, int> last; // number of each sender
@@ -77,10 +70,7 @@ TEST_F(Queue, TakesWhatItHasRoomFor)
     };
     for (const auto& one : cases) {
         int wakings = 0;
-        ZREventQueue::Options options = Full(one.whenFull, 3);
-        options.filter = "place!=Map::*";
-        options.notify = [&wakings] { ++wakings; };
-        ZREventQueue queue(*ZRGetMessageHandler(), options);
+        ZREventQueue queue(*ZRGetMessageHandler(), {3, one.whenFull, "place!=Map::*", [&wakings] { ++wakings; }});
         EXPECT_FALSE(queue.WaitFor(0));
         for (const char* const text : {"0", "1", "2", "3", "4"}) {
             ZROut(text, nullptr, 1);
@@ -127,15 +117,11 @@ TEST_F(Queue, FailureIsToldOnceAlsoWhileSendersWaitForTheBackground)
     const ZRRecorder recorder(*ZRGetMessageHandler());
     ZRTraceFile trace((folder + "/trace.json").c_str());
     std::filesystem::create_directory(folder);
-    ZRBackground background(*ZRGetMessageHandler(), Full(WhenFull::kWait, 1));
+    ZRBackground background(*ZRGetMessageHandler(), {1, WhenFull::kWait, {}, {}});
     const ZRJsonLines lines(background, (folder + "/lines.json").c_str());
     std::filesystem::remove_all(folder);
     ZRFlightRecorder flights((folder + "/flight.txt").c_str());
-    test::OnThreads(4, [](int /*sender*/) {
-        for (int number = 0; number < 200; ++number) {
-            ZROut("lost", nullptr, 1);
-        }
-    });
+    test::OnThreads(50, [](int /*sender*/) { ZROut("lost", nullptr, 1); });
     background.Flush();
     EXPECT_FALSE(lines.IsOpen() || trace.IsOpen() || flights.IsOpen());
     std::filesystem::create_directory(folder);
@@ -152,10 +138,7 @@ TEST_F(Queue, FailureIsToldOnceAlsoWhileSendersWaitForTheBackground)
 TEST_F(Queue, RecorderOfFlightsWritesEachMessageOnce)
 {
     const std::string path = m_home.Path("flight.txt");
-    ZRFlightRecorder::Options options;
-    options.count = 3;
-    options.filter = "out,error,trace";
-    ZRFlightRecorder recorder(path.c_str(), options);
+    ZRFlightRecorder recorder(path.c_str(), {3, ZR_MSG_ERROR, false, "out,error,trace"});
     EXPECT_TRUE(recorder.WriteNow()) << "of nothing";
     ZROut("gone", nullptr, 1);
     ZROut("first", "Map::Load", 1);
@@ -228,6 +211,55 @@ TEST_F(Queue, CrashLeavesTheLastMessages)
         EXPECT_TRUE(written[2].ends_with("OUT 1 main: message 4 ")) << written[2];
         EXPECT_TRUE(written[3].ends_with("TRACE 1 main: about to crash")) << written[3];
     }
+}
+
+TEST_F(Filter, TakesWhatFitsAllItsWords)
+{
+    const struct {
+        const char* filter;
+        const char* taken; // of the messages, and the timer t
+    } rows[] = {
+        {"", "abctd"},
+        {"warn", "bt"},
+        {" error,out  level<=2", "at"},
+        {"level>=3", "bctd"},
+        {"level=7", "ct"},
+        {"place=Map::*", "bct"},
+        {"place=*ap::L?ad place=Draw", "bd"},
+        {"place!=Map::* trace", "d"},
+        {"place=*", "abctd"},
+        {"place=", "a"},
+    };
+    const ZRProfileTable timersOn;
+    ZRRecorder recorder;
+    ZROut("a", nullptr, 1);
+    ZRWarn("b", "Map::Load", 3);
+    ZRError("c", "Map::Check", 7);
+    ZRProfilerState state("Map::Time");
+    std::make_unique<ZRProfiler>(&state).reset();
+    const auto isLast = [](const ZRObservedObjectEvent& event) { return event.GetText() == "d"; };
+    EXPECT_FALSE(recorder.WaitFor(isLast, 1));
+    std::thread last([] { ZRTrace("d", "Draw", 5); });
+    EXPECT_TRUE(recorder.WaitFor(isLast, 60'000));
+    last.join();
+    EXPECT_EQ(recorder.GetMessages(ZR_MSG_WARN | ZR_MSG_TRACE).size(), 2U);
+    for (const auto& row : rows) {
+        const ZRFilter filter(row.filter);
+        EXPECT_TRUE(filter.IsGood()) << row.filter;
+        std::string taken;
+        for (const ZRObservedObjectEvent& event : recorder.GetEvents()) {
+            if (filter.Takes(event)) {
+                taken += event.GetCode() == ZR_EVENT_MESSAGE ? event.GetText().ToString() : "t";
+            }
+        }
+        EXPECT_EQ(taken, row.taken) << row.filter;
+    }
+    for (const char* const bad : {"level<=x", "level=", "level>=3x", "warning", "place"}) {
+        EXPECT_FALSE(ZRFilter(bad).IsGood()) << bad;
+    }
+    EXPECT_TRUE(ZRFilter("warn,trace,").IsGood());
+    recorder.Clear();
+    EXPECT_TRUE(recorder.GetEvents().empty());
 }
 
 TEST(ZrInfo, TellsWhetherAllIsSound)
