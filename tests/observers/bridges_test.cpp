@@ -138,8 +138,8 @@ TEST_F(Bridges, LeadToADaemonThatSendsEveryLineOnAndMayBeRestarted)
                 ZR_OUT("sender %d number %d", sender, number);
             }
         });
-        const auto size = static_cast<std::size_t>(kSenders * end);
-        EXPECT_TRUE(test::SpinUntil([&] { return test::Lines(test::ReadFile(path)).size() >= size; }));
+        const auto isThere = [&] { return std::ssize(test::Lines(test::ReadFile(path))) >= kSenders * end; };
+        EXPECT_TRUE(test::SpinUntil(isThere));
     };
     sendAndWait(0, kEach);
     EXPECT_EQ(failures, 0);
