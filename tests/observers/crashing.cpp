@@ -9,10 +9,6 @@
 #include <string>
 #include <thread>
 
-#if !defined(_WIN32)
-#include <unistd.h>
-#endif
-
 namespace {
 
 // NOLINTNEXTLINE(misc-no-recursion): that is what overflows the stack
@@ -29,38 +25,27 @@ void Fault()
     *nowhere = 1; // NOLINT(clang-analyzer-core.NullDereference): that is the crash
 }
 
-/// Ends the program with its destructors, as many handlers do though it is not safe in general.
-void SayEarlier(int signal)
-{
-    std::puts("earlier");
-    std::exit(signal);
-}
-
-void SetHandler(const std::string& kind)
-{
-    if (kind == "earlier") {
-        std::signal(SIGSEGV, SayEarlier);
-    }
-#if !defined(_WIN32)
-    struct sigaction once {};
-    once.sa_handler = [](int /*signal*/) { static_cast<void>(!write(STDOUT_FILENO, "once\n", 5)); };
-    once.sa_flags = static_cast<int>(SA_RESETHAND);
-    if (kind == "once") {
-        sigaction(SIGSEGV, &once, nullptr);
-    }
-#endif
-}
-
 } // namespace
 
 int main(int /*count*/, char** arguments)
 {
     const std::string kind = arguments[2];
-    SetHandler(kind);
-    ZRFlightRecorder::Options options;
-    options.count = 3;
-    options.atCrash = true;
-    const ZRFlightRecorder recorder(arguments[1], options);
+    if (kind == "exit") { // as many handlers do though it is not safe in general
+        std::atexit([] { std::puts("exit"); });
+        std::signal(SIGSEGV, std::exit);
+    }
+#if !defined(_WIN32)
+    if (kind == "once") {
+        struct sigaction once {};
+        once.sa_handler = [](int /*signal*/) {
+            std::puts("once");
+            std::fflush(stdout);
+        };
+        once.sa_flags = static_cast<int>(SA_RESETHAND);
+        sigaction(SIGSEGV, &once, nullptr);
+    }
+#endif
+    const ZRFlightRecorder recorder(arguments[1], {3, ZR_MSG_ERROR, true, {}});
     for (int number = 0; number < 5; ++number) {
         ZR_OUT("message %d\n", number);
     }
@@ -72,7 +57,7 @@ int main(int /*count*/, char** arguments)
     if (kind == "abort") {
         std::abort();
     } else if (kind == "overflow") {
-        std::exit(Overflow(0));
+        return Overflow(0);
     } else if (kind == "thread") {
         std::thread([] {
             const ZRFlightRecorder::ThreadGuard guard;
