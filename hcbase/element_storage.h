@@ -27,20 +27,21 @@ public:
     /// Changes the number of elements; the lower ones keep their values. Throws std::bad_alloc and is then unchanged.
     void Resize(int size)
     {
+        const std::size_t count = static_cast<unsigned int>(size); // which no compiler takes for a negative one
         const int kept = std::min(size, m_size);
         if (size == 0) {
             Free(m_data);
             m_data = nullptr;
         } else if constexpr (kIsPlain) {
             // T may well be a pointer. NOLINTNEXTLINE(bugprone-sizeof-expression)
-            void* const data = std::realloc(m_data, static_cast<std::size_t>(size) * sizeof(T));
+            void* const data = std::realloc(m_data, count * sizeof(T));
             if (data == nullptr) {
                 throw std::bad_alloc();
             }
             m_data = static_cast<T*>(data);
             std::fill(m_data + kept, m_data + size, T());
         } else {
-            std::unique_ptr<T[]> data(new T[static_cast<std::size_t>(size)]());
+            std::unique_ptr<T[]> data(new T[count]());
             std::move(m_data, m_data + kept, data.get());
             Free(m_data);
             m_data = data.release();

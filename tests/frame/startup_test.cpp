@@ -93,16 +93,6 @@ TEST(Startup, SettersChangeOneSwitchEachUntilAModeIsReadAgain)
     EXPECT_EQ(SwitchesThatAreOn(), "Cache Stream ");
 }
 
-TEST(Startup, RecordsTheVersion)
-{
-    HCVersion version;
-    ASSERT_EQ(HFVersionGet("ZRLIB", version), 1);
-    HCString text;
-    text.Format("%d.%d.%d", version.major, version.minor, version.revision);
-    EXPECT_EQ(text, "2.90.10");
-    EXPECT_EQ(version.date.GetLength(), static_cast<int>(sizeof "Jan 31 2000") - 1);
-}
-
 // Clients show the texts, translate them and look for them. Whoever changes one on purpose gives the new digest here
 // (FNV-1a, 64 bits).
 TEST(Startup, LoadsTheTextsThatClientsKnow)

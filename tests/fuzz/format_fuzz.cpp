@@ -1,37 +1,15 @@
-// Numbers of bytes as text beside the C library's own formatting, and operations on a string beside those on
-// std::string.
+// Operations on a string beside those on std::string.
 
 #include "tests/fuzz/fuzz.h"
 #include "zrlib/zrlib.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 #include <utility>
 
 namespace {
 
 using test::Require;
-
-void ShortenBytes(FuzzedDataProvider& data)
-{
-    const auto value = data.ConsumeIntegral<std::int64_t>();
-    const int precision = data.ConsumeIntegralInRange(-5, 400);
-    const std::string unit = test::TextFrom(data, 60);
-    std::string expected = std::to_string(value) + " " + unit;
-    if (value >= 1000) {
-        int scale = 0;
-        while (scale < 4 && value >> (20 + 10 * scale) != 0) {
-            ++scale;
-        }
-        const double divisor = scale < 4 ? std::pow(1024.0, scale + 1) : 1e15;
-        char number[1000];
-        std::snprintf(number, sizeof(number), "%.*f %c", std::max(precision, 0), static_cast<double>(value) / divisor,
-            "KMGT?"[scale]);
-        expected = number + unit;
-    }
-    Require(ZRFormat::KMGT(value, unit.c_str(), unit.c_str(), precision) == expected.c_str(), "KMGT");
-}
 
 void ChangeString(FuzzedDataProvider& data)
 {
@@ -80,7 +58,6 @@ void ChangeString(FuzzedDataProvider& data)
 int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {
     FuzzedDataProvider data(bytes, size);
-    ShortenBytes(data);
     ChangeString(data);
     return 0;
 }

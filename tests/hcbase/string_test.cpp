@@ -68,8 +68,8 @@ TEST(String, FormatsAsPrintfDoes)
     string.Format(static_cast<const char*>(nullptr));
     EXPECT_EQ(string.GetLength(), 0);
     errno = ENOENT;
-    const char* const format = "%m %s"; // not a constant, because "%m" is not of the standard
-    string.Format(format, Filled(1000).c_str());
+    const HCString format("%m %s"); // not a literal, because "%m" is not of the standard
+    string.Format(static_cast<const char*>(format), Filled(1000).c_str());
     EXPECT_EQ(string, (std::string(std::strerror(ENOENT)) + " " + Filled(1000)).c_str());
     EXPECT_EQ(errno, ENOENT);
 }

@@ -83,14 +83,6 @@ TEST(Thread, HasAnIdOfItsOwn)
     EXPECT_EQ(HCThread::AreSameThread(0, 0), 0);
 }
 
-/// Whether another thread can have the lock while this one holds on to what it has.
-bool IsFreeForOthers(HCThreadSync& sync)
-{
-    bool isFree = false;
-    std::thread([&] { isFree = sync.try_lock() && sync.unlock() != 0; }).join();
-    return isFree;
-}
-
 TEST(ThreadSync, IsFreeAfterAsManyUnlocksAsLocksByAnyOfItsCopies)
 {
     HCThreadSync sync;
@@ -104,14 +96,14 @@ TEST(ThreadSync, IsFreeAfterAsManyUnlocksAsLocksByAnyOfItsCopies)
     EXPECT_TRUE(assigned.try_lock());
     for (HCThreadSync* const same : {&sync, &copy, &assigned}) {
         std::thread([same] { EXPECT_EQ(same->unlock(), 0) << "another thread holds it"; }).join();
-        EXPECT_FALSE(IsFreeForOthers(*same));
+        EXPECT_FALSE(test::IsFree(*same));
         EXPECT_EQ(same->unlock(), 1);
     }
     EXPECT_EQ(sync.unlock(), 0);
-    EXPECT_TRUE(IsFreeForOthers(copy));
+    EXPECT_TRUE(test::IsFree(copy));
     sync = HCThreadSync();
     sync.lock();
-    EXPECT_TRUE(IsFreeForOthers(copy)) << "after an assignment it is another lock";
+    EXPECT_TRUE(test::IsFree(copy)) << "after an assignment it is another lock";
 }
 
 #if !defined(_WIN32) // which has no fork
@@ -129,10 +121,9 @@ TEST(ThreadSync, WorksInAForkedChild)
         const std::lock_guard innerOwn(own);
         const unsigned int id = HCThread::GetCurrentThreadId();
         const auto check = [&] {
-            const bool steps[] = {HCThread::GetCurrentThreadId() == id, !IsFreeForOthers(own), ofOther.lock() != 0,
+            const bool steps[] = {HCThread::GetCurrentThreadId() == id, !test::IsFree(own), ofOther.lock() != 0,
                 ofOther.unlock() != 0, ofOther.unlock() == 0, // the other thread's two levels are not counted on
-                IsFreeForOthers(ofOther), own.unlock() != 0, own.unlock() != 0, own.unlock() == 0,
-                IsFreeForOthers(own)};
+                test::IsFree(ofOther), own.unlock() != 0, own.unlock() != 0, own.unlock() == 0, test::IsFree(own)};
             return static_cast<int>(std::find(std::begin(steps), std::end(steps), false) - steps); // where it fails
         };
         EXPECT_EQ(test::ResultOfChild(check), 10);

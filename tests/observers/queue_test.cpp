@@ -224,6 +224,7 @@ TEST_F(Filter, TakesWhatFitsAllItsWords)
         {" error,out  level<=2", "at"},
         {"level>=3", "bctd"},
         {"level=7", "ct"},
+        {"error,warn warn,out level>=1 level>=3 level<=9 level<=3", "bt"},
         {"place=Map::*", "bct"},
         {"place=*ap::L?ad place=Draw", "bd"},
         {"place!=Map::* trace", "d"},

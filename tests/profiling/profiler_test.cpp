@@ -149,22 +149,6 @@ TEST_F(Profiler, FeedsItsStateAsTheSwitchesSayWhenItEnds)
     }
 }
 
-TEST_F(Profiler, MayBeUsedByManyThreads)
-{
-    m_handler.SetEnabled(1);
-    ZRProfilerState shared;
-    test::OnThreads(8, [&](int /*thread*/) {
-        for (int turn = 0; turn < 300; ++turn) {
-            const ZRProfiler timer(&shared);
-            ZRProfilerState* top = nullptr;
-            m_handler.Push(&shared);
-            m_handler.PeekTop(top);
-            m_handler.Pop(top);
-        }
-    });
-    EXPECT_EQ(shared.GetCalls(), 8 * 300);
-}
-
 TEST_F(Profiler, HandlerKeepsAStackWhileItIsOn)
 {
     ZRProfilerStateHandler handler;

@@ -2,8 +2,8 @@
 #include "tests/support/allocations.h"
 #include "tests/support/messages.h"
 
+#include <algorithm>
 #include <random>
-#include <set>
 #include <string>
 
 namespace {
@@ -87,24 +87,19 @@ TEST_F(ObjectRegistry, DumpsWhatIsThere)
 
 TEST_F(ObjectRegistry, DumpsInTheOrderOfTheCodes)
 {
-    m_registry.Release();
-    m_registry.RegisterLibrary(0xF000, "a library");
-    ZRObjectRegistry inOrder(m_registry);
-    std::set<int> codes; // with gaps of any size between
     std::minstd_rand random(3);
     for (int round = 0; round < 3000; ++round) {
-        const auto number = static_cast<unsigned int>(random());
-        const int code = Code(number % 2 == 0 ? number / 2 % 0x10000 : 0xA04FF000 + number / 2 % 0x1000);
-        if (m_registry.RegisterObject(code, "n") != 0) {
-            codes.insert(code);
-        } else if (m_registry.UnregisterObject(code) != 0) {
-            codes.erase(code);
+        const auto number = static_cast<unsigned int>(random()); // with gaps of any size between
+        const int code = Code((number % 2 == 0 ? 0xA04F1000 : 0xA04FF000) + number / 2 % 0x1000);
+        if (m_registry.RegisterObject(code, "n") == 0) {
+            m_registry.UnregisterObject(code);
         }
     }
-    for (const int code : codes) {
-        inOrder.RegisterObject(code, "n");
-    }
-    EXPECT_TRUE(Dump(m_registry) == Dump(inOrder));
+    const std::vector<std::string> lines = test::Lines(Dump(m_registry));
+    const auto objects =
+        std::ranges::find_if(lines, [](const std::string& line) { return line.starts_with("OUT -    Object"); });
+    EXPECT_GT(lines.end() - objects, 1000);
+    EXPECT_TRUE(std::is_sorted(objects, lines.end() - 1)) << "the last is the code of 32 bits that fits all";
 }
 
 TEST_F(ObjectRegistry, CopiesOwnTheirEntries)

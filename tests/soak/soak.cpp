@@ -84,10 +84,6 @@ void UseTheRest(Shared& shared, int thread)
     shared.sync.Unlock("soak", trail);
     Require(ZRRemoveLockTrail(trail) != 0, "a lock trail is removed");
     ZRKey::IssueTicket();
-    Require(ZRClassID::IsFormat(HFGenerateGuid()) != 0, "an identifier has the form of one");
-    HFErrorSet(-1, "an error whose text is too long to lie inside its string", "soak", 1);
-    HCError error;
-    Require(HFErrorGet(error) != 0 && error.code == -1, "a thread has its own last error");
 }
 
 void Work(Shared& shared, int thread)

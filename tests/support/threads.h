@@ -1,6 +1,8 @@
 /// Threads and forked children of a test.
 #pragma once
 
+#include "hcbase/thread_sync.h"
+
 #include <chrono>
 #include <gtest/gtest.h>
 #include <thread>
@@ -23,6 +25,14 @@ template <typename Action> void OnThreads(int count, Action action)
     for (std::thread& thread : threads) {
         thread.join();
     }
+}
+
+/// Whether another thread can take a lock now.
+inline bool IsFree(HCThreadSync& sync)
+{
+    bool isFree = false;
+    OnThreads(1, [&](int /*thread*/) { isFree = sync.try_lock() && sync.unlock() != 0; });
+    return isFree;
 }
 
 /// Waits until the predicate is true; false after a minute.

@@ -1,4 +1,3 @@
-#include "tests/support/allocations.h"
 #include "tests/support/messages.h"
 #include "tests/support/threads.h"
 
@@ -132,19 +131,5 @@ TEST_F(LockTrail, CopiesAreSentStampedBeforeALockIsHeldAndAfterItsRelease)
     EXPECT_EQ(trail.GetThreadID(), HCThread::GetCurrentThreadId());
     handler = ZRLockTrailHandler();
 }
-
-#if !defined(_WIN32)
-TEST_F(LockTrail, HandlerGivesNullWhenMemoryRunsOut)
-{
-    ZRLockTrail* trail = nullptr;
-    long allocations = 0;
-    for (; trail == nullptr && allocations < 100; ++allocations) {
-        const test::FailingHeap heap(allocations);
-        trail = ZRAppendLockTrail();
-    }
-    EXPECT_GT(allocations, 2) << "for the record and for its place in the list";
-    EXPECT_EQ(ZRRemoveLockTrail(trail), 1);
-}
-#endif
 
 } // namespace

@@ -11,14 +11,6 @@ namespace {
 
 constexpr double kNever = 1e9; // seconds
 
-/// Whether another thread can take a lock now.
-bool IsFree(HCThreadSync& sync)
-{
-    bool isFree = false;
-    test::OnThreads(1, [&](int /*thread*/) { isFree = sync.try_lock() && sync.unlock() != 0; });
-    return isFree;
-}
-
 /// Does something on a worker thread. The messages meanwhile, with numbers that differ from run to run replaced.
 template <typename Action> std::string MessagesOf(Action action)
 {
@@ -86,13 +78,13 @@ TEST_F(ThreadSync, LocksUnlessItIsSwitchedOff)
         {
             const ZRLockGuard guard(sync);
             EXPECT_EQ(sync.Lock("a", nullptr), 1);
-            EXPECT_TRUE(guard.IsHeld() && IsFree(sync) != row.locks);
+            EXPECT_TRUE(guard.IsHeld() && test::IsFree(sync) != row.locks);
             test::OnThreads(
                 1, [&](int /*thread*/) { EXPECT_EQ(sync.Unlock("a", nullptr), whenNotHeld) << "by another"; });
             EXPECT_EQ(sync.Unlock("a", nullptr), 1);
         }
         EXPECT_EQ(sync.Unlock("a", nullptr), whenNotHeld) << "one too many";
-        EXPECT_TRUE(IsFree(sync));
+        EXPECT_TRUE(test::IsFree(sync));
     }
 }
 
@@ -134,7 +126,7 @@ TEST_F(ThreadSync, CountsItsHoldsAndHasNoneWhenAReportThrows)
         const ZRListener thrower(*ZRGetMessageHandler(), [](const auto&) { throw std::runtime_error("no"); });
         test::OnThreads(1, [&](int /*thread*/) { EXPECT_THROW(sync.Lock("a", nullptr), std::runtime_error); });
     }
-    EXPECT_TRUE(IsFree(sync));
+    EXPECT_TRUE(test::IsFree(sync));
     sync.SetReport(0);
     sync.SetVerbose(1);
     sync.SetWarningThreshold(kNever);

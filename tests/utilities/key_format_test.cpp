@@ -1,9 +1,7 @@
 #include "tests/support/allocations.h"
 #include "tests/support/messages.h"
-#include "tests/support/threads.h"
 #include "zrobservers/recorder.h"
 
-#include <atomic>
 #include <climits>
 #include <cmath>
 #include <tuple>
@@ -35,21 +33,6 @@ TEST_F(Keys, TicketsCountUpAndTellWhenTheyAreToldTo)
     }
     const std::string ticket = std::to_string(last + 2);
     EXPECT_EQ(told, "Next ticket will be " + ticket + ". Issued key " + ticket + ". Last ticket was " + ticket + ". ");
-}
-
-TEST_F(Keys, NoTicketIsIssuedTwice)
-{
-    constexpr std::int64_t kThreads = 8;
-    constexpr std::int64_t kTickets = 20000;
-    const std::int64_t last = ZRKey::GetLastTicket();
-    std::atomic<std::int64_t> sum{0}; // of the tickets beyond the last
-    test::OnThreads(kThreads, [&sum, last](int /*thread*/) {
-        for (int count = 0; count < kTickets; ++count) {
-            sum += ZRKey::IssueTicket() - last;
-        }
-    });
-    EXPECT_EQ(ZRKey::GetLastTicket(), last + kThreads * kTickets);
-    EXPECT_EQ(sum, kThreads * kTickets * (kThreads * kTickets + 1) / 2);
 }
 
 TEST_F(Keys, AreMadeOfValueChanceAndTime)

@@ -51,7 +51,7 @@ private:
     static constexpr Bits ToBits(T value) { return static_cast<Bits>(value); }
     static constexpr Bits Lowest(Bits bits) { return static_cast<Bits>(bits & (~bits + 1U)); }
     static constexpr bool IsSingleBit(Bits bits) { return bits != 0 && Lowest(bits) == bits; }
-    static T Count(Bits bits) { return static_cast<T>(std::bitset<NBITS>(bits).count()); }
+    static T Count(Bits bits) { return static_cast<T>(std::bitset<static_cast<std::size_t>(NBITS)>(bits).count()); }
 };
 
 } // namespace zr
