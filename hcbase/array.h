@@ -8,8 +8,8 @@
 #include <stdexcept>
 #include <utility>
 
-// What stands in for elements outside the bounds is hidden, because a unique symbol would prevent dlclose from
-// unmapping its definer.
+// The element that stands in for those outside the bounds has hidden visibility: as a unique symbol, it would prevent
+// dlclose from unmapping the library that defines it.
 #if defined(_WIN32)
 #define HC_NOT_SHARED
 #else

@@ -7,7 +7,7 @@ namespace hcbase {
 class SharedLock;
 }
 
-/// A lock that the thread that holds it may take again; it is free for others after as many unlocks as locks.
+/// A re-entrant lock: the thread that holds it may lock it again, and must unlock it as often as it has locked it.
 ///
 /// Copies share one underlying lock, which is destroyed with its last owner, as with a shared pointer. The last owner
 /// must not destroy a lock while a thread holds it or waits for it.

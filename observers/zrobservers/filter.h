@@ -11,16 +11,15 @@ class ZRMsg;
 class ZRObservedObjectEvent;
 
 /// A condition on type, level and place (location) of a message, read from a short text of words separated by blanks.
-/// All words must hold:
+/// All words must hold, but of several `place=` words one is enough:
 ///
 /// - `error` or `warn,error`: the type is one of these. There are `out`, `warn`, `error` and `trace`.
 /// - `level<=3`, `level>=5` or `level=1`: the level is in this range.
-/// - `place=Map::*`: the place matches the pattern, in which `*` matches any characters and `?` one. With several words
-///   of this kind it matches one of them.
+/// - `place=Map::*`: the place matches the pattern, in which `*` matches any characters and `?` one.
 /// - `place!=Map::Draw`: the place does not match the pattern.
 ///
 /// For timers only the words for the place count; they apply to the location of the state. The empty text accepts
-/// everything. Threads: as for an int.
+/// everything. Threads: one object may be read by several threads at once or used by one.
 class ZR_OBSERVERS_API ZRFilter {
 public:
     /// Accepts everything.

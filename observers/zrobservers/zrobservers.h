@@ -1,9 +1,9 @@
 /// All public headers of the library of ready-made observers.
 ///
-/// Each observer is an object: its constructor attaches it; its destructor detaches it and has written all that it
-/// received. A failed write is reported once, with ZRErrorSet, and by IsOpen, never by an exception to the sender;
-/// later events are written again when that is possible. Threads: any; observers may be constructed and destroyed while
-/// others send.
+/// Each observer is an object: its constructor attaches it, and its destructor detaches it. ZRTraceFile and ZRJsonLines
+/// have written all that they received when the destructor returns. A failed write is reported once, with ZRErrorSet,
+/// and by IsOpen, never by an exception to the sender; later events are written again when that is possible. Threads:
+/// any; observers may be constructed and destroyed while others send.
 #pragma once
 
 #include "zrobservers/background.h"

@@ -15,7 +15,7 @@
 ///     });
 ///
 /// The function runs as ZRObjectObserver::OnEvent does: on the sender's thread, one event at a time, under the same
-/// rules: it may call Detach of the listener, but not destroy it. The subject is not owned and must outlive the
+/// rules. It may call Detach of the listener, but must not destroy it. The subject is not owned and must outlive the
 /// listener. When the destructor returns, the function is not called any more. A listener may be moved, which does not
 /// disturb it.
 ///

@@ -1,4 +1,4 @@
-/// Progress: long-running code reports how far it has come, whoever shows it.
+/// Progress: long-running code reports how far it has come, without knowing who shows it.
 #pragma once
 
 #include "hcbase/string.h"

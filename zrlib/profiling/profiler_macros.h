@@ -11,8 +11,8 @@
 // end of the scope (ZRProfiler, ZRProfilerState). The state is never destroyed, so destructors and threads that run at
 // the end of the process may be timed. Threads: any. In one scope, write each on a line of its own.
 //
-// g++ keeps a plug-in mapped that has a static variable in an inline function or a template, and so one that has a
-// timer there; -fno-gnu-unique lets it be unmapped.
+// g++ keeps a plug-in mapped if an inline function or a template in it has a static variable, and so if it has one of
+// these timers; compile the plug-in with -fno-gnu-unique so that it can be unmapped.
 
 /// ZR_TIME_FUNCTION(); a state named after the function, "Map::Check".
 #define ZR_TIME_FUNCTION()                                                                                             \

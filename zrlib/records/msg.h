@@ -7,7 +7,8 @@
 #include "zrlib/records/message_types.h"
 
 /// A value that carries one message from its sender to its destinations. Its texts are returned by reference, which is
-/// valid until the message is changed or destroyed. Threads: one object is used by one thread at a time.
+/// valid until the message is changed or destroyed. Threads: one object may be read by several threads at once or
+/// used by one.
 class ZR_API ZRMsg {
 public:
     /// An Out message with empty texts and all numbers 0.

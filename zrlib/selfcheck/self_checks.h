@@ -1,4 +1,4 @@
-/// The library's checks of itself.
+/// The library's self-checks.
 /// Folder selfcheck: tests that any client can run, to see whether the library works where it is installed.
 #pragma once
 

@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-/// Errors: std::bad_alloc, and std::length_error for a precision in the range of 2,147,483,647. Threads: any.
+/// Errors: std::bad_alloc, and std::length_error for a precision close to 2,147,483,647. Threads: any.
 class ZR_API ZRFormat {
 public:
     /// Format code: bytes, as "999 bytes" and "1.00 KB".

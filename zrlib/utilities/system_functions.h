@@ -18,7 +18,8 @@ ZR_API int ZRStringToBuffer(char* buffer, int size, const HCString& text);
 /// or 0; 0 also when the system does not say. Threads: any.
 ZR_API char ZRCheckDiskSpace(std::uint64_t size1, std::uint64_t size2);
 
-/// The name of an operating system: 1 to 12 and 101 (text_codes.h). Never null. The name for any other code says so,
-/// and is valid until the same thread calls again with such a code, or ends. Threads: any.
+/// The name of an operating system: 1 to 12 for the twelve texts from ZR_TEXT_OPSYS_RSX on, 101 for
+/// ZR_TEXT_OPSYS_WINDOWS; the codes are not those of text_codes.h. Never null. The name for any other code says so, and
+/// is valid until the same thread calls again with such a code, or ends. Threads: any.
 [[nodiscard]] ZR_API const char* ZRGetOpSysName(int code);
 }
