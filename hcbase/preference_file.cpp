@@ -10,11 +10,13 @@
 #define TOML_EXCEPTIONS 1 // without them its functions cannot report a lack of memory, and end the process
 #define TOML_ENABLE_FORMATTERS 0
 #define TOML_FLOAT_CHARCONV 1 // otherwise it uses streams, which follow the locale and slow down loading
-#define TOML_ASSERT(expression) static_assert(true) // one fails for "[" at the end of a line, which it then reports
 
 // toml++ 3.3 tells the compiler that no character from U+00A1 to U+0499 can occur where it looks for white space. They
 // can, and are not white space.
 #include <toml++/impl/preprocessor.h>
+// And that no section name begins with the end of its line, which it reports right afterwards.
+#undef TOML_ASSERT_ASSUME
+#define TOML_ASSERT_ASSUME(expression) static_assert(true)
 #pragma push_macro("TOML_UNREACHABLE")
 #undef TOML_UNREACHABLE
 #define TOML_UNREACHABLE return false

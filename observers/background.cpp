@@ -4,6 +4,7 @@
 #include "quietly.h"
 #include "zrobservers/flight_recorder.h"
 
+#include <cxxabi.h>
 #include <exception>
 #include <thread>
 #include <utility>
@@ -93,6 +94,10 @@ private:
             auto& own = const_cast<ZRObservedObjectEvent&>(event); // not shared, and observers may change it
             own.SetSource(&m_owner);
             own.Broadcast(&m_owner, 0);
+#if defined(__GLIBCXX__)
+        } catch (const abi::__forced_unwind&) { // the thread is ended
+            throw;
+#endif
         } catch (...) { // of whatever type: there is nobody to pass it to
         }
     }

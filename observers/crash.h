@@ -9,7 +9,8 @@ namespace zrobservers {
 /// Calls an action at a crash, on the thread that has crashed; again if an earlier handler recovers from it and another
 /// follows. It may do only what a signal handler may. reason: for example "signal 11". The handlers installed before
 /// run afterwards. Calls are counted; the last RemoveCrashAction restores those handlers, unless somebody has installed
-/// another on top. RemoveCrashAction waits for an action that runs on another thread.
+/// another on top. RemoveCrashAction waits for an action that runs on another thread, for at most five seconds. On
+/// Windows the action is called once only, and RemoveCrashAction does not wait.
 void InstallCrashAction(void (*action)(const char* reason));
 void RemoveCrashAction();
 

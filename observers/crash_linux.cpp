@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
@@ -19,11 +20,12 @@ namespace {
 
 constexpr std::array kSignals = {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGSYS, SIGABRT};
 constexpr std::size_t kStackSize = std::size_t{64} * 1024;
+constexpr int kMostPauses = 500; // five seconds
 constexpr std::size_t kGuardSize = kStackSize; // below it; a multiple of all sizes of pages
 
 constinit std::atomic<void (*)(const char*)> g_action{nullptr};
 std::array<struct sigaction, kSignals.size()> g_former; // written while no handler of ours is installed
-constinit std::atomic<pid_t> g_acting{0}; // thread that runs the action; 0 for none
+constinit std::atomic<std::uint64_t> g_acting{0}; // Self of the thread that runs the action; 0 for none
 int g_users = 0;
 
 HCThreadSync& Lock()
@@ -32,30 +34,57 @@ HCThreadSync& Lock()
     return lock;
 }
 
-/// Waits until no other thread runs the action, but not for ever.
+/// The process in the upper half, the thread in the lower.
+std::uint64_t Self() { return static_cast<std::uint64_t>(getpid()) << 32U | static_cast<std::uint32_t>(gettid()); }
+
+bool AreOfOneProcess(std::uint64_t one, std::uint64_t other) { return one >> 32U == other >> 32U; }
+
+void Pause()
+{
+    constexpr timespec kPause{0, 10'000'000};
+    nanosleep(&kPause, nullptr);
+}
+
+/// Makes this the thread that acts. Waits until no other does, but not for ever. False also for a crash of the action
+/// itself. What a forked parent was doing does not count.
+bool BeginAction()
+{
+    const std::uint64_t self = Self();
+    std::uint64_t other = 0;
+    for (int pauses = 0; !g_acting.compare_exchange_strong(other, self); ++pauses) {
+        if (other == self || pauses == kMostPauses) {
+            return false;
+        }
+        if (AreOfOneProcess(other, self)) {
+            Pause();
+            other = 0;
+        }
+    }
+    return true;
+}
+
+/// Waits until no other thread acts, but not for ever.
 void AwaitAction()
 {
-    constexpr int kMostPauses = 500;
-    constexpr timespec kPause{0, 10'000'000};
-    for (int pause = 0; g_acting != 0 && g_acting != gettid() && pause < kMostPauses; ++pause) {
-        nanosleep(&kPause, nullptr);
+    const std::uint64_t self = Self();
+    const auto isUnderWay = [self](std::uint64_t acting) { return acting != self && AreOfOneProcess(acting, self); };
+    for (int pauses = 0; isUnderWay(g_acting) && pauses < kMostPauses; ++pauses) {
+        Pause();
     }
 }
 
-/// On one thread at a time, and not for a crash of the action itself.
 void Act(int signal)
 {
-    AwaitAction();
-    pid_t none = 0;
-    if (!g_acting.compare_exchange_strong(none, gettid())) {
+    if (BeginAction()) {
+        char reason[] = "signal 00";
+        reason[sizeof(reason) - 3] = static_cast<char>('0' + signal / 10);
+        reason[sizeof(reason) - 2] = static_cast<char>('0' + signal % 10);
+        if (const auto action = g_action.load(); action != nullptr) {
+            action(reason);
+        }
+    } else if (g_acting != Self()) {
         return;
-    }
-    char reason[] = "signal 00";
-    reason[sizeof(reason) - 3] = static_cast<char>('0' + signal / 10);
-    reason[sizeof(reason) - 2] = static_cast<char>('0' + signal % 10);
-    if (const auto action = g_action.load(); action != nullptr) {
-        action(reason);
-    }
+    } // else the action has crashed, and an earlier handler may recover from it
     g_acting = 0;
 }
 
@@ -63,7 +92,10 @@ void Act(int signal)
 bool Recurs(const siginfo_t& info)
 {
     const bool wasSent = info.si_code <= 0;
-    const bool isLate = info.si_signo == SIGBUS && info.si_code == BUS_MCEERR_AO;
+    bool isLate = info.si_signo == SIGBUS && info.si_code == BUS_MCEERR_AO;
+#if defined(SEGV_MTEAERR)
+    isLate = isLate || (info.si_signo == SIGSEGV && info.si_code == SEGV_MTEAERR);
+#endif
     return !wasSent && !isLate && info.si_signo != SIGSYS;
 }
 

@@ -237,7 +237,7 @@ bool EventBuffer::Take(State& state)
 
 void EventBuffer::HandleNext(State& state, const ZREventQueue::Handler& handle)
 {
-    constexpr int kLong = 1000; // bytes of texts that are freed at once
+    constexpr int kLong = 1000; // bytes; longer texts are freed at once
     Entry& entry = state.taken.At(state.next++);
     struct Handling {
         Entry& entry;
@@ -261,8 +261,8 @@ bool EventBuffer::WaitFor(int milliseconds)
     State& state = Current();
     std::unique_lock guard(state.lock);
     const auto isThere = [&state] {
-        // What another thread is draining is its own.
-        const bool hasEvent = state.waiting.count > 0 || (!state.isDraining && state.next < state.taken.count);
+        const bool isTakenByOther = state.isDraining && t_draining != &state;
+        const bool hasEvent = state.waiting.count > 0 || (!isTakenByOther && state.next < state.taken.count);
         state.isReaderAsleep = !hasEvent;
         return hasEvent;
     };

@@ -79,8 +79,12 @@ public:
     }
     void EndLine() noexcept
     {
+        constexpr std::size_t kMostLine = ZRFlightRecorder::kMostBytes + 100;
         Add(" "); // makes room
         m_buffer[m_length - 1] = '\n';
+        if (sizeof(m_buffer) - m_length < kMostLine) { // so that lines of several processes do not mix
+            Flush();
+        }
     }
 
     /// Whether all could be written.
@@ -93,7 +97,7 @@ public:
 
 private:
     zrobservers::CrashFile& m_file;
-    char m_buffer[1024]; // small, as a thread's own stack for signal handlers may be
+    char m_buffer[2048]; // small, as a thread's own stack for signal handlers may be
     std::size_t m_length = 0;
     bool m_isGood = true;
 };

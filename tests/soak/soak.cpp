@@ -122,7 +122,7 @@ std::size_t Resident()
 
 int main(int argc, char** argv)
 {
-    const double seconds = argc > 1 ? std::atof(argv[1]) : 600;
+    const double seconds = argc > 1 ? std::max(1.0, std::atof(argv[1])) : 600;
     const test::Home home;
     Shared shared;
     std::map<int, long> arrived; // by type, counted under the lock of messages
