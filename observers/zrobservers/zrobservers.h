@@ -1,4 +1,4 @@
-/// All public headers of the library of ready-made observers.
+/// The public headers of the library of ready-made observers, except from_glib.h and spdlog_bridge.h.
 ///
 /// Each observer is an object: its constructor attaches it, and its destructor detaches it. ZRTraceFile and ZRJsonLines
 /// have written all that they received when the destructor returns. A failed write is reported once, with ZRErrorSet,

@@ -1,5 +1,5 @@
 /// ZRObjectRegistry: the libraries that are present and the objects that they contribute.
-/// Folder registry: registries of libraries and objects, found by code, class ID or position.
+/// Folder registry: registries of libraries and objects, found by code or index.
 #pragma once
 
 #include "hcbase/string.h"
