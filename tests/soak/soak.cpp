@@ -20,7 +20,7 @@ namespace {
 
 constexpr int kThreads = 8; // each has a library of its own
 constexpr int kToFile = 256; // rounds between errors, which go to the log
-constexpr int kToFork = 5000; // rounds between children of the first thread
+[[maybe_unused]] constexpr int kToFork = 5000; // rounds between children of the first thread
 
 /// What all threads share, and what they have done to it.
 struct Shared {
