@@ -138,7 +138,9 @@ TEST_F(Bridges, LeadToADaemonThatSendsEveryLineOnAndMayBeRestarted)
                 ZR_OUT("sender %d number %d", sender, number);
             }
         });
-        const auto isThere = [&] { return std::ssize(test::Lines(test::ReadFile(path))) >= kSenders * end; };
+        const auto isThere = [&] {
+            return std::ssize(test::Lines(test::ReadFile(path))) >= std::ptrdiff_t{kSenders} * end;
+        };
         EXPECT_TRUE(test::SpinUntil(isThere));
     };
     sendAndWait(0, kEach);
