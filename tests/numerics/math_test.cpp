@@ -237,6 +237,7 @@ TEST_F(Math, SeedsFromTheClock)
     const auto series = [] { return std::array{ZRMath::Rand(), ZRMath::Rand(), ZRMath::Rand(), ZRMath::Rand()}; };
     std::srand(1);
     const auto first = series();
+    ZRMath::RandSeed(); // the first seed is the time since then, and may be 0
     for (void (*const seed)() : {+[] { ZRMath::RandSeed(); }, +[] { ZRMath::RandLim(0, 9, 1); }}) {
         const std::int64_t before = ZRProfiler::GetTicks();
         while (ZRProfiler::GetTicks() - before < 2) { // the series of the seeds 0 and 1 are one
