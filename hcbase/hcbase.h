@@ -1,5 +1,5 @@
-/// The public headers of hcbase, the foundation layer, except string_stream.h: strings, threads, re-entrant locks, files,
-/// the preference store, text tables, version records and the last error.
+/// The public headers of hcbase, the foundation layer, except string_stream.h: strings, threads, re-entrant locks,
+/// files, the preference store, text tables, version records and the last error.
 ///
 /// No init or shutdown call: the library is ready when loaded. Every function may be called from any thread unless its
 /// own documentation says otherwise. No operation throws anything but std::bad_alloc, and std::length_error for texts
