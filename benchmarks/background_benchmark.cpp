@@ -2,6 +2,7 @@
 // senders.
 
 #include "benchmarks/report.h"
+#include "benchmarks/subjects.h"
 #include "zrlib/zrlib.h"
 #include "zrobservers/spdlog_bridge.h"
 #include "zrobservers/zrobservers.h"
@@ -31,11 +32,8 @@ namespace {
 using report::AddTarget;
 using report::Measure;
 
-constexpr const char* kText = "a message of thirty-six characters";
 constexpr int kBurst = 1000; // messages sent at once by each sender; the queues have room for those of all senders
 constexpr int kCapacity = 8192;
-
-std::string PathOf(const char* name) { return (std::filesystem::temp_directory_path() / name).string(); }
 
 using SinkMaker = spdlog::sink_ptr (*)();
 
@@ -258,7 +256,7 @@ BENCHMARK(ToNoFilter);
 BENCHMARK(ToFilter);
 BENCHMARK(LockOfTheLibrary);
 
-const AddTarget targets[] = {
+const AddTarget backgroundTargets[] = {
     AddTarget({"message to a background, to spdlog's asynchronous logger", Measure::kRatio, "BackgroundToFileByOne",
         "AsynchronousSpdlogToFileByOne", 0.6}),
     AddTarget({"message to a background, to spdlog's asynchronous logger: two senders", Measure::kRatio,

@@ -80,7 +80,7 @@ bool Register()
 
 const bool isRegistered = Register();
 
-const AddTarget targets[] = {
+const AddTarget loadingTargets[] = {
     AddTarget({"first load to two empty libraries, bound lazily", Measure::kRatio, "FirstLoadLazyZRLib",
         "FirstLoadLazyEmpty", 1.5}),
     AddTarget({"first load to two empty libraries, bound at once", Measure::kRatio, "FirstLoadNowZRLib",

@@ -21,7 +21,7 @@ namespace {
 using report::AddTarget;
 using report::Measure;
 
-constexpr const char* kText = "a short text";
+constexpr const char* kShortText = "a short text";
 
 /// Sets the switches of messages for a scope.
 class Messages {
@@ -43,7 +43,7 @@ public:
 void Text(benchmark::State& state)
 {
     for (auto _ : state) {
-        const HCString text(kText);
+        const HCString text(kShortText);
         benchmark::DoNotOptimize(text);
     }
 }
@@ -53,7 +53,7 @@ void OutOff(benchmark::State& state)
 {
     const Messages messages(0, 0);
     for (auto _ : state) {
-        const HCString text(kText);
+        const HCString text(kShortText);
         benchmark::DoNotOptimize(text);
         ZROut(text, "Benchmark", 1);
     }
@@ -112,7 +112,7 @@ void OutNowhere(benchmark::State& state)
 {
     const Messages messages(1, 0);
     for (auto _ : state) {
-        ZROut(kText, "Benchmark", 1);
+        ZROut(kShortText, "Benchmark", 1);
     }
 }
 BENCHMARK(OutNowhere);
@@ -148,7 +148,7 @@ void OutToFile(benchmark::State& state)
     const Messages messages(1, ZR_DEST_FILE);
     ZROut("creates the file", nullptr, 1);
     for (auto _ : state) {
-        ZROut(kText, "Benchmark", 1);
+        ZROut(kShortText, "Benchmark", 1);
     }
 }
 BENCHMARK(OutToFile);
@@ -199,7 +199,7 @@ void SpdlogReopening(benchmark::State& state)
     spdlog::logger logger("file", std::make_shared<ReopeningSink>(home.PathOf("spdlog.txt")));
     logger.set_pattern("OUT - %v");
     for (auto _ : state) {
-        logger.info(kText);
+        logger.info(kShortText);
     }
 }
 BENCHMARK(SpdlogReopening);

@@ -141,7 +141,7 @@ void FormatDoubleStandard(benchmark::State& state)
 }
 BENCHMARK(FormatDoubleStandard);
 
-const AddTarget targets[] = {
+const AddTarget numericsTargets[] = {
     AddTarget({"comparison with zero", Measure::kTime, "MathCompareToZero", "", 3}),
     AddTarget({"comparison of two numbers", Measure::kTime, "MathCompareTwo", "", 3}),
     AddTarget({"mask: number of bits", Measure::kTime, "MaskCount", "", 3}),

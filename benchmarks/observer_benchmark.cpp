@@ -1,6 +1,7 @@
 // Messages, events and broadcasts, compared with other loggers and signal libraries.
 
 #include "benchmarks/report.h"
+#include "benchmarks/subjects.h"
 #include "hcbase/hcbase.h"
 #include "zrlib/zrlib.h"
 
@@ -30,8 +31,6 @@ namespace {
 
 using report::AddTarget;
 using report::Measure;
-
-constexpr const char* kText = "a message of thirty-six characters";
 
 /// What every receiver reads of a message.
 struct Received {

@@ -1,6 +1,7 @@
 // The ready-made observers, compared with spdlog and sinks that do the same work, on one and two threads.
 
 #include "benchmarks/report.h"
+#include "benchmarks/subjects.h"
 #include "zrlib/zrlib.h"
 #include "zrobservers/zrobservers.h"
 
@@ -19,13 +20,10 @@ namespace {
 using report::AddTarget;
 using report::Measure;
 
-constexpr const char* kText = "a message of thirty-six characters";
 constexpr const char* kJsonPattern =
     R"({"time":"%Y-%m-%dT%H:%M:%S.%fZ","type":"%l","place":"%!","thread":%t,"process":%P,"text":"%v"})";
 constexpr const char* kTracePattern =
     R"({"name":"%v","cat":"message","ph":"i","ts":%F,"pid":%P,"tid":%t,"args":{"type":"%l"}},)";
-
-std::string PathOf(const char* name) { return (std::filesystem::temp_directory_path() / name).string(); }
 
 /// An observer that all threads of one benchmark share. The first thread turns messages on and
 /// constructs the observer, and undoes both.
@@ -184,7 +182,7 @@ BENCHMARK(MessageToRecorder);
 BENCHMARK(SpdlogToRecorder);
 BENCHMARK(TimerToTable);
 
-const AddTarget targets[] = {
+const AddTarget readyObserversTargets[] = {
     AddTarget({"trace of a timer, beyond sending it", Measure::kDifference, "TimerToTrace", "TimerToNobody", 250}),
     AddTarget(
         {"trace of a message, beyond sending it", Measure::kDifference, "MessageToTrace", "MessageToNobody", 250}),

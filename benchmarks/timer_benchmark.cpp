@@ -146,7 +146,7 @@ void StateBoundEnabled(benchmark::State& state) { StateBound(state, 1); }
 BENCHMARK(StateBoundDisabled);
 BENCHMARK(StateBoundEnabled);
 
-const AddTarget targets[] = {
+const AddTarget timerTargets[] = {
     AddTarget(
         {"ZRThreadSync to std::recursive_mutex: one thread", Measure::kRatio, "LockAlone", "LockAloneStandard", 1.1}),
     AddTarget({"ZRThreadSync to std::recursive_mutex: two threads, two locks", Measure::kRatio, "LockBesideThreads",

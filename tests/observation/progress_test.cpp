@@ -7,7 +7,7 @@
 namespace {
 
 /// All that can be asked for, in one line.
-std::string State()
+std::string ProgressState()
 {
     HCString state;
     state.Format("%d [%d, %d] %d '%s' %d '%s'", ZRProgressEnabled(), ZRProgressGetRangeMin(), ZRProgressGetRangeMax(),
@@ -46,7 +46,7 @@ TEST(Progress, FollowsItsFourStates)
         {"end", [] { ZRProgressEnd(); }, "END 100 0 0 0 ", ended},
         {"ended", [] { ZRProgressEnd(); }, "", ended},
     };
-    EXPECT_EQ(State(), atFirst);
+    EXPECT_EQ(ProgressState(), atFirst);
     HCString told;
     {
         const ZRListener listener([&](const ZRObservedObjectEvent& event) {
@@ -58,7 +58,7 @@ TEST(Progress, FollowsItsFourStates)
             SCOPED_TRACE(row.what);
             told = "";
             row.command();
-            EXPECT_EQ(State(), row.state);
+            EXPECT_EQ(ProgressState(), row.state);
             EXPECT_EQ(told.ToString(), row.event);
         }
     }

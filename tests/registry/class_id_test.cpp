@@ -7,14 +7,12 @@
 
 namespace {
 
-int Code(unsigned int code) { return static_cast<int>(code); }
-
 // Which characters a class ID may have is tried by the model of the registry (registry_model.h).
 
 TEST(ClassID, CarriesACode)
 {
     EXPECT_EQ(ZRClassID::MakeInternalID(0x1234), "E30077A1-1C01-4472-9D8E-7EFF00001234");
-    EXPECT_EQ(ZRClassID::MakeExternalID(Code(0xA04F3006)), "E3015212-3C02-4498-9D8E-7EFFA04F3006");
+    EXPECT_EQ(ZRClassID::MakeExternalID(static_cast<int>(0xA04F3006)), "E3015212-3C02-4498-9D8E-7EFFA04F3006");
     const std::pair<char, char (*)(const char*)> letters[] = {{'F', ZRClassID::IsFormat}, {'N', ZRClassID::IsNull},
         {'I', ZRClassID::IsInternal}, {'E', ZRClassID::IsExternal}};
     const struct {
@@ -45,10 +43,11 @@ TEST(ClassID, CarriesACode)
         }
         errno = EINTR;
         EXPECT_EQ(kinds, row.kinds);
-        EXPECT_EQ(ZRClassID::GetInternalID(row.id, 0), Code(row.code));
-        EXPECT_EQ(ZRClassID::GetExternalID(row.id, 0), Code(row.code));
-        EXPECT_EQ(ZRClassID::GetInternalID(row.id, 1), kinds == "FI" ? Code(row.code) : 0);
-        EXPECT_EQ(ZRClassID::GetExternalID(row.id, 1), kinds == "FE" ? Code(row.code) : 0);
+        const int code = static_cast<int>(row.code);
+        EXPECT_EQ(ZRClassID::GetInternalID(row.id, 0), code);
+        EXPECT_EQ(ZRClassID::GetExternalID(row.id, 0), code);
+        EXPECT_EQ(ZRClassID::GetInternalID(row.id, 1), kinds == "FI" ? code : 0);
+        EXPECT_EQ(ZRClassID::GetExternalID(row.id, 1), kinds == "FE" ? code : 0);
         EXPECT_EQ(errno, EINTR) << "the caller's";
     }
 }
@@ -71,7 +70,7 @@ TEST(ObjectEntry, IsEqualWhenAllItsMembersAre)
             EXPECT_EQ(entry == other, &entry == &other ? 1 : 0) << &entry - entries << " and " << &other - entries;
         }
     }
-    const ZRObjectEntry entry(Code(0xFFFFFFFF), "name", 77);
+    const ZRObjectEntry entry(-1, "name", 77);
     EXPECT_EQ(entry.GetShortID(), 0xFFFF);
     EXPECT_EQ(entry.GetLibrary(), 0xF000);
     EXPECT_EQ(entry.GetMirrorID(), -1);

@@ -2,14 +2,11 @@
 
 #include "hcbase/preference_system.h"
 #include "hcbase/thread.h"
+#include "zrlib/frame/relaxed.h"
 
 #include <iterator>
 
-namespace {
-
-constexpr auto kRelaxed = std::memory_order_relaxed;
-
-} // namespace
+using zr::kRelaxed;
 
 constinit std::atomic<char> ZRMode::m_bThreading{0};
 constinit std::atomic<char> ZRMode::m_bCacheQueueing{0};

@@ -5,6 +5,9 @@
 
 namespace zr {
 
+/// The memory order of a value that orders no other reads or writes.
+constexpr auto kRelaxed = std::memory_order_relaxed;
+
 /// A value that any thread may read and write at any time, in relaxed order. Unlike std::atomic it can be copied, and
 /// it has no read-modify-write operations.
 template <typename T> class Relaxed {
@@ -26,10 +29,10 @@ public:
 
     Relaxed& operator=(T value) noexcept
     {
-        m_value.store(value, std::memory_order_relaxed);
+        m_value.store(value, kRelaxed);
         return *this;
     }
-    operator T() const noexcept { return m_value.load(std::memory_order_relaxed); }
+    operator T() const noexcept { return m_value.load(kRelaxed); }
 
 private:
     std::atomic<T> m_value;

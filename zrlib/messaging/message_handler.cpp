@@ -5,6 +5,7 @@
 #include "hcbase/text_io.h"
 #include "hcbase/thread.h"
 #include "zrlib/frame/module_lease.h"
+#include "zrlib/frame/relaxed.h"
 #include "zrlib/frame/sync_guard.h"
 #include "zrlib/messaging/message_functions.h"
 #include "zrlib/messaging/message_route.h"
@@ -21,9 +22,9 @@
 #include <exception>
 #include <string_view>
 
-namespace {
+using zr::kRelaxed;
 
-constexpr auto kRelaxed = std::memory_order_relaxed;
+namespace {
 
 constexpr short kAllTypes = ZR_MSG_OUT | ZR_MSG_WARN | ZR_MSG_ERROR | ZR_MSG_TRACE;
 

@@ -1,5 +1,6 @@
 #include "zrlib/numerics/math.h"
 
+#include "zrlib/frame/relaxed.h"
 #include "zrlib/frame/report.h"
 #include "zrlib/frame/text_codes.h"
 #include "zrlib/frame/texts.h"
@@ -13,9 +14,9 @@
 #include <limits>
 #include <utility>
 
-namespace {
+using zr::kRelaxed;
 
-constexpr auto kRelaxed = std::memory_order_relaxed;
+namespace {
 
 constexpr double kRadiansPerDegree = 0.01745329251994;
 constexpr double kDegreesPerRadian = 57.29577951308;

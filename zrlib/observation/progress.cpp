@@ -1,6 +1,7 @@
 #include "zrlib/observation/progress.h"
 
 #include "zrlib/frame/module_lease.h"
+#include "zrlib/frame/relaxed.h"
 #include "zrlib/frame/short_lock_guard.h"
 #include "zrlib/observation/global_subject.h"
 #include "zrlib/observation/names.h"
@@ -10,9 +11,9 @@
 
 #include <atomic>
 
-namespace {
+using zr::kRelaxed;
 
-constexpr auto kRelaxed = std::memory_order_relaxed;
+namespace {
 
 constinit std::atomic<char> g_bProgressEnabled{0};
 constinit std::atomic<char> g_bProgressStarted{0};

@@ -2,6 +2,7 @@
 
 #include "hcbase/thread.h"
 #include "zrlib/frame/module_lease.h"
+#include "zrlib/frame/relaxed.h"
 #include "zrlib/frame/report.h"
 #include "zrlib/platform/tick_counter.h"
 #include "zrlib/profiling/profiler_state_handler.h"
@@ -10,9 +11,9 @@
 
 #include <utility>
 
-namespace {
+using zr::kRelaxed;
 
-constexpr auto kRelaxed = std::memory_order_relaxed;
+namespace {
 
 constinit thread_local const ZRProfilerRun* t_ending = nullptr;
 

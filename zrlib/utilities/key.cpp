@@ -2,13 +2,14 @@
 
 #include "hcbase/format.h"
 #include "hcbase/string.h"
+#include "zrlib/frame/relaxed.h"
 #include "zrlib/frame/report.h"
 #include "zrlib/numerics/random.h"
 #include "zrlib/platform/tick_counter.h"
 
-namespace {
+using zr::kRelaxed;
 
-constexpr auto kRelaxed = std::memory_order_relaxed;
+namespace {
 
 HCString Digits(std::int64_t value)
 {
