@@ -1,4 +1,4 @@
-/// Relaxed: a value that one thread may write while another reads it. For members of the library's classes only.
+/// Relaxed: a value that one thread may write while another reads it. For the library's own classes only.
 #pragma once
 
 #include <atomic>

@@ -157,8 +157,7 @@ void ZRMessageRoute::Send(
     if (!ZRMessageHandler::AreMessagesOn() || handler == nullptr) {
         return; // before anything is copied, counted or locked: unwanted messages cost next to nothing
     }
-    // The handler of the process is in static storage, so its observers can be counted in any case.
-    const bool isObserved = handler->IsObserved();
+    const bool isObserved = ZRMessageHandler::IsObserved(handler);
     if (!isObserved && !ZRMessageHandler::HasLine(type)) {
         return;
     }
@@ -191,7 +190,7 @@ void ZRMessageHandler::BroadcastMessage(ZRMsg& message)
         return;
     }
     const unsigned int thread = HCThread::GetCurrentThreadId();
-    if (!IsObserved()) {
+    if (!IsObserved(this)) {
         Pass(message.m_csText, message.m_nType, [&] { message.m_nThreadID = thread; });
         return;
     }
@@ -216,8 +215,13 @@ bool ZRMessageHandler::IsWanted(short type) noexcept
     return HasLine(type) || handler->GetObserverCount() > 0;
 }
 
-/// Whether anybody may see an event: an observer, or AdjustEvent of a class that a client derived.
-bool ZRMessageHandler::IsObserved() const { return GetObserverCount() > 0 || this != ZRGetMessageHandler(); }
+/// Whether anybody may see an event: an observer, or AdjustEvent of a class that a client derived. The handler of the
+/// process is in static storage, where counting the observers of a destroyed one is harmless; for that, none of this
+/// class's own functions is called with it.
+bool ZRMessageHandler::IsObserved(const ZRMessageHandler* handler)
+{
+    return handler->GetObserverCount() > 0 || handler != ZRGetMessageHandler();
+}
 
 /// Whether messages of a type go to a line of text.
 bool ZRMessageHandler::HasLine(short type)

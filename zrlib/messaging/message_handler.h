@@ -161,7 +161,7 @@ private:
 
     ZR_NOT_SHARED static const MessageType* FindType(short type);
     ZR_NOT_SHARED static bool HasLine(short type);
-    ZR_NOT_SHARED bool IsObserved() const;
+    ZR_NOT_SHARED static bool IsObserved(const ZRMessageHandler* handler);
     template <typename Then> void Pass(const HCString& text, short type, Then then);
     ZR_NOT_SHARED void Deliver(const HCString& text, const MessageType& type);
 

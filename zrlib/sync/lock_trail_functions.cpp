@@ -2,18 +2,47 @@
 
 #include "zrlib/sync/process_lock_trail_handler.h"
 
+namespace {
+
+/// Calls a function with the handler of the process; a no-op when that is destroyed. The handler's own functions are
+/// no-ops then too, but to call a member function of a destroyed object is undefined behaviour.
+template <typename Function> auto WithHandler(Function function)
+{
+    using Result = decltype(function(g_LockTrailHandler.object));
+    const zr::ModuleLease lease;
+    return g_LockTrailHandler.IsAlive() ? function(g_LockTrailHandler.object) : Result();
+}
+
+} // namespace
+
 ZRLockTrailHandler* ZRGetLockTrailHandler() { return &g_LockTrailHandler.object; }
 
-// The operations themselves are no-ops when the handler is destroyed.
+ZRLockTrail* ZRAppendLockTrail()
+{
+    return WithHandler([](ZRLockTrailHandler& handler) { return handler.Append(); });
+}
 
-ZRLockTrail* ZRAppendLockTrail() { return ZRGetLockTrailHandler()->Append(); }
+char ZRRemoveLockTrail(ZRLockTrail* trail)
+{
+    return WithHandler([trail](ZRLockTrailHandler& handler) { return handler.Remove(trail); });
+}
 
-char ZRRemoveLockTrail(ZRLockTrail* trail) { return ZRGetLockTrailHandler()->Remove(trail); }
+void ZRLockTrailLock(ZRLockTrail* trail)
+{
+    WithHandler([trail](ZRLockTrailHandler& handler) { handler.Lock(trail); });
+}
 
-void ZRLockTrailLock(ZRLockTrail* trail) { ZRGetLockTrailHandler()->Lock(trail); }
+void ZRLockTrailUnlock(ZRLockTrail* trail)
+{
+    WithHandler([trail](ZRLockTrailHandler& handler) { handler.Unlock(trail); });
+}
 
-void ZRLockTrailUnlock(ZRLockTrail* trail) { ZRGetLockTrailHandler()->Unlock(trail); }
+void ZRSetLockTrailEnabled(char enable)
+{
+    WithHandler([enable](ZRLockTrailHandler& handler) { handler.SetEnabled(enable); });
+}
 
-void ZRSetLockTrailEnabled(char enable) { ZRGetLockTrailHandler()->SetEnabled(enable); }
-
-char ZRGetLockTrailEnabled() { return ZRGetLockTrailHandler()->GetEnabled(); }
+char ZRGetLockTrailEnabled()
+{
+    return WithHandler([](ZRLockTrailHandler& handler) { return handler.GetEnabled(); });
+}
