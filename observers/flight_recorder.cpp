@@ -2,6 +2,7 @@
 
 #include "crash.h"
 #include "event_buffer.h"
+#include "from_root.h"
 #include "message_types.h"
 #include "quietly.h"
 #include "switch_guards.h"
@@ -107,7 +108,7 @@ private:
 class ZRFlightRecorder::Recorder {
 public:
     Recorder(const HCString& path, const Options& options)
-        : m_path(path)
+        : m_path(zrobservers::FromRoot(path))
         , m_options(options)
         , m_entries(static_cast<std::size_t>(std::clamp(options.count, 1, 1'000'000)))
         , m_file(m_path)

@@ -1,6 +1,7 @@
 // Observers for a program that knows nothing of them: those that the environment variable ZROBSERVERS requests are
 // attached when this library is loaded, and write their results when it is unloaded or the program ends.
 
+#include "from_root.h"
 #include "switch_guards.h"
 #include "system.h"
 #include "trace.h"
@@ -154,10 +155,10 @@ private:
             return m_filter.IsGood();
         } else if (key == "profile") {
             m_showsProfile = true;
-            m_profilePath = value;
+            m_profilePath = zrobservers::FromRoot(path);
             NeedProfile();
         } else if (key == "stacks" && !value.empty()) {
-            m_stacksPath = value;
+            m_stacksPath = zrobservers::FromRoot(path);
             NeedProfile();
         } else if (key == "progress" && value.empty()) {
             m_progressOn.emplace(); // also for the others, where there is no terminal

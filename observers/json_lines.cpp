@@ -1,6 +1,7 @@
 #include "zrobservers/json_lines.h"
 
 #include "event_buffer.h"
+#include "from_root.h"
 #include "hcbase/text_io.h"
 #include "json.h"
 #include "message_types.h"
@@ -33,7 +34,7 @@ ZREventOrigin OriginOf()
 class ZRJsonLines::Lines {
 public:
     Lines(const HCString& path, int what, const ZRFilter& filter)
-        : m_path(path)
+        : m_path(zrobservers::FromRoot(path))
         , m_filter(filter)
     {
         using zrobservers::Quietly;
@@ -51,7 +52,7 @@ public:
     }
 
     Lines(ZRObservedObject& subject, const HCString& path, const ZRFilter& filter)
-        : m_path(path)
+        : m_path(zrobservers::FromRoot(path))
         , m_filter(filter)
     {
         TryFile();

@@ -7,9 +7,9 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstring>
 #include <mutex>
 #include <string>
+#include <string_view>
 
 namespace {
 
@@ -17,11 +17,26 @@ constexpr int kMostWidth = 50; // of the bar itself
 constexpr int kRest = 25; // most columns beside the bar
 constexpr auto kLeastPause = std::chrono::milliseconds(100);
 
-/// The number of columns of a UTF-8 text, if each character takes one.
-int ColumnsOf(const HCString& text)
+/// The number of rows that a text takes on a terminal; 0 if a line may not fit one row, or has control characters.
+int RowsOf(std::string_view text, int columns)
 {
-    const auto isFirst = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; };
-    return static_cast<int>(std::count_if(text.begin(), text.end(), isFirst));
+    int rows = 1;
+    int column = 0; // at most: no character of UTF-8 takes more columns than bytes
+    for (const char byte : text) {
+        const auto code = static_cast<unsigned char>(byte);
+        if (byte == '\n') {
+            ++rows;
+            column = 0;
+        } else if (byte == '\t' || (code >= 0x20 && code != 0x7F)) {
+            column += byte == '\t' ? 8 : 1;
+        } else {
+            return 0;
+        }
+        if (column >= columns) {
+            return 0;
+        }
+    }
+    return rows;
 }
 
 /// "1:02:03", or "02:03" below an hour.
@@ -87,7 +102,7 @@ private:
     {
         const double span = static_cast<double>(ZRProgressGetRangeMax()) - ZRProgressGetRangeMin();
         const double part = span > 0 ? std::clamp((value - ZRProgressGetRangeMin()) / span, 0.0, 1.0) : 1;
-        const int columns = zrobservers::TerminalWidth(m_stream);
+        const int columns = zrobservers::SizeOfTerminal(m_stream).columns;
         const auto width = static_cast<std::size_t>(std::clamp(columns - kRest, 0, kMostWidth));
         std::string line = "[" + std::string(static_cast<std::size_t>(static_cast<double>(width) * part), '#');
         line.resize(width + 1, ' ');
@@ -114,7 +129,8 @@ private:
         }
     }
 
-    /// A message on the console has just been written over the bar; erases what is left of the bar behind it.
+    /// A message on the console has just been written over the bar. What is left of the bar behind the first line is
+    /// erased, for which that line is written again.
     void OnMessage(const ZRObservedObjectEvent& event)
     {
         const std::lock_guard guard(m_lock);
@@ -125,10 +141,13 @@ private:
             return;
         }
         std::fflush(stdout); // the message, if the bar is on another stream
-        const auto word = static_cast<int>(std::strlen(zrobservers::NameOfType(message.GetType())));
-        const int length = word + 3 + ColumnsOf(message.GetText());
-        if (length < m_width) {
-            std::fprintf(m_stream, "\x1b[A\x1b[%dC\x1b[K\n", length); // up, behind the text, erase, down
+        std::string text = zrobservers::NameOfType(message.GetType());
+        text.append(" - ").append(zrobservers::AsSent(message.GetText()));
+        const auto size = zrobservers::SizeOfTerminal(m_stream);
+        if (const int rows = RowsOf(text, size.columns); rows > 0 && rows < size.rows) {
+            text.resize(std::min(text.size(), text.find('\n')));
+            std::fprintf(m_stream, "\x1b[%dA%s\x1b[K\x1b[%dB\r", rows, text.c_str(),
+                rows); // up, write again, erase the rest, down
             std::fflush(m_stream);
         }
         m_width = 0;

@@ -64,8 +64,13 @@ bool IsTerminal(std::FILE* stream);
 /// Whether two streams write to the same terminal.
 bool IsSameTerminal(std::FILE* one, std::FILE* other);
 
-/// The columns of a terminal; 80 when it does not say.
-int TerminalWidth(std::FILE* stream);
+struct TerminalSize {
+    int columns = 80;
+    int rows = 24;
+};
+
+/// The usual size when the terminal does not say.
+TerminalSize SizeOfTerminal(std::FILE* stream);
 
 /// Runs an action with all signals blocked for this thread, so that a thread that it starts gets none of the program's.
 void WithoutSignals(const std::function<void()>& action);

@@ -69,11 +69,11 @@ bool IsSameTerminal(std::FILE* one, std::FILE* other)
         && first.st_rdev == second.st_rdev;
 }
 
-int TerminalWidth(std::FILE* stream)
+TerminalSize SizeOfTerminal(std::FILE* stream)
 {
-    constexpr int kUsual = 80;
     winsize size{};
-    return ioctl(fileno(stream), TIOCGWINSZ, &size) == 0 && size.ws_col != 0 ? size.ws_col : kUsual;
+    const bool isKnown = ioctl(fileno(stream), TIOCGWINSZ, &size) == 0 && size.ws_col != 0 && size.ws_row != 0;
+    return isKnown ? TerminalSize{size.ws_col, size.ws_row} : TerminalSize{};
 }
 
 void WithoutSignals(const std::function<void()>& action)

@@ -76,12 +76,14 @@ bool IsTerminal(std::FILE* stream)
 
 bool IsSameTerminal(std::FILE* one, std::FILE* other) { return IsTerminal(one) && IsTerminal(other); }
 
-int TerminalWidth(std::FILE* stream)
+TerminalSize SizeOfTerminal(std::FILE* stream)
 {
-    constexpr int kUsual = 80;
     const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
     CONSOLE_SCREEN_BUFFER_INFO info{};
-    return GetConsoleScreenBufferInfo(handle, &info) != 0 ? info.srWindow.Right - info.srWindow.Left + 1 : kUsual;
+    const SMALL_RECT& window = info.srWindow;
+    return GetConsoleScreenBufferInfo(handle, &info) != 0
+        ? TerminalSize{window.Right - window.Left + 1, window.Bottom - window.Top + 1}
+        : TerminalSize{};
 }
 
 void WithoutSignals(const std::function<void()>& action) { action(); }

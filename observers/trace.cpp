@@ -1,5 +1,6 @@
 #include "trace.h"
 
+#include "from_root.h"
 #include "message_types.h"
 #include "quietly.h"
 
@@ -100,7 +101,7 @@ private:
 };
 
 ZRTraceFile::Trace::Trace(const HCString& path, const ZRFilter& filter, Start start)
-    : m_path(path)
+    : m_path(zrobservers::FromRoot(path))
     , m_filter(filter)
     , m_start(start)
     , m_number(++g_traces)

@@ -44,7 +44,9 @@ public:
     /// of this object calls it.
     char DetachObserver(ZRObjectObserver* observer, char flag) override;
 
-    /// Waits until the observers have handled all events that were sent before. A no-op when one of them calls it.
+    /// Waits until the observers have handled all events that were sent before. A no-op when one of them calls it. The
+    /// caller must hold nothing that these need: an observer of messages that calls it would wait for ever for one that
+    /// sends a message.
     void Flush();
 
     /// The number of events that were lost because there was no room.

@@ -35,8 +35,9 @@ public:
         ZRFilter filter; // of what is kept
     };
 
-    /// path: UTF-8, of the file that is appended to; created when there is something to write. When it cannot be
-    /// written, that is reported once with ZRErrorSet, and the messages are kept for the next reason.
+    /// path: UTF-8, of the file that is appended to; created when there is something to write. A relative one starts at
+    /// the directory that is current now. When the file cannot be written, that is reported once with ZRErrorSet, and
+    /// the messages are kept for the next reason.
     explicit ZRFlightRecorder(const HCString& path);
     ZRFlightRecorder(const HCString& path, const Options& options);
     ~ZRFlightRecorder();

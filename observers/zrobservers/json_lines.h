@@ -27,7 +27,8 @@ public:
     static constexpr int kTimers = 2; // the handler of profiler states is on while the object exists
     static constexpr int kProgress = 4;
 
-    /// path: UTF-8. The file is created at once, and is not truncated. filter: of messages and timers.
+    /// path: UTF-8; a relative one starts at the directory that is current now. The file is created at once, and is not
+    /// truncated. filter: of messages and timers.
     explicit ZRJsonLines(const HCString& path, int what = kMessages, const ZRFilter& filter = {});
 
     /// Writes all that one subject sends, such as a ZRBackground. `subject` must outlive this object.

@@ -30,7 +30,8 @@
 /// Not for static objects of libraries on Windows, where the system ends threads before it destroys these.
 class ZR_OBSERVERS_API ZRTraceFile {
 public:
-    /// Opens the file and truncates it. path: UTF-8. filter: of messages and timers.
+    /// Opens the file and truncates it. path: UTF-8; a relative one starts at the directory that is current now.
+    /// filter: of messages and timers.
     explicit ZRTraceFile(const HCString& path, const ZRFilter& filter = {});
 
     /// Writes what was collected and closes the file.

@@ -113,7 +113,10 @@ TEST_F(Observers, JsonLinesTakeAnyText)
     }
     {
         const int all = ZRJsonLines::kMessages | ZRJsonLines::kTimers | ZRJsonLines::kProgress;
-        const ZRJsonLines lines(path.c_str(), all, "place!=hidden");
+        const fs::path before = fs::current_path();
+        fs::current_path(m_home.Folder());
+        const ZRJsonLines lines("lines", all, "place!=hidden");
+        fs::current_path(before);
         ZR_ERROR_SET(-5, "%s\"}\n{\"forged\":true}", text.c_str());
         ZROut("hidden", "hidden", 1);
         fs::rename(path, path + ".1");
@@ -211,7 +214,7 @@ std::string DrawnOnTerminal()
             ZRSetOutFlags(ZR_DEST_CONSOLE);
             for (const int step : {1, 2}) {
                 ZRProgressUpdate(step, nullptr);
-                ZR_OUT("%d", step);
+                ZR_OUT("%d\nmore", step);
             }
         }
         std::exit(ZRProgressEnabled());
@@ -230,7 +233,7 @@ std::string DrawnOnTerminal()
 TEST_F(Observers, BarKeepsBelowTheMessages)
 {
     const std::string wanted = "[" + std::string(25, '#') + std::string(25, ' ')
-        + "]  50% 00:00 left\x1b[K\rOUT - 1\r\n\x1b[A\x1b[7C\x1b[K\r\nOUT - 2\r\n";
+        + "]  50% 00:00 left\x1b[K\rOUT - 1\r\nmore\r\n\x1b[2AOUT - 1\x1b[K\x1b[2B\rOUT - 2\r\nmore\r\n";
     std::string drawn;
     const auto isDrawn = [&] { return (drawn = DrawnOnTerminal()) == wanted; };
     EXPECT_TRUE(test::SpinUntil(isDrawn)) << "the second comes too early to be drawn, unless it is held up: " << drawn;
