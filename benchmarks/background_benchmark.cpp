@@ -2,7 +2,7 @@
 // senders.
 
 #include "benchmarks/report.h"
-#include "benchmarks/subjects.h"
+#include "benchmarks/shared.h"
 #include "zrlib/zrlib.h"
 #include "zrobservers/spdlog_bridge.h"
 #include "zrobservers/zrobservers.h"
@@ -13,7 +13,6 @@
 #include <benchmark/benchmark.h>
 #include <chrono>
 #include <cstdlib>
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <spdlog/async.h>

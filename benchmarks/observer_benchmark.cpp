@@ -1,7 +1,7 @@
 // Messages, events and broadcasts, compared with other loggers and signal libraries.
 
 #include "benchmarks/report.h"
-#include "benchmarks/subjects.h"
+#include "benchmarks/shared.h"
 #include "hcbase/hcbase.h"
 #include "zrlib/zrlib.h"
 

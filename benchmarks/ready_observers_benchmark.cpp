@@ -1,7 +1,7 @@
 // The ready-made observers, compared with spdlog and sinks that do the same work, on one and two threads.
 
 #include "benchmarks/report.h"
-#include "benchmarks/subjects.h"
+#include "benchmarks/shared.h"
 #include "zrlib/zrlib.h"
 #include "zrobservers/zrobservers.h"
 

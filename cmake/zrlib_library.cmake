@@ -8,7 +8,8 @@ target_compile_features(zrlib_compile_options INTERFACE cxx_std_20)
 # Results are promised with each operation rounded by itself, whatever the processor offers.
 target_compile_options(zrlib_compile_options INTERFACE -ffp-contract=off)
 target_compile_options(zrlib_compile_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
-target_compile_options(zrlib_compile_options INTERFACE $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>)
+target_compile_options(zrlib_compile_options INTERFACE
+    $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety> $<$<CXX_COMPILER_ID:GNU>:-Wunused-const-variable=1>)
 # g++ 12 warns of overlapping copies inside its own std::string (gcc bug 105651).
 target_compile_options(zrlib_compile_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 if(ZRLIB_WARNINGS_AS_ERRORS)
