@@ -18,7 +18,7 @@ inline std::string FromRoot(const HCString& path)
     try {
         const std::u8string absolute = std::filesystem::absolute(std::u8string(path.begin(), path.end())).u8string();
         return {absolute.begin(), absolute.end()};
-    } catch (const std::system_error&) { // no UTF-8, or the current directory is unknown: left to who opens the file
+    } catch (const std::system_error&) { // not UTF-8, or the current directory is unknown: left to who opens the file
         return path.ToString();
     }
 }

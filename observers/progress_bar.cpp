@@ -27,12 +27,11 @@ int RowsOf(std::string_view text, int columns)
         if (byte == '\n') {
             ++rows;
             column = 0;
-        } else if (byte == '\t' || (code >= 0x20 && code != 0x7F)) {
-            column += byte == '\t' ? 8 : 1;
-        } else {
-            return 0;
+            continue;
         }
-        if (column >= columns) {
+        const bool isControl = code < 0x20 || code == 0x7F;
+        column += byte == '\t' ? 8 : 1;
+        if (column >= columns || (isControl && byte != '\t')) {
             return 0;
         }
     }
@@ -117,15 +116,15 @@ private:
         std::fprintf(m_stream, "%s\x1b[K\r", line.c_str()); // erases the rest; the next line overwrites it
         std::fflush(m_stream);
         m_drawn = Clock::now();
-        m_width = static_cast<int>(line.size());
+        m_isDrawn = true;
     }
 
     void Remove()
     {
-        if (m_width != 0 && m_forkGeneration == zrobservers::ForkGeneration()) {
+        if (m_isDrawn && m_forkGeneration == zrobservers::ForkGeneration()) {
             std::fputs("\x1b[K", m_stream);
             std::fflush(m_stream);
-            m_width = 0;
+            m_isDrawn = false;
         }
     }
 
@@ -135,7 +134,7 @@ private:
     {
         const std::lock_guard guard(m_lock);
         const ZRMsg& message = event.GetMsg();
-        if (event.GetCode() != ZR_EVENT_MESSAGE || m_width == 0 || !m_isOnConsole
+        if (event.GetCode() != ZR_EVENT_MESSAGE || !m_isDrawn || !m_isOnConsole
             || m_forkGeneration != zrobservers::ForkGeneration()
             || ZRMessageHandler::IsConsoleEnabled(message.GetType()) == 0) {
             return;
@@ -146,11 +145,11 @@ private:
         const auto size = zrobservers::SizeOfTerminal(m_stream);
         if (const int rows = RowsOf(text, size.columns); rows > 0 && rows < size.rows) {
             text.resize(std::min(text.size(), text.find('\n')));
-            std::fprintf(m_stream, "\x1b[%dA%s\x1b[K\x1b[%dB\r", rows, text.c_str(),
-                rows); // up, write again, erase the rest, down
+            // up, write again, erase the rest, down
+            std::fprintf(m_stream, "\x1b[%dA%s\x1b[K\x1b[%dB\r", rows, text.c_str(), rows);
             std::fflush(m_stream);
         }
-        m_width = 0;
+        m_isDrawn = false;
     }
 
     std::FILE* m_stream; // not owned
@@ -159,7 +158,7 @@ private:
     HCThreadSync m_lock; // no message is sent while it is held
     Clock::time_point m_started = Clock::now();
     Clock::time_point m_drawn; // when the bar was drawn last
-    int m_width = 0; // columns of the bar; 0 while there is none
+    bool m_isDrawn = false; // whether the bar is on the terminal
     zrobservers::ProgressOn m_progressOn;
     // Two observers, so that progress does not delay a message.
     ZRListener m_progress;

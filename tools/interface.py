@@ -56,7 +56,7 @@ def print_symbol(symbol):
         print(name)
     else:
         described = gdb.execute(f"whatis '{name}'", to_string=True).strip().removeprefix("type = ")
-        print(name + ":", described.split("(")[0].strip() if "(" in name else described) # c++filt gives no result
+        print(name + ":", described.split("(")[0].strip() if "(" in name else described)  # c++filt gives no result
 
 
 def print_fields(described, offset=0):

@@ -215,9 +215,8 @@ bool ZRMessageHandler::IsWanted(short type) noexcept
     return HasLine(type) || handler->GetObserverCount() > 0;
 }
 
-/// Whether anybody may see an event: an observer, or AdjustEvent of a class that a client derived. The handler of the
-/// process is in static storage, where counting the observers of a destroyed one is harmless; for that, none of this
-/// class's own functions is called with it.
+/// Whether anybody may see an event: an observer, or AdjustEvent of a class that a client derived. Static, because the
+/// handler of the process may be destroyed; it is in static storage, where counting its observers is harmless then.
 bool ZRMessageHandler::IsObserved(const ZRMessageHandler* handler)
 {
     return handler->GetObserverCount() > 0 || handler != ZRGetMessageHandler();
